@@ -1,0 +1,5 @@
+#include "qel/QelException.h"
+
+QelException::~QelException() = default;
+
+void QelException::set_transrator() {}

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "qel/IWbemClassObject.h"
+#include "qel/QelWindows.h"
+
+/// The framework objects that one `ExecMethodAsync` holds. Released together, in the order that the framework
+/// expects, when the call is through with them or when an exception leaves it. Each may be null.
+class CallObjects final {
+  public:
+    CallObjects() = default;
+    ~CallObjects() { Release(); }
+    CallObjects(const CallObjects&) = delete;
+    CallObjects& operator=(const CallObjects&) = delete;
+
+    void Release() {
+        ReleaseOne(m_OutInstance);
+        ReleaseOne(m_OutSignature);
+        ReleaseOne(m_Class);
+        SysFreeString(m_ClassName);
+        m_ClassName = nullptr;
+    }
+
+    BSTR m_ClassName = nullptr;
+    IWbemClassObject* m_Class = nullptr;
+    IWbemClassObject* m_OutSignature = nullptr;
+    IWbemClassObject* m_OutInstance = nullptr;
+
+  private:
+    static void ReleaseOne(IWbemClassObject*& object) {
+        if (object != nullptr) {
+            object->Release();
+            object = nullptr;
+        }
+    }
+};

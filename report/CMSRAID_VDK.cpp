@@ -1,0 +1,158 @@
+#include "report/CMSRAID_VDK.h"
+
+#include "itemconv/MsraidTrace.h"
+#include "report/ChildEnvironment.h"
+
+#include "qel/CFileUtility.h"
+#include "qel/QelWindows.h"
+
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <fstream>
+#include <string_view>
+
+using msraid::kCategory;
+using msraid::kFailure;
+using msraid::kResult;
+
+namespace {
+
+constexpr const char* kToolFile = "/opt/zorbalt/vdk/cli/vdkcli";
+constexpr const char* kToolDirectory = "/opt/zorbalt/vdk/cli/";
+constexpr const char* kToolLibraryDirectory = "/opt/zorbalt/vdk/lib";
+
+constexpr std::string_view kInvalidInput = "Error - Invalid input at or near token";
+constexpr int kLastAttempt = 2;
+constexpr DWORD kPauseMilliseconds = 1000;
+
+constexpr const char* kVersionCommand = "vdkcli -v";
+constexpr const char* kVersionKey = "Product Version";
+
+bool IsRejectedByTool(const std::string& resultFilePath) {
+    std::ifstream file(resultFilePath);
+    std::array<char, kInvalidInput.size()> start{};
+    file.read(start.data(), start.size());
+    return std::string_view(start.data(), static_cast<std::size_t>(file.gcount())) == kInvalidInput;
+}
+
+[[noreturn]] void FailInChild(const char* format) noexcept {
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-nonliteral"
+    CTraceUtility::WriteDebug(kCategory, kFailure, format, static_cast<unsigned>(GetLastError()));
+#pragma GCC diagnostic pop
+    // Not exit(): what the parent had buffered, and its exit handlers, are the parent's.
+    ::_exit(1);
+}
+
+// Only what is safe between fork() and exec() in a process with other threads.
+[[noreturn]] void BecomeTool(const char* commandLine, const char* resultFilePath, char** environment) noexcept {
+    environ = environment;
+    constexpr mode_t kModeBeforeUmask = 0666;
+    const int file = ::open(resultFilePath, O_WRONLY | O_CREAT | O_TRUNC, kModeBeforeUmask);
+    if (file < 0) {
+        FailInChild("ExecForeignModule open Error %08x.");
+    }
+    const int standardOutput = ::fileno(stdout);
+    if (::dup2(file, standardOutput) < 0) {
+        FailInChild("ExecForeignModule dup2 Error %08x.");
+    }
+    if (file != standardOutput) {  // The same where the host had closed its own.
+        ::close(file);
+    }
+    if (::dup2(standardOutput, ::fileno(stderr)) < 0) {
+        FailInChild("ExecForeignModule dup2 Error %08x.");
+    }
+    ::execlp("sh", "sh", "-c", commandLine, static_cast<char*>(nullptr));
+    FailInChild("ExecForeignModule execlp Error %08x.");
+}
+
+// What waitpid() says once it is not merely interrupted.
+pid_t WaitFor(pid_t child, int& status) noexcept {
+    pid_t result = -1;
+    do {
+        result = ::waitpid(child, &status, WUNTRACED | WCONTINUED);
+    } while (result == -1 && errno == EINTR);
+    return result;
+}
+
+std::string ReadVersion(std::ifstream& file) {
+    std::string line;
+    while (std::getline(file, line)) {
+        if (line.find(kVersionKey) == std::string::npos) {
+            continue;
+        }
+        const std::size_t colon = line.find(':');
+        if (colon == std::string::npos) {
+            return "";
+        }
+        // Meant: the character behind the colon is skipped whatever it is, and a colon that ends the line is an
+        // error that the caller gets by exception.
+        std::string version = line.substr(colon + 2);
+        version.erase(version.find_last_not_of(" \t\r\n") + 1);
+        return version;
+    }
+    return "";
+}
+
+}  // namespace
+
+bool CMSRAID_VDK::IsVDKInstalled() { return CFileUtility::IsFileExist(kToolFile); }
+
+bool CMSRAID_VDK::ExecCli(std::string command, std::string resultFilePath) {
+    if (!IsVDKInstalled()) {
+        CTraceUtility::WriteDebug(kCategory, kFailure, "VDK is not installed.");
+        return false;
+    }
+    CTraceUtility::WriteDebug(kCategory, kResult, "execute vdkcli command.(%s)", command.c_str());
+    const std::string commandLine = kToolDirectory + command;
+    for (int attempt = 0; ExecForeignModule(commandLine, resultFilePath); ++attempt) {
+        if (IsRejectedByTool(resultFilePath) || attempt == kLastAttempt) {
+            CTraceUtility::WriteDebug(kCategory, kFailure, "Failed to execute vdkcli command.(%s)", command.c_str());
+            return false;
+        }
+        Sleep(kPauseMilliseconds);
+    }
+    return true;
+}
+
+bool CMSRAID_VDK::ExecForeignModule(const std::string& commandLine, const std::string& resultFilePath) {
+    if (commandLine.empty() || resultFilePath.empty()) {
+        return true;
+    }
+    ChildEnvironment environment(kToolLibraryDirectory);
+    const pid_t child = ::fork();
+    if (child < 0) {
+        return true;
+    }
+    if (child == 0) {
+        BecomeTool(commandLine.c_str(), resultFilePath.c_str(), environment.Entries());
+    }
+    int status = 0;
+    if (WaitFor(child, status) == -1) {
+        CTraceUtility::WriteDebug(kCategory, kFailure, "ExecForeignModule waitpid Error.");
+        return true;
+    }
+    if (!WIFEXITED(status)) {  // Ended by a signal, stopped or continued: failed, and not waited for again.
+        CTraceUtility::WriteDebug(kCategory, kFailure, "ExecForeignModule WEXITSTATUS Error %08x.",
+                                  static_cast<unsigned>(status));
+        return true;
+    }
+    return WEXITSTATUS(status) != 0;
+}
+
+std::string CMSRAID_VDK::GetVDKVersion(std::string resultFilePath) {
+    std::string version;
+    if (ExecCli(kVersionCommand, resultFilePath)) {
+        std::ifstream file(resultFilePath);
+        version = ReadVersion(file);
+    }
+    if (DeleteFileA(resultFilePath.c_str()) == 0) {
+        CTraceUtility::WriteDebug(kCategory, kFailure, "Failed to delete file(%s).", resultFilePath.c_str());
+    }
+    return version;
+}

@@ -1,0 +1,199 @@
+// The simulator of the RAID tool: plays one run of it from a scenario folder. See docs/scenarios.md.
+
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <iostream>
+#include <optional>
+#include <ostream>
+#include <string>
+#include <thread>
+#include <variant>
+#include <vector>
+
+#include "vdksim/Command.h"
+#include "vdksim/Instructions.h"
+#include "vdksim/Output.h"
+#include "vdksim/Scenario.h"
+#include "vdksim/ScenarioError.h"
+#include "vdksim/State.h"
+
+namespace vdksim {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* kMarker = "Error - Invalid input at or near token ";
+constexpr const char* kBusy = "Error - The controller is busy. Try again later.\n";
+constexpr const char* kFiller = "...............................................................\n";
+
+// The variable's folder, else the one of this name beside the folder that the program stands in.
+fs::path FolderFor(const char* variable, const char* name) {
+    if (const char* value = std::getenv(variable)) {
+        return value;
+    }
+    std::error_code error;
+    return fs::read_symlink("/proc/self/exe", error).parent_path().parent_path() / name;
+}
+
+State FindState() {
+    const fs::path folder = FolderFor("VDKSIM_STATE", "state");
+    std::error_code error;
+    return State(fs::is_directory(folder, error) ? std::optional(folder) : std::nullopt);
+}
+
+void WriteRefusal(std::ostream& out, const Command& command) {
+    out << "Error - ";
+    if (command.drive) {
+        out << "Drive [" << command.drive->enclosure << ':' << command.drive->slot
+            << "] is not present on controller " << *command.controller << ".\n";
+    } else {
+        out << "Controller " << *command.controller << " is not present.\n";
+    }
+}
+
+// A text that is to be printed for ever must get somewhere.
+Scenario::Text NeverEmpty(const Scenario::Text& text) {
+    class Counter final : public std::streambuf {
+      public:
+        bool sawText = false;
+
+      protected:
+        int_type overflow(int_type) override { return sawText = true, traits_type::eof(); }
+        std::streamsize xsputn(const char*, std::streamsize count) override {
+            sawText = sawText || count > 0;
+            return 0;
+        }
+    } counter;
+    std::ostream probe(&counter);
+    text(probe);
+    return counter.sawText ? text : [](std::ostream& out) { out << kFiller; };
+}
+
+// Prints what the instructions make of the report; an errno value when it cannot be written, else 0.
+int Print(const Scenario::Text& text, const Instructions& instructions, const std::string& lastWord) {
+    const int descriptor = instructions.toStandardError ? STDERR_FILENO : STDOUT_FILENO;
+    std::optional<std::uint64_t> limit = instructions.bytes;
+    if (instructions.truncate) {
+        limit = std::min(*instructions.truncate, limit.value_or(*instructions.truncate));
+    }
+    if (instructions.marker) {
+        Output output(descriptor, std::nullopt);
+        std::ostream out(&output);
+        out << kMarker << (instructions.marker->empty() ? lastWord : *instructions.marker) << '\n'
+            << std::flush;
+        if (output.Error() != 0) {
+            return output.Error();
+        }
+    }
+    Output output(descriptor, limit);
+    std::ostream out(&output);
+    if (instructions.endless || instructions.bytes) {
+        for (const Scenario::Text endless = NeverEmpty(text); out;) {
+            endless(out);
+        }
+    } else {
+        for (std::uint64_t time = 0; time < instructions.repeat && out; ++time) {
+            text(out);
+        }
+    }
+    out.flush();
+    return output.Error();
+}
+
+// A grandchild of the caller that keeps the output open and does nothing else.
+void HoldOutput(Instructions::Seconds time) {
+    if (::fork() == 0) {
+        std::this_thread::sleep_for(time);
+        ::_exit(0);
+    }
+}
+
+// A process that would never end by itself must not outlive whoever started it.
+void EndWithParent() {
+    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+}
+
+void DieBy(int signal) {
+    const rlimit noCore{};
+    ::setrlimit(RLIMIT_CORE, &noCore);
+    ::signal(signal, SIG_DFL);
+    sigset_t only;
+    ::sigemptyset(&only);
+    ::sigaddset(&only, signal);
+    ::sigprocmask(SIG_UNBLOCK, &only, nullptr);
+    ::raise(signal);
+}
+
+int Play(const Scenario::Text& text, int status, const Instructions& instructions,
+         const std::string& lastWord) {
+    if (instructions.endless || instructions.stop) {
+        EndWithParent();
+    }
+    if (instructions.holdOutput.count() > 0) {
+        HoldOutput(instructions.holdOutput);
+    }
+    if (instructions.closeOutput) {
+        ::close(STDOUT_FILENO);
+    }
+    std::this_thread::sleep_for(instructions.delay);
+    if (!instructions.closeOutput || instructions.toStandardError) {
+        if (const int error = Print(text, instructions, lastWord); error != 0) {
+            throw ScenarioError(kExitOutputFailed,
+                                std::string("the report cannot be written: ") + std::strerror(error));
+        }
+    }
+    if (instructions.stop) {
+        ::raise(SIGSTOP);
+    }
+    if (instructions.signal != 0) {
+        DieBy(instructions.signal);
+    }
+    return instructions.exitStatus.value_or(instructions.marker ? kExitRejected : status);
+}
+
+int Run(const std::vector<std::string>& arguments) {
+    const State state = FindState();
+    state.LogRun(arguments);
+    const Scenario scenario(FolderFor("VDKSIM_SCENARIO", "scenario"));
+    const auto parsed = ParseCommand(arguments, VersionTakesNoSmart(scenario.Version()));
+    if (const auto* rejected = std::get_if<Rejected>(&parsed)) {
+        std::cout << kMarker << rejected->token << std::endl;
+        return kExitRejected;
+    }
+    const Command& command = std::get<Command>(parsed);
+    const Instructions instructions = scenario.InstructionsFor(command);
+    if (instructions.failFirst > 0 && state.CountRun(command.FileStem()) <= instructions.failFirst) {
+        std::cout << kBusy << std::flush;
+        return instructions.failStatus;
+    }
+    if (const auto text = scenario.TextOf(command)) {
+        return Play(*text, kExitGood, instructions, arguments.back());
+    }
+    const auto refusal = [&command](std::ostream& out) { WriteRefusal(out, command); };
+    return Play(refusal, kExitNotPresent, instructions, arguments.back());
+}
+
+}  // namespace
+
+}  // namespace vdksim
+
+int main(int count, char** words) {
+    try {
+        return vdksim::Run({words + std::min(count, 1), words + count});
+    } catch (const vdksim::ScenarioError& error) {
+        std::fprintf(stderr, "vdkcli simulator: %s\n", error.what());
+        return error.Status();
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "vdkcli simulator: %s\n", error.what());
+        return vdksim::kExitNoScenario;
+    }
+}

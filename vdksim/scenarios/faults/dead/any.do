@@ -1,0 +1,3 @@
+stderr
+truncate 0
+exit 127

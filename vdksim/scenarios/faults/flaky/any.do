@@ -1,0 +1,1 @@
+fail-first 2 1

@@ -1,0 +1,1 @@
+marker -aAll   # and exit status 1 with it
