@@ -13,6 +13,7 @@
 #include <iostream>
 #include <optional>
 #include <ostream>
+#include <streambuf>
 #include <string>
 #include <thread>
 #include <variant>

@@ -31,7 +31,7 @@ std::string FindRoot() {
 
 std::string CFileUtility::GetInstallPath(int kind) {
     std::string root = FindRoot();
-    while (root.ends_with('/')) {
+    while (root.size() > 1 && root.ends_with('/')) {
         root.pop_back();
     }
     if (root.empty()) {
@@ -41,7 +41,7 @@ std::string CFileUtility::GetInstallPath(int kind) {
         case INSTALLPATH_ROOT:
             return root;
         case INSTALLPATH_CIM:
-            return root + "/cim";
+            return root == "/" ? "/cim" : root + "/cim";
         default:
             return "";
     }

@@ -14,7 +14,8 @@ constexpr int kMessageLevel = 0;
 // Most lines fit; a report line of any length is formatted in memory of its own, and cut where there is none.
 constexpr std::size_t kUsualLength = 1024;
 
-void FormatAndEmit(const char* category, int level, const char* format, va_list arguments) noexcept {
+__attribute__((format(printf, 3, 0))) void FormatAndEmit(const char* category, int level, const char* format,
+                                                         va_list arguments) noexcept {
     char usual[kUsualLength];
     va_list again;
     va_copy(again, arguments);

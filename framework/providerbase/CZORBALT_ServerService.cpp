@@ -52,7 +52,9 @@ std::string CZORBALT_ServerService::GetOperatingAuthorityAppKey() const {
     const std::string root = CFileUtility::GetInstallPath(INSTALLPATH_ROOT);
     const std::string path = root + "/etc/app.key";
     std::error_code error;
-    if (root.empty() || std::filesystem::status(path, error).type() == std::filesystem::file_type::not_found) {
+    // Of the link itself, not of its target: a key file that leads nowhere is there and cannot be read.
+    const std::filesystem::file_status status = std::filesystem::symlink_status(path, error);
+    if (root.empty() || status.type() == std::filesystem::file_type::not_found) {
         return "";
     }
     std::ifstream file(path);

@@ -12,6 +12,7 @@ import random
 from casefile import Case, Run, load, save
 
 MARKER = "Error - Invalid input at or near token"
+NOT_FOUND, TYPE_MISMATCH = 0x80041002, 0x80041005  # how a class can refuse "XmlData"
 SIZES = ("0 MB", "278.875 GB", "1.818 TB", "465 GB", "")
 WORDS = ("Enabled", "Disabled", "Yes", "No", "30%", "64KB", "Optimal", "a:b", "1 : 2", "-", "", "x" * 60)
 
@@ -349,7 +350,7 @@ class Maker:
             case.create_null_at = self.rng.randrange(1, self.pick(10, 40, 120))
         if not self.chance(0.12):
             return
-        how = self.rng.randrange(8)
+        how = self.rng.randrange(11)
         if how == 0:
             case.tool = "missing"
         elif how == 1:
@@ -365,8 +366,16 @@ class Maker:
             case.convert_status = self.pick(1, 0xA1, 0x80004005)
         elif how == 6:
             case.convert_text = "null"
-        else:
+        elif how == 7:
             case.tool, case.has_authority, case.app_key = "missing", "no", "secret"
+        elif how == 8:
+            case.store_status = self.pick(NOT_FOUND, TYPE_MISMATCH)
+        elif how == 9:
+            case.wrapper = "absent"
+        else:
+            case.klass = "absent"
+        if case.app_key:
+            case.root = "normal"  # The key stands in a file below the install root.
 
     def number_text(self, value):
         return self.pick(f"{value}", f"{value}", f"{value}", f" {value}", f"+{value}", f"0{value}",

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "host/MethodCall.h"
+
+#include <optional>
+#include <string>
+
+namespace host {
+
+/// What surrounds a failure, for the advice on it.
+struct FailureSetting {
+    std::string subcommand;                      ///< "get-info"
+    std::string scenario;                        ///< empty: against this server
+    std::optional<std::string> resultDirectory;  ///< where the module could not write result files, if so
+};
+
+/// One line for a method that ended with a return value other than 0: the value, the reasons in words with
+/// their codes, what to do. `reasons` are two-digit codes, newest first.
+[[nodiscard]] std::string DescribeMethodFailure(DWORD returnValue, const std::optional<std::string>& reasons,
+                                                const FailureSetting& setting);
+
+/// One line for a call that failed, or that succeeded without a result.
+[[nodiscard]] std::string DescribeCallFailure(const MethodOutcome& outcome, const FailureSetting& setting);
+
+/// The text on one line: control characters as \n, \x1b and the like.
+[[nodiscard]] std::string OneLine(const std::string& text);
+
+}  // namespace host

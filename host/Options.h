@@ -1,0 +1,46 @@
+#pragma once
+
+#include <array>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace host {
+
+/// What the command line asks for, for instance
+///
+///     mngsrvraid --scenario small --trace 1,2 get-pd-info 0 252 3
+///
+/// A plain value. Options that were not given are empty.
+struct Options {
+    enum class Action { Help, Version, GetInfo, GetPDInfo };
+
+    /// An input parameter of the method, with the text as it was typed.
+    struct Parameter {
+        const char* name;      ///< on the command line: "CTRL"
+        const char* property;  ///< of the method: "CtrlNo"
+        std::string text;
+    };
+
+    Action action = Action::Help;
+    std::vector<Parameter> parameters;
+    std::optional<std::string> scenario;
+    std::optional<std::string> installDir;
+    std::optional<std::string> traceFile;
+    std::optional<std::string> appKey;
+    std::optional<std::string> output;
+    unsigned traceLevels = 0;
+    std::string helpText;
+};
+
+/// Throws HostError(WrongUse) where the command line cannot be understood.
+[[nodiscard]] Options ParseOptions(int count, const char* const* words);
+
+/// "all", or any of 1, 2, 4 and 8 separated by commas, as the sum of bits; nothing for any other text.
+[[nodiscard]] std::optional<unsigned> ParseTraceLevels(std::string_view text);
+
+/// Whether the text is made of decimal digits and nothing else.
+[[nodiscard]] bool IsPlainDecimal(std::string_view text);
+
+}  // namespace host

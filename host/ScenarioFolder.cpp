@@ -1,0 +1,65 @@
+#include "host/ScenarioFolder.h"
+
+#include "host/ExitStatus.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <string_view>
+#include <system_error>
+
+namespace host {
+namespace {
+
+namespace fs = std::filesystem;
+
+bool IsScenarioFile(const fs::path& file) {
+    return file.extension() == ".txt" || file.extension() == ".do" || file.filename() == "server.conf";
+}
+
+std::string Joined(const std::vector<std::string>& names) {
+    std::string text;
+    for (const std::string& name : names) {
+        text += (text.empty() ? "" : ", ") + name;
+    }
+    return text.empty() ? "none" : text;
+}
+
+[[noreturn]] void Fail(const std::string& what, const fs::path& shipped) {
+    throw HostError(ExitStatus::Surroundings,
+                    what + "; shipped scenarios: " + Joined(ScenarioNames(shipped)));
+}
+
+}  // namespace
+
+fs::path FindScenario(const std::string& name, const fs::path& shipped) {
+    std::error_code error;
+    fs::path folder = name;
+    if (!fs::is_directory(folder, error)) {
+        const bool isFile = fs::exists(folder, error);
+        folder = shipped / name;
+        if (fs::path(name).is_absolute() || !fs::is_directory(folder, error)) {
+            Fail((isFile ? "not a folder: " : "there is no scenario ") + name, shipped);
+        }
+    }
+    if (::access(folder.c_str(), R_OK | X_OK) != 0) {
+        Fail("the scenario " + name + " cannot be read: " + std::generic_category().message(errno), shipped);
+    }
+    return folder;
+}
+
+std::vector<std::string> ScenarioNames(const fs::path& shipped) {
+    std::vector<std::string> names;
+    std::error_code error;
+    for (fs::recursive_directory_iterator at(shipped, error), end; !error && at != end; at.increment(error)) {
+        if (IsScenarioFile(at->path())) {
+            names.push_back(at->path().parent_path().lexically_relative(shipped).string());
+        }
+    }
+    std::sort(names.begin(), names.end());
+    names.erase(std::unique(names.begin(), names.end()), names.end());
+    return names;
+}
+
+}  // namespace host

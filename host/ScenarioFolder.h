@@ -1,0 +1,18 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace host {
+
+/// The folder that `--scenario NAME` means: NAME itself, else a scenario of that name in `shipped`. Throws
+/// HostError(Surroundings) with the shipped names when it is neither, or cannot be read.
+[[nodiscard]] std::filesystem::path FindScenario(const std::string& name,
+                                                 const std::filesystem::path& shipped);
+
+/// Names of the scenarios below a folder, sorted, such as "small" and "faults/slow". Empty where it cannot be
+/// read.
+[[nodiscard]] std::vector<std::string> ScenarioNames(const std::filesystem::path& shipped);
+
+}  // namespace host

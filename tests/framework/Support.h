@@ -1,0 +1,70 @@
+#pragma once
+
+#include "qel/IWbemClassObject.h"
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace qel::test {
+
+// A folder below the system's temporary one, removed with everything in it.
+class TempFolder final {
+  public:
+    TempFolder();
+    ~TempFolder();
+    TempFolder(const TempFolder&) = delete;
+    TempFolder& operator=(const TempFolder&) = delete;
+
+    [[nodiscard]] const std::filesystem::path& Path() const { return m_Path; }
+    [[nodiscard]] std::string operator/(const std::string& name) const { return (m_Path / name).string(); }
+
+  private:
+    std::filesystem::path m_Path;
+};
+
+// Sets an environment variable, or takes it away, for as long as it lives.
+class ScopedVariable final {
+  public:
+    ScopedVariable(std::string name, const std::optional<std::string>& value);
+    ~ScopedVariable();
+    ScopedVariable(const ScopedVariable&) = delete;
+    ScopedVariable& operator=(const ScopedVariable&) = delete;
+
+  private:
+    std::string m_Name;
+    std::optional<std::string> m_Before;
+};
+
+// Leads standard error to another descriptor for as long as it lives. Does not own that descriptor.
+class ScopedStandardError final {
+  public:
+    explicit ScopedStandardError(int target);
+    ~ScopedStandardError();
+    ScopedStandardError(const ScopedStandardError&) = delete;
+    ScopedStandardError& operator=(const ScopedStandardError&) = delete;
+
+  private:
+    int m_Before;
+};
+
+[[nodiscard]] std::string ReadFile(const std::string& path);
+void WriteFile(const std::string& path, const std::string& contents);
+
+// Exit status of a forked child that runs `body` and ends with its result; -1 when a signal ended it.
+[[nodiscard]] int RunInChild(const std::function<int()>& body);
+
+struct Releaser {
+    void operator()(IQelUnknown* object) const { object->Release(); }
+};
+template <class Interface>
+using Owned = std::unique_ptr<Interface, Releaser>;
+
+// A status code as a result.
+[[nodiscard]] constexpr HRESULT Result(WbemStatus status) {
+    return static_cast<HRESULT>(status);
+}
+
+}  // namespace qel::test

@@ -1,0 +1,154 @@
+#include "tests/host/Command.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <exception>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+
+namespace host::test {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr const char* kModule = "libqelp_ZORBALT_MngSrvRaid.so";
+constexpr int kNotStarted = 127;
+
+[[noreturn]] void Become(const Command& command, const std::string& out, const std::string& err) {
+    constexpr mode_t kMode = 0600;
+    ::dup2(::open(out.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, kMode), STDOUT_FILENO);
+    ::dup2(::open(err.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, kMode), STDERR_FILENO);
+    ::unsetenv("ZORBALT_INSTALL_DIR");
+    for (const auto& [name, value] : command.environment) {
+        ::setenv(name.c_str(), value.c_str(), 1);
+    }
+    std::vector<std::string> words = command.words;
+    words.insert(words.begin(), command.program.string());
+    std::vector<char*> pointers;
+    for (std::string& word : words) {
+        pointers.push_back(word.data());
+    }
+    pointers.push_back(nullptr);
+    try {
+        command.inChild();
+        ::execv(pointers.front(), pointers.data());
+    } catch (const std::exception& error) {
+        ::dprintf(STDERR_FILENO, "%s\n", error.what());
+    }
+    ::_exit(kNotStarted);
+}
+
+}  // namespace
+
+int Ended::ExitStatus() const {
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+Ended Command::Run() const {
+    const TempFolder captured;
+    const std::string out = standardOutput.empty() ? captured / "out" : standardOutput;
+    const std::string err = captured / "err";
+    const pid_t child = ::fork();
+    if (child == 0) {
+        Become(*this, out, err);
+    }
+    Ended ended;
+    EXPECT_EQ(::waitpid(child, &ended.status, 0), child);
+    ended.out = standardOutput.empty() ? ReadFile(out) : "";
+    ended.err = ReadFile(err);
+    return ended;
+}
+
+Ended RunCommand(std::vector<std::string> words) {
+    return Command{.words = std::move(words)}.Run();
+}
+
+std::string InChild(const std::function<std::string()>& work) {
+    const TempFolder folder;
+    const std::string result = folder / "result";
+    WriteFile(result, "the child was lost");
+    // Opened here, because the child may cover the place.
+    const int file = ::open(result.c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC);
+    const pid_t child = ::fork();
+    if (child == 0) {
+        std::string text;
+        try {
+            text = work();
+        } catch (const std::exception& error) {
+            text = std::string("threw: ") + error.what();
+        }
+        ::_exit(::write(file, text.data(), text.size()) == static_cast<ssize_t>(text.size()) ? 0 : 1);
+    }
+    ::close(file);
+    int status = 0;
+    EXPECT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+    return ReadFile(result);
+}
+
+TempFolder::TempFolder() {
+    std::string name = (fs::temp_directory_path() / "host_test_XXXXXX").string();
+    if (::mkdtemp(name.data()) == nullptr) {
+        throw std::runtime_error("no temporary folder: " + name);
+    }
+    m_Path = name;
+}
+
+TempFolder::~TempFolder() {
+    std::error_code ignored;  // A folder that stays behind does no harm.
+    fs::remove_all(m_Path, ignored);
+}
+
+std::vector<std::string> TempFolder::NamesIn(const fs::path& folder) {
+    std::vector<std::string> names;
+    for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
+        names.push_back(entry.path().filename().string());
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+InstallRoot::InstallRoot() {
+    fs::create_directory(Cim());
+    fs::create_directory(m_Folder.Path() / "etc");
+    for (const fs::path file : {HOST_TEST_MODULE, HOST_TEST_CONVERSION_LIBRARY}) {
+        fs::create_symlink(file, Cim() / file.filename());
+    }
+    // Also for tests that run the command as another user.
+    fs::permissions(m_Folder.Path(), fs::perms::all);
+}
+
+std::vector<std::string> InstallRoot::ResultFiles() const {
+    return TempFolder::NamesIn(m_Folder.Path() / "tmp" / "MSRAID");
+}
+
+void InstallRoot::SetKey(const std::string& key) const {
+    WriteFile(m_Folder.Path() / "etc" / "app.key", key + "\n");
+}
+
+void InstallRoot::UseFakeModule() const {
+    fs::remove(Cim() / kModule);
+    fs::create_symlink(HOST_TEST_FAKE_MODULE, Cim() / kModule);
+}
+
+void WriteFile(const fs::path& path, const std::string& text) {
+    std::ofstream(path, std::ios::binary) << text;
+}
+
+std::string ReadFile(const fs::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+std::size_t CountLines(const std::string& text) {
+    return static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
+}
+
+}  // namespace host::test

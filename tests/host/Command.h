@@ -1,0 +1,80 @@
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace host::test {
+
+/// How a child process ended, with all that it printed.
+struct Ended {
+    int status = -1;  ///< as waitpid gives it
+
+    std::string out;
+    std::string err;
+
+    [[nodiscard]] int ExitStatus() const;  ///< -1 when a signal ended it
+};
+
+/// The built command with its arguments, to be run as a user would.
+struct Command {
+    std::vector<std::string> words;
+    std::map<std::string, std::string> environment = {};  ///< beside the test's own
+    std::function<void()> inChild = [] {};                ///< between fork and exec
+    std::string standardOutput = {};                      ///< empty: kept in `out`
+    std::filesystem::path program = HOST_TEST_PROGRAM;
+
+    [[nodiscard]] Ended Run() const;
+};
+
+/// Runs the command with these words.
+[[nodiscard]] Ended RunCommand(std::vector<std::string> words);
+
+/// What `work` returns in a child process of its own, which may enter a sandbox; "threw: ..." when it throws.
+[[nodiscard]] std::string InChild(const std::function<std::string()>& work);
+
+/// A new folder below the system's temporary one, gone with the object.
+class TempFolder final {
+  public:
+    TempFolder();
+    ~TempFolder();
+    TempFolder(const TempFolder&) = delete;
+    TempFolder& operator=(const TempFolder&) = delete;
+
+    [[nodiscard]] const std::filesystem::path& Path() const { return m_Path; }
+    [[nodiscard]] std::string operator/(const std::string& name) const { return (m_Path / name).string(); }
+    [[nodiscard]] std::vector<std::string> Names() const { return NamesIn(m_Path); }
+
+    /// Sorted names of a folder's entries.
+    [[nodiscard]] static std::vector<std::string> NamesIn(const std::filesystem::path& folder);
+
+  private:
+    std::filesystem::path m_Path;
+};
+
+/// An install root of its own: cim/ with the built module and conversion library, as links.
+class InstallRoot final {
+  public:
+    InstallRoot();
+
+    [[nodiscard]] std::string Path() const { return m_Folder.Path().string(); }
+    [[nodiscard]] std::filesystem::path Cim() const { return m_Folder.Path() / "cim"; }
+    [[nodiscard]] std::vector<std::string> ResultFiles() const;
+    void SetKey(const std::string& key) const;
+
+    /// Puts the module of FakeModule.cpp in place of the built one.
+    void UseFakeModule() const;
+
+  private:
+    TempFolder m_Folder;
+};
+
+void WriteFile(const std::filesystem::path& path, const std::string& text);
+[[nodiscard]] std::string ReadFile(const std::filesystem::path& path);
+
+/// How many lines a text has; each ends with a line feed.
+[[nodiscard]] std::size_t CountLines(const std::string& text);
+
+}  // namespace host::test

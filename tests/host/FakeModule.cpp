@@ -1,0 +1,82 @@
+// A provider module that behaves as the environment variable FAKE_MODULE says, for what the real one cannot
+// be made to do from outside.
+
+#include "qel/CIWbemUtil.h"
+#include "qel/CTraceUtility.h"
+#include "qel/CZORBALT_SysService.h"
+#include "qel/portable/CWbemRepository.h"
+
+#include <cstdlib>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+namespace {
+
+constexpr std::size_t kLargeSize = 4'000'000;
+
+class FakeProvider final : public CZORBALT_SysService {
+  public:
+    FakeProvider() : CZORBALT_SysService("fake", "test", "1") {}
+
+    DWORD ExecMethodAsync(char* /*className*/, char* methodName, long /*flags*/, IWbemContext* /*context*/,
+                          IWbemClassObject* inParams, IWbemObjectSink* sink) override {
+        const std::string_view mode = std::getenv("FAKE_MODULE");
+        if (mode == "throw") {
+            throw std::runtime_error("out of\ncheese");
+        }
+        if (mode == "status") {
+            sink->SetStatus(0, static_cast<HRESULT>(WBEM_E_NOT_SUPPORTED), nullptr, nullptr);
+            return WBEM_E_NOT_SUPPORTED;
+        }
+        if (mode == "silent") {
+            sink->SetStatus(0, WBEM_S_NO_ERROR, nullptr, nullptr);
+            return WBEM_S_NO_ERROR;
+        }
+        IWbemClassObject* definition = nullptr;
+        IWbemClassObject* signature = nullptr;
+        IWbemClassObject* output = nullptr;
+        CWbemRepository::Process().GetObject("ZORBALT_MngSrvRaid", 0, nullptr, &definition, nullptr);
+        definition->GetMethod(methodName, 0, nullptr, &signature);
+        signature->SpawnInstance(0, &output);
+        Fill(mode, inParams, output);
+        sink->Indicate(1, &output);
+        sink->SetStatus(0, WBEM_S_NO_ERROR, nullptr, nullptr);
+        for (IWbemClassObject* const object : {output, signature, definition}) {
+            object->Release();
+        }
+        return WBEM_S_NO_ERROR;
+    }
+
+  private:
+    static void Fill(std::string_view mode, IWbemClassObject* inParams, IWbemClassObject* output) {
+        std::string document = "<RAID/>\n";
+        DWORD returnValue = 0;
+        if (mode == "large") {
+            document.assign(kLargeSize, 'x');
+        } else if (mode == "parameters") {
+            document.clear();
+            for (const char* const name : {"CtrlNo", "EnclNo", "PDNo", APP_KEY_PROPERTY}) {
+                std::string text;
+                CIWbemUtil::getStringFromIWbemClassObject(inParams, name, &text);
+                document += "[" + text + "]";
+            }
+        } else if (mode == "reasons") {
+            CTraceUtility::WriteTrace("msraid", "MSGID_MNGSRV_RAID_0001_F", "0406");
+            returnValue = 0x80000001;
+        } else if (mode == "wordless") {
+            returnValue = 0x80000001;
+        }
+        CIWbemUtil::setStringToIWbemClassObject(output, "XmlData", document);
+        CIWbemUtil::setReturnValueToIWbemClassObject(output, returnValue);
+    }
+};
+
+}  // namespace
+
+extern "C" __attribute__((visibility("default"))) CZORBALT_ServerService* create() {
+    if (std::string_view(std::getenv("FAKE_MODULE")) == "no-provider") {
+        return nullptr;
+    }
+    return new FakeProvider;
+}

@@ -1,0 +1,130 @@
+#include "host/Progress.h"
+
+#include "tests/host/Command.h"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <pty.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+
+namespace host::test {
+namespace {
+
+using std::chrono::seconds;
+using testing::HasSubstr;
+
+// What a terminal of this width is sent on standard error while the command runs.
+std::string Watch(std::vector<std::string> words, unsigned short columns) {
+    const winsize size{24, columns, 0, 0};
+    int terminal = -1;
+    const pid_t child = ::forkpty(&terminal, nullptr, nullptr, &size);
+    if (child == 0) {
+        words.insert(words.begin(), HOST_TEST_PROGRAM);
+        std::vector<char*> pointers;
+        for (std::string& word : words) {
+            pointers.push_back(word.data());
+        }
+        pointers.push_back(nullptr);
+        ::dup2(::open("/dev/null", O_WRONLY), STDOUT_FILENO);
+        ::execv(pointers.front(), pointers.data());
+        ::_exit(127);
+    }
+    std::string text;
+    char chunk[4096];
+    for (;;) {
+        const ssize_t count = ::read(terminal, chunk, sizeof chunk);
+        if (count <= 0 && !(count < 0 && errno == EINTR)) {
+            break;
+        }
+        text.append(chunk, static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+    }
+    int status = 0;
+    EXPECT_EQ(::waitpid(child, &status, 0), child);
+    ::close(terminal);
+    return text;
+}
+
+// What stands in the line at last, and the longest that ever stood there.
+struct Screen {
+    explicit Screen(const std::string& sent) {
+        std::size_t column = 0;
+        for (const char character : sent) {
+            if (character == '\r') {
+                column = 0;
+                continue;
+            }
+            line.resize(std::max(line.size(), column + 1), ' ');
+            line[column++] = character;
+            widest = std::max(widest, column);
+        }
+        line.erase(line.find_last_not_of(' ') + 1);
+    }
+    std::string line;
+    std::size_t widest = 0;
+};
+
+TEST(Progress, TellsControllerAndReport) {
+    EXPECT_EQ(DescribeCommand("vdkcli -v"), "version of the tool (vdkcli -v)");
+    EXPECT_EQ(DescribeCommand("vdkcli -ctrlinfo -aAll"),
+              "all controllers: controller data (vdkcli -ctrlinfo -aAll)");
+    EXPECT_EQ(DescribeCommand("vdkcli -ctrlinfo -a12"),
+              "controller 12: controller data (vdkcli -ctrlinfo -a12)");
+    EXPECT_EQ(DescribeCommand("vdkcli -ldpdinfo -a0"), "controller 0: logical drives (vdkcli -ldpdinfo -a0)");
+    EXPECT_EQ(DescribeCommand("vdkcli -pdinfo -nosmart -a0"),
+              "controller 0: physical drives (vdkcli -pdinfo -nosmart -a0)");
+    EXPECT_EQ(DescribeCommand("vdkcli -pdinfo -pd[252:3] -a0"),
+              "controller 0: drive 252:3 (vdkcli -pdinfo -pd[252:3] -a0)");
+    EXPECT_EQ(DescribeCommand(""), "report ()");
+}
+
+TEST(Progress, LetsNoOddByteReachTheTerminal) {
+    EXPECT_EQ(DescribeCommand("a\x1b[2J\n\xc3\xa4\xff"), "report (a?[2J????)");
+}
+
+TEST(Progress, FitsTheTerminal) {
+    const std::string command = "vdkcli -pdinfo -a0";
+    EXPECT_EQ(ProgressLine(command, seconds(3), 80),
+              "controller 0: physical drives (vdkcli -pdinfo -a0) 3 s");
+    EXPECT_EQ(ProgressLine(command, seconds(12), 20), "controller 0:  12 s");
+    for (std::size_t columns = 0; columns < 60; ++columns) {
+        EXPECT_LE(ProgressLine(command, seconds(7), columns).size(), columns == 0 ? 0 : columns - 1);
+    }
+}
+
+TEST(Progress, IsShownOnATerminalAndErasedAtTheEnd) {
+    const std::string sent = Watch({"--scenario", "faults/slow", "get-info"}, 80);
+    EXPECT_THAT(sent, HasSubstr("\rversion of the tool (vdkcli -v) 0 s"));
+    EXPECT_THAT(sent, HasSubstr("\rcontroller 0: physical drives (vdkcli -pdinfo"));
+    EXPECT_EQ(Screen(sent).line, "");
+}
+
+TEST(Progress, NeverWrapsOnANarrowTerminal) {
+    const std::string sent = Watch({"--scenario", "faults/slow", "get-pd-info", "0", "1", "2"}, 24);
+    EXPECT_GT(Screen(sent).widest, 10U);
+    EXPECT_LE(Screen(sent).widest, 23U);
+}
+
+TEST(Progress, CountsTheSecondsOfOneCommand) {
+    // Three tries with two seconds between them.
+    EXPECT_THAT(Watch({"--scenario", "faults/killed", "get-info"}, 80), HasSubstr(" 2 s"));
+}
+
+TEST(Progress, IsSilentWhenTheTraceGoesToTheTerminal) {
+    EXPECT_THAT(Watch({"--scenario", "small", "--trace", "2", "get-info"}, 80), testing::StrEq(""));
+}
+
+TEST(Progress, FailureStandsOnALineOfItsOwn) {
+    const std::string sent = Watch({"--scenario", "faults/marker", "get-info"}, 80);
+    const std::size_t message = sent.find("mngsrvraid: get-info failed");
+    ASSERT_NE(message, std::string::npos) << sent;
+    EXPECT_EQ(Screen(sent.substr(0, message)).line, "");
+}
+
+}  // namespace
+}  // namespace host::test

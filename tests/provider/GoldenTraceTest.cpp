@@ -1,0 +1,55 @@
+#include "tests/provider/CallBench.h"
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+namespace {
+
+using testsupport::CallTest;
+
+struct GoldenCall {
+    std::string folder;
+    DWORD returnValue;
+};
+
+class GoldenTraceTest : public CallTest, public ::testing::WithParamInterface<GoldenCall> {
+  protected:
+    [[nodiscard]] static std::filesystem::path Folder() {
+        return std::filesystem::path(TEST_GOLDEN_TRACES) / GetParam().folder;
+    }
+
+    [[nodiscard]] static std::string Read(const std::filesystem::path& path) {
+        std::ifstream file(path, std::ios::binary);
+        EXPECT_TRUE(file.is_open()) << path;
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+
+    void AnswerAsTheFolderSays() {
+        for (const auto& entry : std::filesystem::directory_iterator(Folder())) {
+            if (entry.path().filename() != "trace.txt") {
+                m_Tool.Answer(entry.path().filename(), Read(entry.path()));
+            }
+        }
+    }
+};
+
+TEST_P(GoldenTraceTest, TheWholeTraceIsAsRecorded) {
+    AnswerAsTheFolderSays();
+    EXPECT_EQ(Call("GetInfo"), 0U);
+    EXPECT_EQ(ReturnValue(), GetParam().returnValue);
+    std::string trace;
+    for (const std::string& line : Trace()) {
+        trace += line + "\n";
+    }
+    EXPECT_EQ(trace, Read(Folder() / "trace.txt"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Calls, GoldenTraceTest,
+                         ::testing::Values(GoldenCall{"two-controllers", 0}, GoldenCall{"second-fails", 0x80000001}),
+                         [](const auto& call) {
+                             return call.param.folder == "two-controllers" ? "SuccessOnTwoControllers"
+                                                                           : "FailureInTheSecondLogicalDriveReport";
+                         });
+
+}  // namespace

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "qel/portable/CTraceOutput.h"
+
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace testsupport {
+
+/// Keeps every trace line of the module while it stands, as "4 CMSRAID_InfoGetter::Parse [START]": level, blank,
+/// text. Messages for the administrator have level 0.
+class TraceRecorder final : public ITraceListener {
+  public:
+    TraceRecorder() { CTraceOutput::SetListener(this); }
+    ~TraceRecorder() override { CTraceOutput::SetListener(nullptr); }
+
+    void OnTrace(const TraceLine& line) noexcept override;
+
+    [[nodiscard]] std::vector<std::string> Lines() const;
+
+    /// Lines of one level, without it.
+    [[nodiscard]] std::vector<std::string> Texts(int level) const;
+
+    void Clear();
+
+  private:
+    mutable std::mutex m_Mutex;
+    std::vector<std::string> m_Lines;
+};
+
+}  // namespace testsupport
