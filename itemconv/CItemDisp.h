@@ -7,9 +7,10 @@
 /// below the title "### General Information ###".
 ///
 /// The object belongs to the conversion library: only its `CreateItemDisp` makes one and only its
-/// `DeleteItemDisp` deletes it, before the library is closed. The three texts stand first in the object, in this
-/// order and with nothing in front of them; what follows them is the library's own and of unknown size, so an item
-/// is only ever handled through a pointer. Readers may rewrite the parent name and the name after creation.
+/// `DeleteItemDisp` deletes it, before the library is closed. The three texts stand first in the object, in
+/// this order and with nothing in front of them; what follows them is the library's own and of unknown size,
+/// so an item is only ever handled through a pointer. Readers may rewrite the parent name and the name after
+/// creation.
 class CItemDisp {
   public:
     CItemDisp(const CItemDisp&) = delete;
@@ -25,5 +26,6 @@ class CItemDisp {
     ~CItemDisp() = default;
 };
 
-/// An ordered list of items. It owns its cells, never the items; the tree is carried by the parent names alone.
+/// An ordered list of items. It owns its cells, never the items; the tree is carried by the parent names
+/// alone.
 using ItemList = std::list<CItemDisp*>;

@@ -41,15 +41,20 @@ bool LookUp(void* handle, const char* name, Function*& entryPoint) {
 
 }  // namespace
 
-CMSRAID_MngLib::CMSRAID_MngLib() { const OperationTrace operation("CMSRAID_MngLib::CMSRAID_MngLib"); }
+CMSRAID_MngLib::CMSRAID_MngLib() {
+    const OperationTrace operation("CMSRAID_MngLib::CMSRAID_MngLib");
+}
 
-CMSRAID_MngLib::~CMSRAID_MngLib() { const OperationTrace operation("CMSRAID_MngLib::~CMSRAID_MngLib"); }
+CMSRAID_MngLib::~CMSRAID_MngLib() {
+    const OperationTrace operation("CMSRAID_MngLib::~CMSRAID_MngLib");
+}
 
 void* CMSRAID_MngLib::Load() {
     const OperationTrace operation("CMSRAID_MngLib::MngSrvLibLoad");
     void* const handle = dlopen(FindLibraryFile().c_str(), RTLD_LAZY);
     if (handle == nullptr) {
-        CTraceUtility::WriteDebug(kCategory, kFailure, "Failed to load MngSrv_QelLib Library(%s).", LastLoadError());
+        CTraceUtility::WriteDebug(kCategory, kFailure, "Failed to load MngSrv_QelLib Library(%s).",
+                                  LastLoadError());
         return nullptr;
     }
     bool isComplete = LookUp(handle, "CreateLibIF", CreateLibIF);
@@ -57,8 +62,8 @@ void* CMSRAID_MngLib::Load() {
     isComplete &= LookUp(handle, "CreateItemDisp", CreateItemDisp);
     isComplete &= LookUp(handle, "DeleteItemDisp", DeleteItemDisp);
     if (!isComplete) {
-        // Meant: the blank before the full stop tells this failure from the other one, and a library that lacks an
-        // entry point stays open.
+        // Meant: the blank before the full stop tells this failure from the other one, and a library that
+        // lacks an entry point stays open.
         CTraceUtility::WriteDebug(kCategory, kFailure, "Failed to load MngSrv_QelLib Library(%s) .",
                                   LastLoadError());
         return nullptr;
@@ -76,8 +81,8 @@ void CMSRAID_MngLib::Unload(void* handle) {
 
 bool CMSRAID_MngLib::XmlConvert(ItemList* items, std::string* xml) {
     const OperationTrace operation("CMSRAID_MngLib::XmlConvert");
-    const std::unique_ptr<QelLibIF, DeleteLibIFFunction*> converter(CreateLibIF == nullptr ? nullptr : CreateLibIF(),
-                                                                    DeleteLibIF);
+    const std::unique_ptr<QelLibIF, DeleteLibIFFunction*> converter(
+        CreateLibIF == nullptr ? nullptr : CreateLibIF(), DeleteLibIF);
     if (converter == nullptr) {
         CTraceUtility::WriteDebug(kCategory, kFailure, "Failed to initialize QelLibIF.");
         return false;

@@ -5,13 +5,14 @@
 
 #include <string>
 
-/// The module's hold on the conversion library `libqel_MngSrv_QelLib.so`, which makes and deletes display items and
-/// turns a list of them into XML.
+/// The module's hold on the conversion library `libqel_MngSrv_QelLib.so`, which makes and deletes display
+/// items and turns a list of them into XML.
 ///
-/// One method call is: `Load`, items through `CreateItemDisp`, `XmlConvert`, every item through `DeleteItemDisp`,
-/// `Unload`. The entry points mean something only between a successful `Load` and its `Unload`; they are null before
-/// the first `Load`. The handle is the caller's to keep. One thread at a time. Failures show in results and in the
-/// trace; `XmlConvert` may throw std::bad_alloc and has then released the interface object.
+/// One method call is: `Load`, items through `CreateItemDisp`, `XmlConvert`, every item through
+/// `DeleteItemDisp`, `Unload`. The entry points mean something only between a successful `Load` and its
+/// `Unload`; they are null before the first `Load`. The handle is the caller's to keep. One thread at a time.
+/// Failures show in results and in the trace; `XmlConvert` may throw std::bad_alloc and has then released the
+/// interface object.
 class CMSRAID_MngLib {
   public:
     CMSRAID_MngLib();

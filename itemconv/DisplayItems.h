@@ -13,8 +13,8 @@ enum class Validity {
     Placeholder,  ///< "FALSE": a key that the report lacks
 };
 
-/// A list of one new item, to be spliced to its place; an empty list when the library makes none. The cell is made
-/// before the item, since an item without a cell would be lost when memory ends.
+/// A list of one new item, to be spliced to its place; an empty list when the library makes none. The cell is
+/// made before the item, since an item without a cell would be lost when memory ends.
 [[nodiscard]] ItemList MakeItem(const CMSRAID_MngLib* library, const std::string& parentName,
                                 const std::string& name, const std::string& value, Validity validity);
 

@@ -17,6 +17,8 @@
 
 #include <array>
 #include <exception>
+#include <forward_list>
+#include <mutex>
 #include <new>
 
 using msraid::kCategory;
@@ -37,6 +39,25 @@ constexpr const char* kFailureMessage = "MSGID_MNGSRV_RAID_0001_F";
 constexpr const char* kReasonToolNotInstalled = "03";
 constexpr const char* kReasonNoAuthority = "07";
 constexpr const char* kReasonParameter = "09";
+
+// A wrapper lives on when its provider is gone; only its memory goes, with the module, and without the
+// destructor's words in the trace.
+struct KeptWrapper {
+    KeptWrapper() : m_Library() {}
+    ~KeptWrapper() {}  // NOLINT(modernize-use-equals-default): the member is left alone.
+    KeptWrapper(const KeptWrapper&) = delete;
+    KeptWrapper& operator=(const KeptWrapper&) = delete;
+    union {
+        CMSRAID_MngLib m_Library;
+    };
+};
+
+CMSRAID_MngLib* MakeWrapper() {
+    static std::mutex mutex;
+    static std::forward_list<KeptWrapper> wrappers;
+    const std::lock_guard lock(mutex);
+    return &wrappers.emplace_front().m_Library;
+}
 
 void Deliver(IWbemClassObject* outParams, IWbemObjectSink* sink, ResultCode returnValue) {
     if (outParams != nullptr) {
@@ -66,7 +87,7 @@ CZORBALT_MngSrvRaid::CZORBALT_MngSrvRaid() : CZORBALT_SysService("msraid", "zorb
     QelException::set_transrator();
     try {
         writeDLLFileVersionLog(kLoggedFileName);
-        m_pMngLib = new CMSRAID_MngLib;
+        m_pMngLib = MakeWrapper();
     } catch (const std::exception& exception) {
         TraceException("CZORBALT_MngSrvRaid::CZORBALT_MngSrvRaid()", exception);
     } catch (...) {
@@ -79,8 +100,9 @@ CZORBALT_MngSrvRaid::~CZORBALT_MngSrvRaid() {
     const OperationTrace operation("CZORBALT_MngSrvRaid::~CZORBALT_MngSrvRaid");
 }
 
-DWORD CZORBALT_MngSrvRaid::ExecMethodAsync(char* className, char* methodName, long flags, IWbemContext* context,
-                                           IWbemClassObject* inParams, IWbemObjectSink* sink) {
+DWORD CZORBALT_MngSrvRaid::ExecMethodAsync(char* className, char* methodName, long flags,
+                                           IWbemContext* context, IWbemClassObject* inParams,
+                                           IWbemObjectSink* sink) {
     QelException::set_transrator();
     CTraceUtility::WriteDebug(kCategory, kOperation, "CZORBALT_MngSrvRaid::ExecMethodAsync() [START]");
     ShowMessage("CZORBALT_MngSrvRaid::ExecMethodAsync()", "CZORBALT_MngSrvRaid::ExecMethodAsync");
@@ -103,30 +125,35 @@ DWORD CZORBALT_MngSrvRaid::ExecMethodAsync(char* className, char* methodName, lo
             methodResult = GetPDInfo(inParams, objects.m_OutInstance);
             Deliver(objects.m_OutInstance, sink, methodResult);
         } else {
-            status = CZORBALT_ServerService::ExecMethodAsync(className, methodName, flags, context, inParams, sink);
+            status = CZORBALT_ServerService::ExecMethodAsync(className, methodName, flags, context, inParams,
+                                                             sink);
         }
     } catch (const std::exception& exception) {
         TraceException("CZORBALT_MngSrvRaid::ExecMethodAsync()", exception);
         DeliverException(objects.m_OutInstance, sink);
         status = WBEM_E_FAILED;
     } catch (...) {
-        CTraceUtility::WriteDebug(kCategory, kException, "CZORBALT_MngSrvRaid::ExecMethodAsync() unknown exception");
+        CTraceUtility::WriteDebug(kCategory, kException,
+                                  "CZORBALT_MngSrvRaid::ExecMethodAsync() unknown exception");
         DeliverException(objects.m_OutInstance, sink);
         status = WBEM_E_FAILED;
     }
 
     sink->SetStatus(0, static_cast<HRESULT>(status), nullptr, nullptr);
     objects.Release();
-    CTraceUtility::WriteDebug(kCategory, kResult, "CZORBALT_MngSrvRaid::ExecMethodAsync mr=0x%08x", methodResult);
+    CTraceUtility::WriteDebug(kCategory, kResult, "CZORBALT_MngSrvRaid::ExecMethodAsync mr=0x%08x",
+                              methodResult);
     if (status != WBEM_S_NO_ERROR) {
-        CTraceUtility::WriteDebug(kCategory, kFailure, "CZORBALT_MngSrvRaid::ExecMethodAsync hr=0x%08x", status);
+        CTraceUtility::WriteDebug(kCategory, kFailure, "CZORBALT_MngSrvRaid::ExecMethodAsync hr=0x%08x",
+                                  status);
     }
     CTraceUtility::WriteDebug(kCategory, kOperation, "CZORBALT_MngSrvRaid::ExecMethodAsync() [END]");
     return status;
 }
 
 // Leaves null what the framework does not give: the class, or the output of a method that the class lacks.
-void CZORBALT_MngSrvRaid::FetchObjects(CallObjects& objects, const char* methodName, IWbemContext* context) const {
+void CZORBALT_MngSrvRaid::FetchObjects(CallObjects& objects, const char* methodName,
+                                       IWbemContext* context) const {
     objects.m_ClassName = SysAllocString(kClassName);
     if (objects.m_ClassName == nullptr) {
         throw std::bad_alloc();
@@ -201,8 +228,8 @@ ResultCode CZORBALT_MngSrvRaid::ReadServer(MethodCall& call, IWbemClassObject* i
     char count = 0;
     result = controllers.GetCtrlNum(&count);
     if (result != kSuccess) {
-        CTraceUtility::WriteDebug(kCategory, kFailure, "CMSRAID_CtrlInfoGetter::GetCtrlNum is FAILED (re=%08x).",
-                                  result);
+        CTraceUtility::WriteDebug(kCategory, kFailure,
+                                  "CMSRAID_CtrlInfoGetter::GetCtrlNum is FAILED (re=%08x).", result);
         return call.FailAs(controllers.GetReason(), result);
     }
     const auto signedCount = static_cast<signed char>(count);
@@ -222,7 +249,8 @@ ResultCode CZORBALT_MngSrvRaid::Run(CMSRAID_InfoGetter& reader, long ctrlNo, Met
                                     const char* readerName) {
     const ResultCode result = reader.GetInfo(ctrlNo, m_pMngLib, call.m_Scratch);
     if (result != kSuccess) {
-        CTraceUtility::WriteDebug(kCategory, kFailure, "%s::GetInfo is FAILED (re=%08x).", readerName, result);
+        CTraceUtility::WriteDebug(kCategory, kFailure, "%s::GetInfo is FAILED (re=%08x).", readerName,
+                                  result);
         return call.FailAs(reader.GetReason(), result);
     }
     call.m_Items.splice(call.m_Items.end(), call.m_Scratch);
@@ -247,7 +275,8 @@ ResultCode CZORBALT_MngSrvRaid::ReadDrive(MethodCall& call, IWbemClassObject* in
         lastParameterStatus =
             CIWbemUtil::getStringFromIWbemClassObject(inParams, kParameters[parameter], &texts[parameter]);
         if (lastParameterStatus < 0) {
-            CTraceUtility::WriteDebug(kCategory, kFailure, "getStringFromIWbemClassObject %s is FAILED (hr=%08x).",
+            CTraceUtility::WriteDebug(kCategory, kFailure,
+                                      "getStringFromIWbemClassObject %s is FAILED (hr=%08x).",
                                       kParameters[parameter], static_cast<unsigned>(lastParameterStatus));
             return call.Fail(kReasonParameter, msraid::kGeneralFailure);
         }
@@ -258,7 +287,8 @@ ResultCode CZORBALT_MngSrvRaid::ReadDrive(MethodCall& call, IWbemClassObject* in
     result = drive.GetInfo(ctrlNo, enclNo, pdNo, m_pMngLib, call.m_Items);
     if (result != kSuccess) {
         // Meant: the message names the reader that this one extends.
-        CTraceUtility::WriteDebug(kCategory, kFailure, "CMSRAID_PDInfoGetter::GetInfo is FAILED (re=%08x).", result);
+        CTraceUtility::WriteDebug(kCategory, kFailure, "CMSRAID_PDInfoGetter::GetInfo is FAILED (re=%08x).",
+                                  result);
         return call.FailAs(drive.GetReason(), result);
     }
     return kSuccess;
@@ -268,7 +298,8 @@ void CZORBALT_MngSrvRaid::Finish(MethodCall& call, const char* methodName, Resul
     FreeItemList(call.m_Items);
     call.Unload();
     if (result != kSuccess) {
-        CTraceUtility::WriteDebug(kCategory, kFailure, "%s Error[reason:%s]", methodName, call.Reason().c_str());
+        CTraceUtility::WriteDebug(kCategory, kFailure, "%s Error[reason:%s]", methodName,
+                                  call.Reason().c_str());
         CTraceUtility::WriteTrace(kCategory, kFailureMessage, call.Reason().c_str());
     }
 }

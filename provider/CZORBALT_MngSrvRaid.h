@@ -15,8 +15,8 @@ class MethodCall;
 ///     GetInfo                        -> XmlData: the whole RAID configuration of the server
 ///     GetPDInfo CtrlNo EnclNo PDNo   -> XmlData: one drive with its SMART data
 ///
-/// A method's failure travels as "ReturnValue" of the output instance, with status 0; only a missing class definition
-/// and an exception make the call itself fail. Calls into one object must not overlap.
+/// A method's failure travels as "ReturnValue" of the output instance, with status 0; only a missing class
+/// definition and an exception make the call itself fail. Calls into one object must not overlap.
 class CZORBALT_MngSrvRaid : public CZORBALT_SysService {
   public:
     CZORBALT_MngSrvRaid();
@@ -24,13 +24,13 @@ class CZORBALT_MngSrvRaid : public CZORBALT_SysService {
     /// Does not delete the wrapper of the conversion library, which lives as long as the process.
     ~CZORBALT_MngSrvRaid() override;
 
-    /// Runs one method and reports to `sink`. Exceptions of a method become status 0x80041001; those raised before
-    /// it starts (memory, the object manager) go on to the framework.
+    /// Runs one method and reports to `sink`. Exceptions of a method become status 0x80041001; those raised
+    /// before it starts (memory, the object manager) go on to the framework.
     DWORD ExecMethodAsync(char* className, char* methodName, long flags, IWbemContext* context,
                           IWbemClassObject* inParams, IWbemObjectSink* sink) override;
 
-    /// Deletes the items through the conversion library and empties the list; only empties it when no library has
-    /// been loaded yet.
+    /// Deletes the items through the conversion library and empties the list; only empties it when no library
+    /// has been loaded yet.
     virtual void FreeItemList(ItemList& items);
 
   private:

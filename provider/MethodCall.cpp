@@ -43,7 +43,8 @@ void MethodCall::Unload() {
     }
 }
 
-ResultCode MethodCall::StoreXml(IWbemClassObject* outParams, const char* failureFormat, HRESULT failureStatus) {
+ResultCode MethodCall::StoreXml(IWbemClassObject* outParams, const char* failureFormat,
+                                HRESULT failureStatus) {
     std::string xml;
     if (!m_Library->XmlConvert(&m_Items, &xml)) {
 #pragma GCC diagnostic push
@@ -53,9 +54,9 @@ ResultCode MethodCall::StoreXml(IWbemClassObject* outParams, const char* failure
         return Fail(kReasonConversion, kToolOrXmlFailed);
     }
     // Without an output instance there is nowhere to store the document, which is a failure to store it.
-    const HRESULT status = outParams == nullptr
-                               ? static_cast<HRESULT>(WBEM_E_INVALID_PARAMETER)
-                               : CIWbemUtil::setStringToIWbemClassObject(outParams, kXmlDataParameter, std::move(xml));
+    const HRESULT status = outParams == nullptr ? static_cast<HRESULT>(WBEM_E_INVALID_PARAMETER)
+                                                : CIWbemUtil::setStringToIWbemClassObject(
+                                                      outParams, kXmlDataParameter, std::move(xml));
     if (status < 0) {
         // Meant: the message names another operation of the framework than the one called.
         CTraceUtility::WriteDebug(kCategory, kFailure,

@@ -7,10 +7,11 @@
 
 #include <string>
 
-/// What one method call holds: the items read so far, the loaded conversion library, and the reason of its failure.
+/// What one method call holds: the items read so far, the loaded conversion library, and the reason of its
+/// failure.
 ///
-/// When a method is left by an exception the destructor deletes the items and closes the library, in this order and
-/// without a word in the trace; a call that came to its end has released both before.
+/// When a method is left by an exception the destructor deletes the items and closes the library, in this
+/// order and without a word in the trace; a call that came to its end has released both before.
 class MethodCall final {
   public:
     /// `library` is the provider's and may be null.
@@ -25,9 +26,10 @@ class MethodCall final {
     /// Closes it, if it was loaded.
     void Unload();
 
-    /// Converts the items and stores the text in the output instance's "XmlData". `failureFormat` is the trace line
-    /// of a failed conversion, with a place for `failureStatus`.
-    [[nodiscard]] ResultCode StoreXml(IWbemClassObject* outParams, const char* failureFormat, HRESULT failureStatus);
+    /// Converts the items and stores the text in the output instance's "XmlData". `failureFormat` is the
+    /// trace line of a failed conversion, with a place for `failureStatus`.
+    [[nodiscard]] ResultCode StoreXml(IWbemClassObject* outParams, const char* failureFormat,
+                                      HRESULT failureStatus);
 
     /// Puts a reason code in front and hands `result` back.
     ResultCode Fail(const char* reason, ResultCode result);

@@ -1,5 +1,7 @@
 #include "provider/CZORBALT_MngSrvRaid.h"
 
-/// The module's only export: a new provider, which the framework owns and deletes through its virtual destructor.
-/// What the constructor throws goes on to the framework.
-extern "C" __attribute__((visibility("default"))) CZORBALT_MngSrvRaid* create() { return new CZORBALT_MngSrvRaid; }
+/// The module's only export: a new provider, which the framework owns and deletes through its virtual
+/// destructor. What the constructor throws goes on to the framework.
+extern "C" __attribute__((visibility("default"))) CZORBALT_MngSrvRaid* create() {
+    return new CZORBALT_MngSrvRaid;
+}

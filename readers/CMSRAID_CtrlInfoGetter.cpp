@@ -126,7 +126,8 @@ ResultCode CMSRAID_CtrlInfoGetter::ParseSettingInfo(std::ifstream& in, std::stri
     bool hasReconstructionRate = false;
     auto placeholderPlace = m_ItemList.end();
     const ResultCode result = ReadKeyLines(in, [&](const CItemDisp& item) {
-        // A rate seen last moves the place from the section's end to right behind itself, wherever more lines go.
+        // A rate seen last moves the place from the section's end to right behind itself, wherever more lines
+        // go.
         if (item.m_Name == CTRL_RECON_RATE_NAME) {
             hasReconstructionRate = true;
         } else if (item.m_Name == CTRL_CC_RATE_NAME) {
@@ -163,7 +164,8 @@ ResultCode CMSRAID_CtrlInfoGetter::ParseFirmwareInfo(std::ifstream& in, std::str
     if (result == kSuccess && !hasPackageVersion) {
         result = InsertPlaceholder(place, CTRL_FIRM_PACK_VER_NAME);
     }
-    // Meant: these two are crossed, each key's presence rules the other's placeholder; consumers know the result.
+    // Meant: these two are crossed, each key's presence rules the other's placeholder; consumers know the
+    // result.
     if (result == kSuccess && !hasBuildTime) {
         result = InsertPlaceholder(place, CTRL_FIRM_VER_NAME);
     }

@@ -9,8 +9,8 @@
 ///     Product Name      : RAID 8i
 ///
 /// One tree per controller: the root, its titles, their keys. The controller's number becomes the key
-/// "Controller No." below the General Information title; two keys that older tools print get their present names;
-/// keys that the firmware and settings sections always carry are supplied where the report lacks them.
+/// "Controller No." below the General Information title; two keys that older tools print get their present
+/// names; keys that the firmware and settings sections always carry are supplied where the report lacks them.
 class CMSRAID_CtrlInfoGetter final : public CMSRAID_InfoGetter {
   public:
     CMSRAID_CtrlInfoGetter();

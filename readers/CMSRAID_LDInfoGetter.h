@@ -6,7 +6,8 @@
 #include <string>
 #include <string_view>
 
-/// Reads the logical-drive report, "vdkcli -ldpdinfo -a0", of RAID groups, their logical drives and their members:
+/// Reads the logical-drive report, "vdkcli -ldpdinfo -a0", of RAID groups, their logical drives and their
+/// members:
 ///
 ///     RG0
 ///     RG No.            : 0
@@ -15,15 +16,16 @@
 ///     ### General Information ###
 ///     # of PD           : 2
 ///
-/// One tree per group. The group's keys and its LD list are printed before the General Information title behind
-/// which they belong and are held until it comes; "Access Policy" moves to the LD Settings section the same way.
+/// One tree per group. The group's keys and its LD list are printed before the General Information title
+/// behind which they belong and are held until it comes; "Access Policy" moves to the LD Settings section the
+/// same way.
 class CMSRAID_LDInfoGetter final : public CMSRAID_InfoGetter {
   public:
     CMSRAID_LDInfoGetter();
     ~CMSRAID_LDInfoGetter() override;
 
-    /// Runs the same report for its members alone: adds, per physical-drive number as printed behind ">>PD", the text
-    /// behind "RG No." of the first group that names the drive.
+    /// Runs the same report for its members alone: adds, per physical-drive number as printed behind ">>PD",
+    /// the text behind "RG No." of the first group that names the drive.
     [[nodiscard]] ResultCode GetPDRGNo(long controller, std::map<long, std::string>* rgNoMap);
 
   protected:

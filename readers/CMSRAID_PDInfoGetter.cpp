@@ -228,13 +228,15 @@ ResultCode CMSRAID_PDInfoGetter::ParseGeneralnfo(std::ifstream& in, std::string 
         } else if (item.m_Name == PD_STAT_NAME_HEAD) {
             const ResultCode statusResult = ParsePDStatus(in, line);
             if (statusResult != kSuccess) {
-                CTraceUtility::WriteDebug(kCategory, kFailure, "ParsePDStatus is FAILED (hr=%08x).", statusResult);
+                CTraceUtility::WriteDebug(kCategory, kFailure, "ParsePDStatus is FAILED (hr=%08x).",
+                                          statusResult);
             }
             return statusResult;
         }
         return kSuccess;
     });
-    return result != kSuccess || hasTemperature ? result : InsertPlaceholder(temperaturePlace, PD_TEMPERATURE_NAME);
+    return result != kSuccess || hasTemperature ? result
+                                                : InsertPlaceholder(temperaturePlace, PD_TEMPERATURE_NAME);
 }
 
 ResultCode CMSRAID_PDInfoGetter::ParsePDStatus(std::ifstream& /*in*/, std::string /*line*/) {

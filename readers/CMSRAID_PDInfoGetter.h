@@ -7,13 +7,15 @@
 
 /// Reads the physical-drive report, "vdkcli -pdinfo -a0", one tree per drive:
 ///
-///     PD3(LD1)                             drive name and membership: LDn, GHS, RLD, DHS RGn or anything else
+///     PD3(LD1)                             drive name and membership: LDn, GHS, RLD, DHS RGn or anything
+///     else
 ///     ### General Information ###
 ///     PD Status         : ONLINE           becomes "PD Status" (NO ERROR) and "PD Status(Detail)" (ONLINE)
 ///     ### Slot Information ###             shown as "### Enclosure Properties Information ###"
 ///     ### SMART Information ###            dropped up to the next drive
 ///
-/// The RAID group of a drive that belongs to a logical drive comes from the logical-drive report, which is run first.
+/// The RAID group of a drive that belongs to a logical drive comes from the logical-drive report, which is
+/// run first.
 class CMSRAID_PDInfoGetter : public CMSRAID_InfoGetter {
   public:
     /// For a derived reader with a command of its own.
@@ -76,7 +78,8 @@ class CMSRAID_PDInfoGetter : public CMSRAID_InfoGetter {
     ResultCode ParseSlotInfo(std::ifstream& in, std::string line);
     ResultCode ParsePDStatus(std::ifstream& in, std::string line);
 
-    ResultCode HoldMembership(const std::string& line, const std::string& drive, const std::string& membership);
+    ResultCode HoldMembership(const std::string& line, const std::string& drive,
+                              const std::string& membership);
     ResultCode HoldLDMember(const std::string& line, const std::string& drive, const std::string& membership);
     ResultCode HoldDedicatedSpare(const std::string& line, const std::string& membership);
     ResultCode HoldInGeneral(const std::string& name, const std::string& value);

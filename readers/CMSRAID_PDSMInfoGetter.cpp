@@ -42,8 +42,8 @@ ResultCode CMSRAID_PDSMInfoGetter::GetInfo(long ctrlNo, long enclNo, long pdNo, 
                                            ItemList& items) {
     const OperationTrace operation("CMSRAID_PDInfoGetter::GetInfo");
     std::array<char, kCommandBufferSize> command{};
-    std::snprintf(command.data(), command.size(), "vdkcli -pdinfo -pd[%d:%d]", static_cast<std::int32_t>(enclNo),
-                  static_cast<std::int32_t>(pdNo));
+    std::snprintf(command.data(), command.size(), "vdkcli -pdinfo -pd[%d:%d]",
+                  static_cast<std::int32_t>(enclNo), static_cast<std::int32_t>(pdNo));
     m_CmdFormat = command.data();
     m_CmdFormat += " -a%s";
     return CMSRAID_PDInfoGetter::GetInfo(ctrlNo, lib, items);
@@ -97,7 +97,8 @@ ResultCode CMSRAID_PDSMInfoGetter::AddMissingTable() {
     if (m_IFType == PD_IFTYPE_SAS) {
         return InsertPlaceholder(m_ItemList.end(), SMART_DETAIL_SAS_NAME);
     }
-    return m_IFType == PD_IFTYPE_SATA ? InsertPlaceholder(m_ItemList.end(), SMART_DETAIL_SATA_NAME) : kSuccess;
+    return m_IFType == PD_IFTYPE_SATA ? InsertPlaceholder(m_ItemList.end(), SMART_DETAIL_SATA_NAME)
+                                      : kSuccess;
 }
 
 ResultCode CMSRAID_PDSMInfoGetter::ParseSMARTSATA(std::ifstream& in, std::string header) {

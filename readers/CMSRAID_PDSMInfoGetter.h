@@ -7,14 +7,15 @@
 #include <vector>
 
 /// Reads the report of one drive with its SMART data, "vdkcli -pdinfo -pd[252:3] -a0": everything of the
-/// physical-drive reader, and the SMART section as items, its attribute table included. The table of a SATA drive is
-/// split at blanks, the attribute's name being 40 characters wide:
+/// physical-drive reader, and the SMART section as items, its attribute table included. The table of a SATA
+/// drive is split at blanks, the attribute's name being 40 characters wide:
 ///
 ///     ID  Attribute                               Flag   Raw Data  Status
 ///     --- --------- (one line that is ignored)
 ///     5   Reallocated Sectors Count               0x33   0         OK
 ///
-/// That of a SAS drive is cut at the positions of its header's columns, below head lines that name what follows:
+/// That of a SAS drive is cut at the positions of its header's columns, below head lines that name what
+/// follows:
 ///
 ///     Attribute      Errors Corrected   Total
 ///     [Head 0]
@@ -28,8 +29,10 @@ class CMSRAID_PDSMInfoGetter final : public CMSRAID_PDInfoGetter {
 
     using CMSRAID_PDInfoGetter::GetInfo;
 
-    /// Reads the report of one drive and appends its items to `items`, as the inherited operation does for all.
-    [[nodiscard]] ResultCode GetInfo(long ctrlNo, long enclNo, long pdNo, CMSRAID_MngLib* lib, ItemList& items);
+    /// Reads the report of one drive and appends its items to `items`, as the inherited operation does for
+    /// all.
+    [[nodiscard]] ResultCode GetInfo(long ctrlNo, long enclNo, long pdNo, CMSRAID_MngLib* lib,
+                                     ItemList& items);
 
   protected:
     ResultCode ParseSMARTInfo(std::ifstream& in, std::string line) override;

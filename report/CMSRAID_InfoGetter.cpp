@@ -111,7 +111,8 @@ ResultCode CMSRAID_InfoGetter::ReadReport(const std::string& argument, const Rep
     ResultFile resultFile(GetRsltFilePath());
     ResultCode result = kSuccess;
     if (!CMSRAID_VDK::ExecCli(FormatCommand(argument), resultFile.Path())) {
-        CTraceUtility::WriteDebug(kCategory, kFailure, "Failed to execute vdkcli command %08x.", kToolOrXmlFailed);
+        CTraceUtility::WriteDebug(kCategory, kFailure, "Failed to execute vdkcli command %08x.",
+                                  kToolOrXmlFailed);
         m_Reason.insert(0, kReasonToolFailed);
         result = kToolOrXmlFailed;
     } else {
@@ -138,7 +139,8 @@ std::string CMSRAID_InfoGetter::FormatCommand(const std::string& argument) const
     return command.data();
 }
 
-ResultCode CMSRAID_InfoGetter::ParseAndHandOver(std::ifstream& file, const std::string& path, ItemList& items) {
+ResultCode CMSRAID_InfoGetter::ParseAndHandOver(std::ifstream& file, const std::string& path,
+                                                ItemList& items) {
     try {
         const ResultCode result = Parse(file, path);
         if (result == kSuccess) {
@@ -286,4 +288,6 @@ void CMSRAID_InfoGetter::ReleaseHeldItems(ItemList& held) {
     m_ItemList.splice(m_ItemList.end(), held);
 }
 
-void CMSRAID_InfoGetter::DropHeldItems(ItemList& held) { msraid::DeleteItems(m_pMngLib, held); }
+void CMSRAID_InfoGetter::DropHeldItems(ItemList& held) {
+    msraid::DeleteItems(m_pMngLib, held);
+}

@@ -50,7 +50,8 @@ bool IsRejectedByTool(const std::string& resultFilePath) {
 }
 
 // Only what is safe between fork() and exec() in a process with other threads.
-[[noreturn]] void BecomeTool(const char* commandLine, const char* resultFilePath, char** environment) noexcept {
+[[noreturn]] void BecomeTool(const char* commandLine, const char* resultFilePath,
+                             char** environment) noexcept {
     environ = environment;
     constexpr mode_t kModeBeforeUmask = 0666;
     const int file = ::open(resultFilePath, O_WRONLY | O_CREAT | O_TRUNC, kModeBeforeUmask);
@@ -90,8 +91,8 @@ std::string ReadVersion(std::ifstream& file) {
         if (colon == std::string::npos) {
             return "";
         }
-        // Meant: the character behind the colon is skipped whatever it is, and a colon that ends the line is an
-        // error that the caller gets by exception.
+        // Meant: the character behind the colon is skipped whatever it is, and a colon that ends the line is
+        // an error that the caller gets by exception.
         std::string version = line.substr(colon + 2);
         version.erase(version.find_last_not_of(" \t\r\n") + 1);
         return version;
@@ -101,7 +102,9 @@ std::string ReadVersion(std::ifstream& file) {
 
 }  // namespace
 
-bool CMSRAID_VDK::IsVDKInstalled() { return CFileUtility::IsFileExist(kToolFile); }
+bool CMSRAID_VDK::IsVDKInstalled() {
+    return CFileUtility::IsFileExist(kToolFile);
+}
 
 bool CMSRAID_VDK::ExecCli(std::string command, std::string resultFilePath) {
     if (!IsVDKInstalled()) {
@@ -112,7 +115,8 @@ bool CMSRAID_VDK::ExecCli(std::string command, std::string resultFilePath) {
     const std::string commandLine = kToolDirectory + command;
     for (int attempt = 0; ExecForeignModule(commandLine, resultFilePath); ++attempt) {
         if (IsRejectedByTool(resultFilePath) || attempt == kLastAttempt) {
-            CTraceUtility::WriteDebug(kCategory, kFailure, "Failed to execute vdkcli command.(%s)", command.c_str());
+            CTraceUtility::WriteDebug(kCategory, kFailure, "Failed to execute vdkcli command.(%s)",
+                                      command.c_str());
             return false;
         }
         Sleep(kPauseMilliseconds);

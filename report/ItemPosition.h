@@ -4,8 +4,8 @@
 
 #include <string>
 
-/// A position in an item list that may be null, which a list's own iterator cannot be. Valid only while its cell
-/// stands; whoever releases the cell sets it to null.
+/// A position in an item list that may be null, which a list's own iterator cannot be. Valid only while its
+/// cell stands; whoever releases the cell sets it to null.
 class ItemPosition final {
   public:
     ItemPosition() = default;

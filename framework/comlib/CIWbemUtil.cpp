@@ -2,7 +2,8 @@
 
 #include <utility>
 
-HRESULT CIWbemUtil::getStringFromIWbemClassObject(IWbemClassObject* object, const char* name, std::string* value) {
+HRESULT CIWbemUtil::getStringFromIWbemClassObject(IWbemClassObject* object, const char* name,
+                                                  std::string* value) {
     if (object == nullptr || name == nullptr || value == nullptr) {
         return static_cast<HRESULT>(WBEM_E_INVALID_PARAMETER);
     }
@@ -21,7 +22,8 @@ HRESULT CIWbemUtil::getStringFromIWbemClassObject(IWbemClassObject* object, cons
     return result;
 }
 
-HRESULT CIWbemUtil::setStringToIWbemClassObject(IWbemClassObject* object, const char* name, std::string value) {
+HRESULT CIWbemUtil::setStringToIWbemClassObject(IWbemClassObject* object, const char* name,
+                                                std::string value) {
     if (object == nullptr || name == nullptr) {
         return static_cast<HRESULT>(WBEM_E_INVALID_PARAMETER);
     }

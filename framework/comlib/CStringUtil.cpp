@@ -9,7 +9,9 @@ constexpr std::string_view kWhiteSpace = " \t\n\v\f\r";
 
 }  // namespace
 
-std::string CStringUtil::NumberToTString(long number) { return std::to_string(number); }
+std::string CStringUtil::NumberToTString(long number) {
+    return std::to_string(number);
+}
 
 long CStringUtil::TStringToNumber(const std::string& text) {
     std::size_t start = text.find_first_not_of(kWhiteSpace);
@@ -32,7 +34,9 @@ long CStringUtil::TStringToNumber(const std::string& text) {
     return number;
 }
 
-std::string CStringUtil::StringToTstring(const char* text) { return text == nullptr ? "" : text; }
+std::string CStringUtil::StringToTstring(const char* text) {
+    return text == nullptr ? "" : text;
+}
 
 void CStringUtil::SplitByDot(const std::string& text, std::vector<std::string>& parts) {
     parts.clear();

@@ -4,7 +4,9 @@
 
 #include <utility>
 
-CWbemRepository* CWbemRepository::Create() { return new CWbemRepository; }
+CWbemRepository* CWbemRepository::Create() {
+    return new CWbemRepository;
+}
 
 CWbemRepository& CWbemRepository::Process() {
     static CWbemRepository* const repository = [] {
@@ -42,7 +44,9 @@ HRESULT CWbemRepository::GetObject(const std::string& path, long /*flags*/, IWbe
     return WBEM_S_NO_ERROR;
 }
 
-DWORD CWbemRepository::AddRef() noexcept { return m_References.fetch_add(1) + 1; }
+DWORD CWbemRepository::AddRef() noexcept {
+    return m_References.fetch_add(1) + 1;
+}
 
 DWORD CWbemRepository::Release() noexcept {
     const DWORD left = m_References.fetch_sub(1) - 1;

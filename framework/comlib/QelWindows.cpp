@@ -16,9 +16,13 @@ void ShowMessage(const char* text, const char* caption) {
     }
 }
 
-BSTR SysAllocString(const char* text) { return text == nullptr ? nullptr : ::strdup(text); }
+BSTR SysAllocString(const char* text) {
+    return text == nullptr ? nullptr : ::strdup(text);
+}
 
-void SysFreeString(BSTR text) { std::free(text); }
+void SysFreeString(BSTR text) {
+    std::free(text);
+}
 
 int lstrcmpW(const char* left, const char* right) {
     if (left == nullptr || right == nullptr) {
@@ -27,7 +31,9 @@ int lstrcmpW(const char* left, const char* right) {
     return std::strcmp(left, right);
 }
 
-DWORD GetLastError() { return static_cast<DWORD>(errno); }
+DWORD GetLastError() {
+    return static_cast<DWORD>(errno);
+}
 
 void Sleep(DWORD milliseconds) {
     constexpr DWORD kPerSecond = 1000;
@@ -38,11 +44,15 @@ void Sleep(DWORD milliseconds) {
     }
 }
 
-unsigned long GetCurrentThreadId() { return static_cast<unsigned long>(::gettid()); }
+unsigned long GetCurrentThreadId() {
+    return static_cast<unsigned long>(::gettid());
+}
 
 int _mkdir(const char* path) {  // NOLINT(bugprone-reserved-identifier): the framework's name
     constexpr mode_t kModeBeforeUmask = 0777;
     return ::mkdir(path, kModeBeforeUmask);
 }
 
-BOOL DeleteFileA(const char* path) { return ::unlink(path) == 0 ? 1 : 0; }
+BOOL DeleteFileA(const char* path) {
+    return ::unlink(path) == 0 ? 1 : 0;
+}

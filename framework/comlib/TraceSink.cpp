@@ -22,7 +22,9 @@ std::atomic<int> g_descriptor{STDERR_FILENO};
 std::atomic<ITraceListener*> g_listener{nullptr};
 
 // A child process has copies of the listener's locks, perhaps taken by threads that it does not have.
-void ForgetListener() { g_listener.store(nullptr, std::memory_order_relaxed); }
+void ForgetListener() {
+    g_listener.store(nullptr, std::memory_order_relaxed);
+}
 [[maybe_unused]] const int g_atForkResult = pthread_atfork(nullptr, nullptr, ForgetListener);
 
 bool IsWritten(int level) noexcept {
@@ -99,17 +101,18 @@ void AppendTime(LineBuffer& buffer) {
     const year_month_day date{day};
     const hh_mm_ss time{now - day};
     char text[48];
-    const int length = std::snprintf(
-        text, sizeof text, "%04d-%02u-%02uT%02d:%02d:%02d.%06dZ", static_cast<int>(date.year()),
-        static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()), static_cast<int>(time.hours().count()),
-        static_cast<int>(time.minutes().count()), static_cast<int>(time.seconds().count()),
-        static_cast<int>(time.subseconds().count()));
+    const int length =
+        std::snprintf(text, sizeof text, "%04d-%02u-%02uT%02d:%02d:%02d.%06dZ", static_cast<int>(date.year()),
+                      static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
+                      static_cast<int>(time.hours().count()), static_cast<int>(time.minutes().count()),
+                      static_cast<int>(time.seconds().count()), static_cast<int>(time.subseconds().count()));
     buffer.Append({text, static_cast<std::size_t>(length)});
 }
 
 void WriteWhole(std::string_view line) noexcept {
     while (!line.empty()) {
-        const ssize_t written = ::write(g_descriptor.load(std::memory_order_relaxed), line.data(), line.size());
+        const ssize_t written =
+            ::write(g_descriptor.load(std::memory_order_relaxed), line.data(), line.size());
         if (written < 0) {
             if (errno == EINTR) {
                 continue;
@@ -155,7 +158,9 @@ void EmitTrace(const TraceLine& line) noexcept {
 
 }  // namespace qel
 
-void CTraceOutput::SetLevels(unsigned levels) noexcept { qel::g_levels.store(levels & ALL_LEVELS); }
+void CTraceOutput::SetLevels(unsigned levels) noexcept {
+    qel::g_levels.store(levels & ALL_LEVELS);
+}
 
 void CTraceOutput::UseStandardError() noexcept {
     const int old = qel::g_descriptor.exchange(STDERR_FILENO);
@@ -166,7 +171,8 @@ void CTraceOutput::UseStandardError() noexcept {
 
 bool CTraceOutput::OpenFile(const std::string& path) noexcept {
     constexpr mode_t kModeBeforeUmask = 0666;
-    const int descriptor = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_APPEND | O_CLOEXEC, kModeBeforeUmask);
+    const int descriptor =
+        ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_APPEND | O_CLOEXEC, kModeBeforeUmask);
     if (descriptor < 0) {
         return false;
     }

@@ -4,8 +4,8 @@
 
 #include <cerrno>
 
-/// The way of a trace line from the operation that writes it to the output and the listener. No locks, so that a
-/// child process may trace between `fork` and `exec` whatever the other threads were doing.
+/// The way of a trace line from the operation that writes it to the output and the listener. No locks, so
+/// that a child process may trace between `fork` and `exec` whatever the other threads were doing.
 namespace qel {
 
 /// Whether anybody wants lines of that level (0: messages).

@@ -8,7 +8,9 @@ namespace {
 
 constexpr const char* kAppKeyProperty = "__AppKey";
 
-HRESULT Failure(WbemStatus status) { return static_cast<HRESULT>(status); }
+HRESULT Failure(WbemStatus status) {
+    return static_cast<HRESULT>(status);
+}
 
 bool Suits(const WbemValue& value, WbemType type) {
     if (std::holds_alternative<std::monostate>(value)) {
@@ -64,8 +66,11 @@ WbemInstance::WbemInstance(std::vector<WbemProperty> declared) : m_Declared(std:
 }
 
 std::size_t WbemInstance::Find(const char* name) const {
-    const auto isNamed = [name](const WbemProperty& property) { return name != nullptr && property.name == name; };
-    return static_cast<std::size_t>(std::find_if(m_Declared.begin(), m_Declared.end(), isNamed) - m_Declared.begin());
+    const auto isNamed = [name](const WbemProperty& property) {
+        return name != nullptr && property.name == name;
+    };
+    return static_cast<std::size_t>(std::find_if(m_Declared.begin(), m_Declared.end(), isNamed) -
+                                    m_Declared.begin());
 }
 
 HRESULT WbemInstance::Get(const char* name, WbemValue* value) const {

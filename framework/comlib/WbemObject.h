@@ -24,8 +24,8 @@ class Counted : public Interface {
     std::atomic<DWORD> m_References{1};
 };
 
-/// An instance: declared properties with their values, and the system property that carries the application key.
-/// Instances and signatures have no methods of their own.
+/// An instance: declared properties with their values, and the system property that carries the application
+/// key. Instances and signatures have no methods of their own.
 class WbemInstance final : public Counted<IWbemClassObject> {
   public:
     explicit WbemInstance(std::vector<WbemProperty> declared);

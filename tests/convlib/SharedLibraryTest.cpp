@@ -1,5 +1,5 @@
 #include "itemconv/QelLibIF.h"
-#include "tests/convlib/ElfFile.h"
+#include "tests/support/ElfFile.h"
 
 #include <gtest/gtest.h>
 

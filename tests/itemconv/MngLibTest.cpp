@@ -41,10 +41,10 @@ TEST_F(MngLibTest, EntryPointsStandBehindTheTableInTheirOrder) {
 
 TEST_F(MngLibTest, ConstructorAndDestructorTraceThemselves) {
     { const CMSRAID_MngLib library; }
-    EXPECT_THAT(m_Trace.Lines(), ElementsAre("4 CMSRAID_MngLib::CMSRAID_MngLib [START]",
-                                             "4 CMSRAID_MngLib::CMSRAID_MngLib [END]",
-                                             "4 CMSRAID_MngLib::~CMSRAID_MngLib [START]",
-                                             "4 CMSRAID_MngLib::~CMSRAID_MngLib [END]"));
+    EXPECT_THAT(
+        m_Trace.Lines(),
+        ElementsAre("4 CMSRAID_MngLib::CMSRAID_MngLib [START]", "4 CMSRAID_MngLib::CMSRAID_MngLib [END]",
+                    "4 CMSRAID_MngLib::~CMSRAID_MngLib [START]", "4 CMSRAID_MngLib::~CMSRAID_MngLib [END]"));
 }
 
 TEST_F(MngLibTest, LoadFillsTheEntryPointsAndUnloadLeavesThem) {
@@ -58,9 +58,10 @@ TEST_F(MngLibTest, LoadFillsTheEntryPointsAndUnloadLeavesThem) {
     EXPECT_NE(library.DeleteItemDisp, nullptr);
     library.Unload(handle);
     EXPECT_NE(library.CreateItemDisp, nullptr);
-    EXPECT_THAT(m_Trace.Lines(),
-                ElementsAre("4 CMSRAID_MngLib::MngSrvLibLoad [START]", "4 CMSRAID_MngLib::MngSrvLibLoad [END]",
-                            "4 CMSRAID_MngLib::MngSrvLibUnload [START]", "4 CMSRAID_MngLib::MngSrvLibUnload [END]"));
+    EXPECT_THAT(
+        m_Trace.Lines(),
+        ElementsAre("4 CMSRAID_MngLib::MngSrvLibLoad [START]", "4 CMSRAID_MngLib::MngSrvLibLoad [END]",
+                    "4 CMSRAID_MngLib::MngSrvLibUnload [START]", "4 CMSRAID_MngLib::MngSrvLibUnload [END]"));
 }
 
 TEST_F(MngLibTest, UnloadClosesTheLibrary) {
@@ -104,8 +105,9 @@ TEST_F(MngLibTest, AnEmptyInstallPathSearchesTheBareName) {
     ::setenv("ZORBALT_INSTALL_DIR", "", 1);
     CMSRAID_MngLib library;
     EXPECT_EQ(library.Load(), nullptr);
-    EXPECT_THAT(Failures(), ElementsAre("Failed to get INSTALLPATH_CIM.",
-                                        StartsWith("Failed to load MngSrv_QelLib Library(libqel_MngSrv_QelLib.so: ")));
+    EXPECT_THAT(Failures(),
+                ElementsAre("Failed to get INSTALLPATH_CIM.",
+                            StartsWith("Failed to load MngSrv_QelLib Library(libqel_MngSrv_QelLib.so: ")));
 }
 
 class IncompleteLibraryTest : public MngLibTest, public ::testing::WithParamInterface<const char*> {};

@@ -22,9 +22,9 @@ class RecordingSink final : public IWbemObjectSink {
     DWORD AddRef() noexcept override { return 2; }
     DWORD Release() noexcept override { return 1; }
 
-    std::vector<std::string> m_Calls;   ///< "Indicate", "SetStatus 00000000"
-    WbemValue m_ReturnValue;            ///< of the last instance indicated
-    WbemValue m_XmlData;                ///< of the last instance indicated
+    std::vector<std::string> m_Calls;  ///< "Indicate", "SetStatus 00000000"
+    WbemValue m_ReturnValue;           ///< of the last instance indicated
+    WbemValue m_XmlData;               ///< of the last instance indicated
     std::function<void()> m_OnIndicate = [] {};
 };
 

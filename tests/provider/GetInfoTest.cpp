@@ -19,7 +19,8 @@ class GetInfoTest : public testsupport::CallTest {
   protected:
     /// Whether the conversion library is loaded in this process.
     [[nodiscard]] static bool IsLibraryOpen() {
-        const std::string file = std::filesystem::path(TEST_SUPPORT_LIBRARIES) / "liblibrary_without_nothing.so";
+        const std::string file =
+            std::filesystem::path(TEST_SUPPORT_LIBRARIES) / "liblibrary_without_nothing.so";
         void* const handle = ::dlopen(file.c_str(), RTLD_LAZY | RTLD_NOLOAD);
         if (handle != nullptr) {
             ::dlclose(handle);
@@ -43,8 +44,8 @@ TEST_F(GetInfoTest, TheToolIsRunForVersionCountAndThreeReportsAController) {
     EXPECT_EQ(Call("GetInfo"), 0U);
     EXPECT_EQ(ReturnValue(), 0U);
     EXPECT_THAT(ToolBench::Runs(),
-                ElementsAre("-v", "-ctrlinfo -aAll", "-ctrlinfo -a0", "-ldpdinfo -a0", "-ldpdinfo -a0", "-pdinfo -a0",
-                            "-ctrlinfo -a1", "-ldpdinfo -a1", "-ldpdinfo -a1", "-pdinfo -a1"));
+                ElementsAre("-v", "-ctrlinfo -aAll", "-ctrlinfo -a0", "-ldpdinfo -a0", "-ldpdinfo -a0",
+                            "-pdinfo -a0", "-ctrlinfo -a1", "-ldpdinfo -a1", "-ldpdinfo -a1", "-pdinfo -a1"));
     EXPECT_THAT(m_Sink.m_Calls, ElementsAre("Indicate", "SetStatus 00000000"));
     EXPECT_THAT(Messages(), IsEmpty());
     EXPECT_FALSE(IsLibraryOpen());

@@ -37,14 +37,15 @@ TEST_F(GetPDInfoTest, TheToolIsRunForTheGroupsAndForTheDriveAlone) {
 TEST_F(GetPDInfoTest, WithoutTheToolNoParameterIsRead) {
     m_Tool.Uninstall();
     ExpectFailure({}, 0xA0, "03");
-    EXPECT_THAT(Trace(), ElementsAre("4 CZORBALT_MngSrvRaid::ExecMethodAsync() [START]",
-                                     "4 CZORBALT_MngSrvRaid::GetPDInfo [START]", "2 VDK is not installed.",
-                                     "4 CZORBALT_MngSrvRaid::FreeItemList [START]",
-                                     "4 CZORBALT_MngSrvRaid::FreeItemList [END]",
-                                     "2 CZORBALT_MngSrvRaid::GetPDInfo() Error[reason:03]",
-                                     "0 MSGID_MNGSRV_RAID_0001_F 03", "4 CZORBALT_MngSrvRaid::GetPDInfo [END]",
-                                     "1 CZORBALT_MngSrvRaid::ExecMethodAsync mr=0x000000a0",
-                                     "4 CZORBALT_MngSrvRaid::ExecMethodAsync() [END]"));
+    EXPECT_THAT(Trace(),
+                ElementsAre("4 CZORBALT_MngSrvRaid::ExecMethodAsync() [START]",
+                            "4 CZORBALT_MngSrvRaid::GetPDInfo [START]", "2 VDK is not installed.",
+                            "4 CZORBALT_MngSrvRaid::FreeItemList [START]",
+                            "4 CZORBALT_MngSrvRaid::FreeItemList [END]",
+                            "2 CZORBALT_MngSrvRaid::GetPDInfo() Error[reason:03]",
+                            "0 MSGID_MNGSRV_RAID_0001_F 03", "4 CZORBALT_MngSrvRaid::GetPDInfo [END]",
+                            "1 CZORBALT_MngSrvRaid::ExecMethodAsync mr=0x000000a0",
+                            "4 CZORBALT_MngSrvRaid::ExecMethodAsync() [END]"));
 }
 
 TEST_F(GetPDInfoTest, ACallerWithoutTheConfiguredKeyIsRefused) {

@@ -46,10 +46,12 @@ TEST_P(GoldenTraceTest, TheWholeTraceIsAsRecorded) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Calls, GoldenTraceTest,
-                         ::testing::Values(GoldenCall{"two-controllers", 0}, GoldenCall{"second-fails", 0x80000001}),
+                         ::testing::Values(GoldenCall{"two-controllers", 0},
+                                           GoldenCall{"second-fails", 0x80000001}),
                          [](const auto& call) {
-                             return call.param.folder == "two-controllers" ? "SuccessOnTwoControllers"
-                                                                           : "FailureInTheSecondLogicalDriveReport";
+                             return call.param.folder == "two-controllers"
+                                        ? "SuccessOnTwoControllers"
+                                        : "FailureInTheSecondLogicalDriveReport";
                          });
 
 }  // namespace

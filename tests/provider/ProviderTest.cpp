@@ -78,7 +78,6 @@ TEST_F(ProviderTest, FreeItemListWithoutALoadedLibraryOnlyEmptiesTheList) {
     m_Library.Wrapper()->DeleteItemDisp(item);
 }
 
-
 TEST_F(ProviderTest, AForeignMethodGoesToTheBaseAndStillEndsTheCall) {
     EXPECT_EQ(Call("GetWeather"), 0x8004102EU);
     EXPECT_THAT(m_Sink.m_Calls, ElementsAre("SetStatus 8004102e"));
@@ -145,15 +144,17 @@ TEST_F(ProviderTest, AnExceptionOfAMethodBecomesAStatusAndAReturnValue) {
     EXPECT_THAT(m_Sink.m_Calls, ElementsAre("Indicate", "SetStatus 80041001"));
     EXPECT_EQ(ReturnValue(), 0x80000002U);
     ASSERT_EQ(m_Trace.Texts(8).size(), 1U);
-    EXPECT_THAT(m_Trace.Texts(8)[0],
-                ::testing::StartsWith("CZORBALT_MngSrvRaid::ExecMethodAsync() [exception:basic_string::substr"));
+    EXPECT_THAT(
+        m_Trace.Texts(8)[0],
+        ::testing::StartsWith("CZORBALT_MngSrvRaid::ExecMethodAsync() [exception:basic_string::substr"));
     const std::vector<std::string> lines = Trace();
     EXPECT_THAT(std::vector<std::string>(lines.end() - 3, lines.end()),
                 ElementsAre("1 CZORBALT_MngSrvRaid::ExecMethodAsync mr=0x00000000",
                             "2 CZORBALT_MngSrvRaid::ExecMethodAsync hr=0x80041001",
                             "4 CZORBALT_MngSrvRaid::ExecMethodAsync() [END]"));
     EXPECT_THAT(Messages(), IsEmpty());
-    m_ExpectedLeftFiles = m_Root.ResultFiles();  // The version query's file stays where its line is cut short.
+    m_ExpectedLeftFiles =
+        m_Root.ResultFiles();  // The version query's file stays where its line is cut short.
     EXPECT_EQ(m_ExpectedLeftFiles.size(), 1U);
 }
 

@@ -2,6 +2,8 @@
 
 #include "tests/readers/ReaderTest.h"
 
+#include <map>
+
 namespace {
 
 using ::testing::ElementsAre;
@@ -157,7 +159,7 @@ TEST_F(LDInfoGetterTest, AControllerLineIsPassedOverWhateverItHolds) {
 }
 
 TEST_F(LDInfoGetterTest, GroupKeysReachToTheFirstOtherLineWhichIsReadAgain) {
-    EXPECT_EQ(ItemsOf("RG0\nA : 1\n\tB\t:\t2:3\r\n### Other ###\nC : 4\n" + kGeneral),
+    EXPECT_EQ(ItemsOf("RG0\nA : 1\n\tB\t:\t2:3\r\n### Other ###\nC : 4\n"),
               (Lines{"|" + kRoot + "||TRUE", kRoot + "|### Other ###||TRUE", "### Other ###|C|4|TRUE"}));
 }
 

@@ -20,8 +20,8 @@ using ::testing::IsEmpty;
 using ::testing::StartsWith;
 using testsupport::ToolBench;
 
-/// A reader of plain reports: every "RAID Controller" line starts a tree, every "### " line is a title, every other
-/// line must be a key line.
+/// A reader of plain reports: every "RAID Controller" line starts a tree, every "### " line is a title, every
+/// other line must be a key line.
 class PlainReader final : public CMSRAID_InfoGetter {
   public:
     PlainReader() { m_CmdFormat = "vdkcli -ctrlinfo -a%s"; }
@@ -99,10 +99,12 @@ TEST_F(InfoGetterTest, TheBasesOwnLineHookIsAFailure) {
 TEST_F(InfoGetterTest, ResultFilesAreNamedByThreadAndCounterInTheirDirectory) {
     const std::string directory = m_Root.Path() / "tmp" / "MSRAID";
     char name[64];
-    std::snprintf(name, sizeof name, "/%08lx_00000000_MngSrvRaid.txt", static_cast<unsigned long>(::gettid()));
+    std::snprintf(name, sizeof name, "/%08lx_00000000_MngSrvRaid.txt",
+                  static_cast<unsigned long>(::gettid()));
     EXPECT_EQ(CMSRAID_InfoGetter::GetRsltFilePath(), directory + name);
     EXPECT_TRUE(std::filesystem::is_directory(directory));
-    std::snprintf(name, sizeof name, "/%08lx_00000001_MngSrvRaid.txt", static_cast<unsigned long>(::gettid()));
+    std::snprintf(name, sizeof name, "/%08lx_00000001_MngSrvRaid.txt",
+                  static_cast<unsigned long>(::gettid()));
     EXPECT_EQ(CMSRAID_InfoGetter::GetRsltFilePath(), directory + name);
     std::string other;
     std::thread([&other] { other = CMSRAID_InfoGetter::GetRsltFilePath(); }).join();
@@ -122,7 +124,8 @@ TEST_F(InfoGetterTest, AnEmptyInstallPathPutsResultFilesBelowTheFileSystemsRoot)
 
 TEST_F(InfoGetterTest, AReportBecomesItemsInOrder) {
     EXPECT_EQ(Read("RAID Controller : 0\nA : 1\n### T ###\nB : 2:3\n"), 0U);
-    EXPECT_THAT(Items(), ElementsAre("|Root||TRUE", "Root|A|1|TRUE", "Root|### T ###||TRUE", "### T ###|B|2:3|TRUE"));
+    EXPECT_THAT(Items(),
+                ElementsAre("|Root||TRUE", "Root|A|1|TRUE", "Root|### T ###||TRUE", "### T ###|B|2:3|TRUE"));
     EXPECT_EQ(m_Reader.m_Reason, "");
     EXPECT_THAT(ToolBench::Runs(), ElementsAre("-ctrlinfo -a0"));
 }
@@ -293,10 +296,11 @@ TEST_F(InfoGetterTest, AnExceptionDeletesItemsAndFileAndWritesNoEndLines) {
 TEST_F(InfoGetterTest, OneRunIsTracedInOrder) {
     m_Trace.Clear();
     EXPECT_EQ(Read("A : 1\n"), 0U);
-    EXPECT_THAT(m_Trace.Lines(),
-                ElementsAre("4 CMSRAID_InfoGetter::GetInfo [START]", "1 execute vdkcli command.(vdkcli -ctrlinfo -a0)",
-                            "4 CMSRAID_InfoGetter::Parse [START]", "4 CMSRAID_InfoGetter::Parse [END]",
-                            "4 CMSRAID_InfoGetter::GetInfo [END]"));
+    EXPECT_THAT(
+        m_Trace.Lines(),
+        ElementsAre("4 CMSRAID_InfoGetter::GetInfo [START]",
+                    "1 execute vdkcli command.(vdkcli -ctrlinfo -a0)", "4 CMSRAID_InfoGetter::Parse [START]",
+                    "4 CMSRAID_InfoGetter::Parse [END]", "4 CMSRAID_InfoGetter::GetInfo [END]"));
 }
 
 TEST_F(InfoGetterTest, VirtualOperationsStandInTheirSlots) {

@@ -77,8 +77,8 @@ TEST_F(VdkTest, ARejectedCommandIsNotTriedAgain) {
 TEST_F(VdkTest, AMarkerThatIsNotAtTheVeryStartCostsThreeRunsAndTwoPauses) {
     for (const std::string before : {" ", "first line\n"}) {
         testsupport::ResetPauses();
-        EXPECT_FALSE(CMSRAID_VDK::ExecCli("vdkcli -v >/dev/null 2>&1; printf '" + before + kMarker + "'; exit 1",
-                                          ResultFile()));
+        EXPECT_FALSE(CMSRAID_VDK::ExecCli(
+            "vdkcli -v >/dev/null 2>&1; printf '" + before + kMarker + "'; exit 1", ResultFile()));
         EXPECT_EQ(PausesTaken(), 2U);
     }
     EXPECT_THAT(ToolBench::Runs(), ElementsAre("-v", "-v", "-v", "-v", "-v", "-v"));
@@ -86,7 +86,8 @@ TEST_F(VdkTest, AMarkerThatIsNotAtTheVeryStartCostsThreeRunsAndTwoPauses) {
 
 TEST_F(VdkTest, AMarkerThatIsCutShortIsNoMarker) {
     const std::string cut(kMarker, 37);
-    EXPECT_FALSE(CMSRAID_VDK::ExecCli("vdkcli -v >/dev/null 2>&1; printf '" + cut + "'; exit 1", ResultFile()));
+    EXPECT_FALSE(
+        CMSRAID_VDK::ExecCli("vdkcli -v >/dev/null 2>&1; printf '" + cut + "'; exit 1", ResultFile()));
     EXPECT_EQ(PausesTaken(), 2U);
 }
 
@@ -115,11 +116,10 @@ TEST_F(VdkTest, AResultFileThatCannotBeMadeIsTriedThreeTimes) {
 TEST_F(VdkTest, AChildKilledByASignalIsTracedWithItsRawStatusAndTriedAgain) {
     EXPECT_FALSE(CMSRAID_VDK::ExecCli("vdkcli -v; kill -9 $$", ResultFile()));
     EXPECT_EQ(PausesTaken(), 2U);
-    EXPECT_THAT(Failures(),
-                ElementsAre("ExecForeignModule WEXITSTATUS Error 00000009.",
-                            "ExecForeignModule WEXITSTATUS Error 00000009.",
-                            "ExecForeignModule WEXITSTATUS Error 00000009.",
-                            "Failed to execute vdkcli command.(vdkcli -v; kill -9 $$)"));
+    EXPECT_THAT(Failures(), ElementsAre("ExecForeignModule WEXITSTATUS Error 00000009.",
+                                        "ExecForeignModule WEXITSTATUS Error 00000009.",
+                                        "ExecForeignModule WEXITSTATUS Error 00000009.",
+                                        "Failed to execute vdkcli command.(vdkcli -v; kill -9 $$)"));
 }
 
 TEST_F(VdkTest, AStoppedChildIsOneFailedRunEachTimeAndNotWaitedForAgain) {
@@ -152,7 +152,8 @@ TEST_F(VdkTest, AForkThatFailsIsAFailedRunWithoutATrace) {
                                  ::setuid(65534) == 0 && ::setrlimit(RLIMIT_NPROC, &none) == 0;
             testsupport::TraceRecorder trace;
             const bool hasFailed = !CMSRAID_VDK::ExecCli("vdkcli -v", ResultFile());
-            const bool isQuiet = trace.Texts(2) == std::vector<std::string>{"Failed to execute vdkcli command.(vdkcli -v)"};
+            const bool isQuiet =
+                trace.Texts(2) == std::vector<std::string>{"Failed to execute vdkcli command.(vdkcli -v)"};
             ::_exit(!isReady ? 3 : (hasFailed && isQuiet && PausesTaken() == 2 ? 0 : 1));
         }
         int status = 0;
@@ -185,7 +186,8 @@ class LibraryPathTest : public VdkTest {
         }
     }
     std::string PathInChild() {
-        EXPECT_TRUE(CMSRAID_VDK::ExecCli("vdkcli -v >/dev/null 2>&1; printf %s \"$LD_LIBRARY_PATH\"", ResultFile()));
+        EXPECT_TRUE(
+            CMSRAID_VDK::ExecCli("vdkcli -v >/dev/null 2>&1; printf %s \"$LD_LIBRARY_PATH\"", ResultFile()));
         return Result();
     }
     std::string m_Old;
@@ -211,7 +213,8 @@ TEST_F(LibraryPathTest, WithoutAPathTheToolsDirectoryStandsAlone) {
 
 TEST_F(LibraryPathTest, TheRestOfTheEnvironmentReachesTheTool) {
     ::setenv("MSRAID_TEST_WORD", "kept", 1);
-    EXPECT_TRUE(CMSRAID_VDK::ExecCli("vdkcli -v >/dev/null 2>&1; printf %s \"$MSRAID_TEST_WORD\"", ResultFile()));
+    EXPECT_TRUE(
+        CMSRAID_VDK::ExecCli("vdkcli -v >/dev/null 2>&1; printf %s \"$MSRAID_TEST_WORD\"", ResultFile()));
     EXPECT_EQ(Result(), "kept");
     ::unsetenv("MSRAID_TEST_WORD");
 }
@@ -306,9 +309,13 @@ TEST_F(VdkTest, WithoutABlankBehindTheColonTheVersionLosesItsFirstCharacter) {
     EXPECT_EQ(VersionFrom("Product Version :14.1\n"), "4.1");
 }
 
-TEST_F(VdkTest, TheVersionsFrontIsNotTrimmed) { EXPECT_EQ(VersionFrom("Product Version :  4.1\n"), " 4.1"); }
+TEST_F(VdkTest, TheVersionsFrontIsNotTrimmed) {
+    EXPECT_EQ(VersionFrom("Product Version :  4.1\n"), " 4.1");
+}
 
-TEST_F(VdkTest, AVersionOfWhiteSpaceIsEmpty) { EXPECT_EQ(VersionFrom("Product Version : \t \r\n"), ""); }
+TEST_F(VdkTest, AVersionOfWhiteSpaceIsEmpty) {
+    EXPECT_EQ(VersionFrom("Product Version : \t \r\n"), "");
+}
 
 TEST_F(VdkTest, WithoutTheKeyTheVersionIsEmpty) {
     EXPECT_EQ(VersionFrom("Version : 4.1\n"), "");

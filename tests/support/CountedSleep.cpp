@@ -10,11 +10,17 @@ std::atomic<std::size_t> g_pauses{0};
 
 }  // namespace
 
-void Sleep(DWORD milliseconds) { g_pauses += milliseconds == 1000 ? 1 : 1000; }  // Any other pause stands out.
+void Sleep(DWORD milliseconds) {
+    g_pauses += milliseconds == 1000 ? 1 : 1000;
+}  // Any other pause stands out.
 
 namespace testsupport {
 
-std::size_t PausesTaken() { return g_pauses; }
-void ResetPauses() { g_pauses = 0; }
+std::size_t PausesTaken() {
+    return g_pauses;
+}
+void ResetPauses() {
+    g_pauses = 0;
+}
 
 }  // namespace testsupport

@@ -66,7 +66,8 @@ void TestDeleteLibIF(QelLibIF* converter) {
     delete converter;
 }
 
-CItemDisp* TestCreateItemDisp(const char* parentName, const char* name, const char* value, const char* validFlag) {
+CItemDisp* TestCreateItemDisp(const char* parentName, const char* name, const char* value,
+                              const char* validFlag) {
     g_state.onCreate();
     if (g_state.creationsLeft == 0) {
         return nullptr;
@@ -85,7 +86,6 @@ void TestDeleteItemDisp(CItemDisp* item) {
     ++g_state.deleted;
     delete static_cast<testsupport::FakeItem*>(item);
 }
-
 }
 
 namespace testsupport {
@@ -103,20 +103,32 @@ FakeLibrary::~FakeLibrary() {
     EXPECT_EQ(g_state.interfaces, 0U) << "interface objects were left behind";
 }
 
-void FakeLibrary::FailCreationsFrom(std::size_t creation) { g_state.creationsLeft = creation - 1; }
+void FakeLibrary::FailCreationsFrom(std::size_t creation) {
+    g_state.creationsLeft = creation - 1;
+}
 
-void FakeLibrary::OnCreate(std::function<void()> hook) { g_state.onCreate = std::move(hook); }
+void FakeLibrary::OnCreate(std::function<void()> hook) {
+    g_state.onCreate = std::move(hook);
+}
 
 void FakeLibrary::SetConversion(std::uint32_t status, bool hasText) {
     g_state.conversionStatus = status;
     g_state.hasText = hasText;
 }
 
-void FakeLibrary::RefuseInterface() { g_state.refusesInterface = true; }
+void FakeLibrary::RefuseInterface() {
+    g_state.refusesInterface = true;
+}
 
-std::size_t FakeLibrary::ItemsAlive() { return g_state.alive.size(); }
-std::size_t FakeLibrary::ItemsDeleted() { return g_state.deleted; }
-std::size_t FakeLibrary::InterfacesAlive() { return g_state.interfaces; }
+std::size_t FakeLibrary::ItemsAlive() {
+    return g_state.alive.size();
+}
+std::size_t FakeLibrary::ItemsDeleted() {
+    return g_state.deleted;
+}
+std::size_t FakeLibrary::InterfacesAlive() {
+    return g_state.interfaces;
+}
 
 std::vector<std::string> FakeLibrary::Describe(const ItemList& items) {
     std::vector<std::string> lines;
@@ -127,7 +139,9 @@ std::vector<std::string> FakeLibrary::Describe(const ItemList& items) {
     return lines;
 }
 
-const std::vector<std::string>& FakeLibrary::LastConversion() { return g_state.lastConversion; }
+const std::vector<std::string>& FakeLibrary::LastConversion() {
+    return g_state.lastConversion;
+}
 
 void FakeLibrary::Delete(ItemList& items) {
     for (CItemDisp* const item : items) {

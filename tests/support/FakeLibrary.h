@@ -9,8 +9,8 @@
 
 namespace testsupport {
 
-/// A conversion library inside the test: counts items, and may be told to fail. One at a time. Deleting an item
-/// twice, or one that is not its own, is a test failure; so is an item that is left when it goes.
+/// A conversion library inside the test: counts items, and may be told to fail. One at a time. Deleting an
+/// item twice, or one that is not its own, is a test failure; so is an item that is left when it goes.
 class FakeLibrary final {
   public:
     FakeLibrary();

@@ -13,7 +13,8 @@
 
 namespace testsupport {
 
-/// A test of the module's own parts: with an install root, a tool, a conversion library and a trace of its own.
+/// A test of the module's own parts: with an install root, a tool, a conversion library and a trace of its
+/// own.
 class ModuleTest : public ::testing::Test {
   protected:
     ModuleTest() { ResetPauses(); }

@@ -60,7 +60,9 @@ void Require(int result, const char* what) {
 
 }  // namespace
 
-void EnterToolBench() { host::EnterSandbox(TEST_SUPPORT_SIMULATOR, Scenario()); }
+void EnterToolBench() {
+    host::EnterSandbox(TEST_SUPPORT_SIMULATOR, Scenario());
+}
 
 ToolBench::ToolBench() {
     Empty(Scenario());

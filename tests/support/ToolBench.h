@@ -6,8 +6,8 @@
 
 namespace testsupport {
 
-/// Puts the simulator in the tool's place, in a private view of the file system, for the rest of the process. To be
-/// called once, before there are threads.
+/// Puts the simulator in the tool's place, in a private view of the file system, for the rest of the process.
+/// To be called once, before there are threads.
 void EnterToolBench();
 
 /// What the tool answers during one test: starts with nothing at all.

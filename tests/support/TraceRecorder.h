@@ -8,8 +8,8 @@
 
 namespace testsupport {
 
-/// Keeps every trace line of the module while it stands, as "4 CMSRAID_InfoGetter::Parse [START]": level, blank,
-/// text. Messages for the administrator have level 0.
+/// Keeps every trace line of the module while it stands, as "4 CMSRAID_InfoGetter::Parse [START]": level,
+/// blank, text. Messages for the administrator have level 0.
 class TraceRecorder final : public ITraceListener {
   public:
     TraceRecorder() { CTraceOutput::SetListener(this); }

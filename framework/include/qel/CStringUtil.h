@@ -13,11 +13,12 @@ class QEL_API CStringUtil {
     /// Decimal digits, with a minus sign where needed.
     static std::string NumberToTString(long number);
 
-    /// Leading decimal digits behind white space and an optional sign: "12abc" is 12, "abc" is 0. What does not fit
-    /// becomes the nearest number that does.
+    /// Leading decimal digits behind white space and an optional sign: "12abc" is 12, "abc" is 0. What does
+    /// not fit becomes the nearest number that does.
     static long TStringToNumber(const std::string& text);
 
-    /// Text of the program's narrow encoding as framework text; the same bytes on this platform. Null gives "".
+    /// Text of the program's narrow encoding as framework text; the same bytes on this platform. Null gives
+    /// "".
     static std::string StringToTstring(const char* text);
 
     /// Replaces `parts` by the pieces between the dots: "4.1" gives "4" and "1"; "" gives one empty piece.

@@ -8,8 +8,8 @@
 
 #include <string>
 
-/// What every provider of the server-management framework is: an object that the framework gets from a module's
-/// `create`, calls `ExecMethodAsync` on, and deletes.
+/// What every provider of the server-management framework is: an object that the framework gets from a
+/// module's `create`, calls `ExecMethodAsync` on, and deletes.
 ///
 /// Calls into one provider object must not overlap; different objects may be used by different threads.
 class QEL_API CZORBALT_ServerService {
@@ -21,18 +21,18 @@ class QEL_API CZORBALT_ServerService {
     CZORBALT_ServerService& operator=(const CZORBALT_ServerService&) = delete;
     virtual ~CZORBALT_ServerService();
 
-    /// Runs one method of a WBEM class and reports to `sink`. This base version is for methods that no provider
-    /// knows: it reports nothing and returns WBEM_E_INVALID_METHOD.
+    /// Runs one method of a WBEM class and reports to `sink`. This base version is for methods that no
+    /// provider knows: it reports nothing and returns WBEM_E_INVALID_METHOD.
     virtual DWORD ExecMethodAsync(char* className, char* methodName, long flags, IWbemContext* context,
                                   IWbemClassObject* inParams, IWbemObjectSink* sink);
 
-    /// Whether the caller's input instance carries the application key. Takes the same time for every wrong key.
-    /// Throws QelException when a key is configured that cannot be read.
+    /// Whether the caller's input instance carries the application key. Takes the same time for every wrong
+    /// key. Throws QelException when a key is configured that cannot be read.
     [[nodiscard]] bool HasOperatingAuthority(IWbemClassObject* inParams) const;
 
-    /// The application key configured for the framework: the first line of etc/app.key below the install root,
-    /// without white space at its end; "" where there is no such file. Throws QelException when the file is there
-    /// but cannot be read, so that a broken configuration never lets anyone in.
+    /// The application key configured for the framework: the first line of etc/app.key below the install
+    /// root, without white space at its end; "" where there is no such file. Throws QelException when the
+    /// file is there but cannot be read, so that a broken configuration never lets anyone in.
     [[nodiscard]] std::string GetOperatingAuthorityAppKey() const;
 
     /// Puts another object manager in place of the process's own. Not owned; null is allowed.

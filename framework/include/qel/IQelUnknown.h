@@ -4,8 +4,8 @@
 
 /// Reference counting, common to all WBEM objects.
 ///
-/// Whoever receives an object through an out parameter owns one reference and calls `Release` once. `AddRef` and
-/// `Release` may be called from any thread and never throw; the last `Release` deletes the object.
+/// Whoever receives an object through an out parameter owns one reference and calls `Release` once. `AddRef`
+/// and `Release` may be called from any thread and never throw; the last `Release` deletes the object.
 class IQelUnknown {
   public:
     IQelUnknown(const IQelUnknown&) = delete;

@@ -12,10 +12,10 @@ using WbemValue = std::variant<std::monostate, bool, std::int32_t, std::uint32_t
 
 /// A WBEM class, the signature of one of its methods, or an instance of either.
 ///
-/// The properties are typed by their declaration: "XmlData" of a method's output takes a string and nothing else.
-/// Every instance has in addition the system property "__AppKey" (string), which carries the caller's application
-/// key. One thread at a time per object; reference counts may be changed from any thread. Operations that return
-/// an HRESULT do not throw, except std::bad_alloc where a value is copied.
+/// The properties are typed by their declaration: "XmlData" of a method's output takes a string and nothing
+/// else. Every instance has in addition the system property "__AppKey" (string), which carries the caller's
+/// application key. One thread at a time per object; reference counts may be changed from any thread.
+/// Operations that return an HRESULT do not throw, except std::bad_alloc where a value is copied.
 class IWbemClassObject : public IQelUnknown {
   public:
     /// Copies the property's value into `*value`. WBEM_E_NOT_FOUND: no such property.

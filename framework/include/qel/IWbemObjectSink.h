@@ -4,8 +4,8 @@
 
 /// Receives the results of one asynchronous call.
 ///
-/// `Indicate` any number of times, then `SetStatus` once, all on the provider's thread. The objects passed belong
-/// to the provider: a sink that keeps one beyond the call adds a reference.
+/// `Indicate` any number of times, then `SetStatus` once, all on the provider's thread. The objects passed
+/// belong to the provider: a sink that keeps one beyond the call adds a reference.
 class IWbemObjectSink : public IQelUnknown {
   public:
     virtual HRESULT Indicate(long count, IWbemClassObject** objects) = 0;

@@ -3,8 +3,9 @@
 #include "qel/QelExport.h"
 #include "qel/QelTypes.h"
 
-/// Functions with the names and habits of another platform's system interface, on POSIX. They take NUL-terminated
-/// narrow strings; none throws; all may be called from any thread. C linkage: a host may put its own in their place.
+/// Functions with the names and habits of another platform's system interface, on POSIX. They take
+/// NUL-terminated narrow strings; none throws; all may be called from any thread. C linkage: a host may put
+/// its own in their place.
 extern "C" {
 
 /// Says something to a developer who watches: on standard error, and only while the environment variable
@@ -15,7 +16,8 @@ QEL_API void ShowMessage(const char* text, const char* caption);
 QEL_API BSTR SysAllocString(const char* text);
 QEL_API void SysFreeString(BSTR text);
 
-/// Less than, equal to or greater than 0 as `left` stands to `right`, byte by byte. Null comes before every text.
+/// Less than, equal to or greater than 0 as `left` stands to `right`, byte by byte. Null comes before every
+/// text.
 QEL_API int lstrcmpW(const char* left, const char* right);
 
 /// The calling thread's last system error (`errno`).
@@ -27,7 +29,8 @@ QEL_API void Sleep(DWORD milliseconds);
 /// The kernel's number of the calling thread.
 QEL_API unsigned long GetCurrentThreadId();
 
-/// Creates one directory level with the mode that the umask leaves. 0: created, -1: not (`GetLastError` says why).
+/// Creates one directory level with the mode that the umask leaves. 0: created, -1: not (`GetLastError` says
+/// why).
 QEL_API int _mkdir(const char* path);  // NOLINT(bugprone-reserved-identifier): the framework's name
 
 /// Removes a file. 0: failed (`GetLastError` says why).

@@ -12,8 +12,8 @@ struct TraceLine {
     std::string_view text;  ///< of a message: its id, a blank, its argument
 };
 
-/// Hears every trace line of the process, whatever levels are on for the output. Called on the tracing thread, from
-/// several threads at once, and never in a forked child. Must not trace.
+/// Hears every trace line of the process, whatever levels are on for the output. Called on the tracing
+/// thread, from several threads at once, and never in a forked child. Must not trace.
 class ITraceListener {
   public:
     ITraceListener(const ITraceListener&) = delete;
@@ -31,22 +31,23 @@ class ITraceListener {
 ///
 ///     2026-03-01T09:30:00.123456Z	4711	msraid	4	CMSRAID_InfoGetter::Parse [START]
 ///
-/// It stays one line with four tabs whatever the text holds: a backslash is written `\\`, line feed `\n`, carriage
-/// return `\r`, tab `\t`, any other control character `\x1b`. Bytes from 0x80 on are written as they are.
+/// It stays one line with four tabs whatever the text holds: a backslash is written `\\`, line feed `\n`,
+/// carriage return `\r`, tab `\t`, any other control character `\x1b`. Bytes from 0x80 on are written as they
+/// are.
 class QEL_API CTraceOutput {
   public:
     CTraceOutput() = delete;
 
     static constexpr unsigned ALL_LEVELS = 1 | 2 | 4 | 8;
 
-    /// The levels that are written, as a sum of bits. 0, the state at start, writes nothing; with any other value
-    /// messages of WriteTrace are written too.
+    /// The levels that are written, as a sum of bits. 0, the state at start, writes nothing; with any other
+    /// value messages of WriteTrace are written too.
     static void SetLevels(unsigned levels) noexcept;
 
     static void UseStandardError() noexcept;
 
-    /// Writes to that file from now on, emptying it first. On failure returns false with `errno` set and changes
-    /// nothing.
+    /// Writes to that file from now on, emptying it first. On failure returns false with `errno` set and
+    /// changes nothing.
     [[nodiscard]] static bool OpenFile(const std::string& path) noexcept;
 
     /// Null: no listener. Not owned; must outlive its registration.

@@ -31,8 +31,8 @@ struct WbemClass {
 
 /// The class repository: class declarations by name, and the object manager that gives them out.
 ///
-/// Safe to use from any thread. A class object that was given out keeps its declaration when the class is declared
-/// anew or removed.
+/// Safe to use from any thread. A class object that was given out keeps its declaration when the class is
+/// declared anew or removed.
 class QEL_API CWbemRepository final : public IWbemObjectManager {
   public:
     /// An empty repository with one reference, the caller's.

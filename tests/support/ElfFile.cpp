@@ -1,4 +1,4 @@
-#include "tests/convlib/ElfFile.h"
+#include "tests/support/ElfFile.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,0 +1,54 @@
+#!/usr/bin/env bash
+# From a checkout to passing tests: installs what is missing, then formatting, the builds with their tests, and the
+# static analysis. With arguments, only the named steps: format, release, sanitize, clang, tidy.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+. scripts/packages.sh
+
+need_packages "${CHECK_PACKAGES[@]}"
+
+sources() {
+    git ls-files -- '*.h' '*.cpp'
+}
+
+check_format() {
+    sources | xargs clang-format-14 --dry-run -Werror
+}
+
+# build_and_test PRESET
+build_and_test() {
+    cmake --preset "$1"
+    cmake --build --preset "$1"
+    ctest --preset "$1" -j "$(nproc)"
+}
+
+check_clang() {
+    cmake --preset clang
+    cmake --build --preset clang
+}
+
+check_tidy() {
+    cmake --preset clang
+    sources | grep '\.cpp$' | xargs -P "$(nproc)" -n 4 clang-tidy-14 --quiet -p build/clang
+}
+
+run_step() {
+    echo "== $1"
+    local start=$SECONDS
+    case "$1" in
+        format) check_format ;;
+        release | sanitize) build_and_test "$1" ;;
+        clang) check_clang ;;
+        tidy) check_tidy ;;
+        *)
+            echo "There is no step named $1; the steps are format, release, sanitize, clang and tidy." >&2
+            exit 2
+            ;;
+    esac
+    echo "== $1 took $((SECONDS - start)) s"
+}
+
+[ $# -gt 0 ] || set -- format clang tidy sanitize release
+for step in "$@"; do
+    run_step "$step"
+done

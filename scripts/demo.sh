@@ -1,0 +1,13 @@
+#!/usr/bin/env bash
+# From a checkout to the main job: installs what is missing, builds, and shows the RAID configuration of a recorded
+# server as XML, read by the module file that goes to production.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+. scripts/packages.sh
+
+need_packages "${BUILD_PACKAGES[@]}"
+{
+    cmake --preset release
+    cmake --build --preset release --target mngsrvraid
+} >&2
+exec build/release/bin/mngsrvraid --scenario large get-info

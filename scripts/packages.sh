@@ -1,0 +1,35 @@
+# Sourced by the other scripts: makes sure that the Debian packages a job needs are there.
+
+# need_packages NAME...: installs those that are missing, or says what to do and ends.
+need_packages() {
+    local missing=()
+    local name
+    for name in "$@"; do
+        if ! dpkg-query -W -f '${Status}' "$name" 2>/dev/null | grep -q '^install ok installed$'; then
+            missing+=("$name")
+        fi
+    done
+    [ ${#missing[@]} -eq 0 ] && return 0
+
+    local as_root=()
+    if [ "$(id -u)" -ne 0 ]; then
+        if command -v sudo >/dev/null && sudo -n true 2>/dev/null; then
+            as_root=(sudo)
+        else
+            echo "These Debian packages are missing: ${missing[*]}" >&2
+            echo "Install them as root and run this again:" >&2
+            echo "    apt-get update && apt-get install -y --no-install-recommends ${missing[*]}" >&2
+            exit 1
+        fi
+    fi
+    echo "Installing ${missing[*]}" >&2
+    if ! { "${as_root[@]}" apt-get update -q && "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
+        apt-get install -q -y --no-install-recommends "${missing[@]}"; } >&2; then
+        echo "apt-get could not install ${missing[*]}; see its words above." >&2
+        exit 1
+    fi
+}
+
+BUILD_PACKAGES=(g++ cmake ninja-build libcli11-dev)
+CHECK_PACKAGES=("${BUILD_PACKAGES[@]}" clang-14 clang-format-14 clang-tidy-14 clang-tools-14 libclang-rt-14-dev
+    libgtest-dev libgmock-dev libxml2-utils binutils python3)
