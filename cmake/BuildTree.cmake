@@ -1,5 +1,6 @@
 # The build tree has the shape of an installation, so that it runs without being installed:
-#   bin/ the command, lib/ the framework, cim/ the module and the conversion library, vdksim/ the simulator.
+#   bin/ the command, lib/ and include/ the framework, cim/ the module and the conversion library, vdksim/ the
+#   simulator.
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/lib")
 set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/archive")

@@ -35,16 +35,22 @@ std::string OwnerOf(const std::string& symbol) {
     return lastColons == std::string::npos ? name : name.substr(0, lastColons);
 }
 
-// Inline parts of the standard library, and what the sanitizers add, are no work of the framework's.
-bool IsOurs(const std::string& owner) {
-    return owner.find("std::") == std::string::npos && !owner.starts_with("__") && !owner.starts_with("___");
+// Inline parts of the standard library, and what the sanitizers add, are no work of the framework's. A
+// mangled name has its outermost namespace behind letters that say what kind of thing it is; those of std
+// begin with an S.
+bool IsOurs(const std::string& symbol) {
+    if (!symbol.starts_with("_Z")) {
+        return !symbol.starts_with("__");
+    }
+    const std::string name = symbol.substr(symbol.find_first_not_of("ZNKTVI", 1));
+    return !name.starts_with("S") && !name.starts_with("9__gnu_cxx");
 }
 
 Owners ExportedBy(const std::string& library) {
     Owners owners;
     for (const std::string& symbol : ElfFile::Read(library).exportedSymbols) {
-        if (const std::string owner = OwnerOf(symbol); IsOurs(owner)) {
-            owners.insert(owner);
+        if (IsOurs(symbol)) {
+            owners.insert(OwnerOf(symbol));
         }
     }
     return owners;

@@ -60,16 +60,29 @@ std::string FileStem(std::string arguments) {
     return arguments;
 }
 
-std::string StandardOutputPath() {
+std::string PathBehind(int descriptor) {
     std::array<char, kBlock> path{};
-    const ssize_t length = ::readlink("/proc/self/fd/1", path.data(), path.size());
+    const std::string link = "/proc/self/fd/" + std::to_string(descriptor);
+    const ssize_t length = ::readlink(link.c_str(), path.data(), path.size());
     return {path.data(), length > 0 ? static_cast<std::size_t>(length) : 0};
+}
+
+/// The descriptors that lead to that file, such as "1,2".
+std::string DescriptorsOf(const std::string& path) {
+    constexpr int kEnd = 64;
+    std::string numbers;
+    for (int descriptor = 0; descriptor < kEnd; ++descriptor) {
+        if (PathBehind(descriptor) == path) {
+            numbers.append(numbers.empty() ? "" : ",").append(std::to_string(descriptor));
+        }
+    }
+    return numbers;
 }
 
 /// Adds this run to the log and returns how often these arguments stand there now.
 int LogRun(const std::string& log, const std::string& arguments, const std::string& outputPath) {
     const int file = ::open(log.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666);
-    WriteAll(file, arguments + '\t' + outputPath + '\n');
+    WriteAll(file, arguments + '\t' + outputPath + '\t' + DescriptorsOf(outputPath) + '\n');
     ::close(file);
 
     const std::string lines = ReadFile(log);
@@ -122,7 +135,7 @@ int main(int argumentCount, char** argumentList) {
     }
     const std::string arguments = JoinArguments(argumentCount, argumentList);
     const std::string stem = std::string(folder) + "/tool/" + FileStem(arguments);
-    const std::string outputPath = StandardOutputPath();
+    const std::string outputPath = PathBehind(STDOUT_FILENO);
     int number = LogRun(log, arguments, outputPath);
     while (number > 0 && !IsRun(stem, number)) {
         --number;

@@ -69,6 +69,7 @@ struct ResultFileName {
 struct ToolRun {
     std::string m_Arguments;
     fs::path m_OutputPath;
+    std::string m_Descriptors;  ///< those behind which the output file is
     [[nodiscard]] unsigned long Counter() const { return ResultFileName(m_OutputPath.filename()).m_Counter; }
 };
 
@@ -77,8 +78,10 @@ std::vector<ToolRun> ReadRunLog() {
     std::ifstream file(replay::kRunLog);
     std::string line;
     while (std::getline(file, line)) {
-        const std::size_t tab = line.rfind('\t');
-        runs.push_back({line.substr(0, tab), line.substr(tab + 1)});
+        const std::size_t path = line.find('\t') + 1;
+        const std::size_t descriptors = line.rfind('\t') + 1;
+        runs.push_back(
+            {line.substr(0, path - 1), line.substr(path, descriptors - 1 - path), line.substr(descriptors)});
     }
     return runs;
 }
@@ -207,6 +210,9 @@ void Replay::AddFiles(replay::json::Object& seen, const std::vector<ToolRun>& ru
         if (run.m_OutputPath.parent_path() != m_Surroundings.ResultFolder() ||
             !ResultFileName(run.m_OutputPath.filename()).IsWellFormed()) {
             Fault("a run wrote to " + run.m_OutputPath.string());
+        }
+        if (run.m_Descriptors != "1,2") {
+            Fault("a run had its output behind the descriptors " + run.m_Descriptors);
         }
         m_NextCounter = std::max(m_NextCounter, run.Counter() + 1);
     }

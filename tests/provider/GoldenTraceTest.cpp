@@ -9,7 +9,9 @@ namespace {
 using testsupport::CallTest;
 
 struct GoldenCall {
+    std::string name;
     std::string folder;
+    std::string method;
     DWORD returnValue;
 };
 
@@ -36,7 +38,8 @@ class GoldenTraceTest : public CallTest, public ::testing::WithParamInterface<Go
 
 TEST_P(GoldenTraceTest, TheWholeTraceIsAsRecorded) {
     AnswerAsTheFolderSays();
-    EXPECT_EQ(Call("GetInfo"), 0U);
+    const std::map<std::string, std::string> drive = {{"CtrlNo", "0"}, {"EnclNo", "252"}, {"PDNo", "3"}};
+    EXPECT_EQ(GetParam().method == "GetInfo" ? Call("GetInfo") : Call("GetPDInfo", drive), 0U);
     EXPECT_EQ(ReturnValue(), GetParam().returnValue);
     std::string trace;
     for (const std::string& line : Trace()) {
@@ -46,12 +49,12 @@ TEST_P(GoldenTraceTest, TheWholeTraceIsAsRecorded) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Calls, GoldenTraceTest,
-                         ::testing::Values(GoldenCall{"two-controllers", 0},
-                                           GoldenCall{"second-fails", 0x80000001}),
-                         [](const auto& call) {
-                             return call.param.folder == "two-controllers"
-                                        ? "SuccessOnTwoControllers"
-                                        : "FailureInTheSecondLogicalDriveReport";
-                         });
+                         ::testing::Values(GoldenCall{"SuccessOnTwoControllers", "two-controllers", "GetInfo",
+                                                      0},
+                                           GoldenCall{"FailureInTheSecondLogicalDriveReport", "second-fails",
+                                                      "GetInfo", 0x80000001},
+                                           GoldenCall{"OneSasDrive", "sas-drive", "GetPDInfo", 0},
+                                           GoldenCall{"OneSataDrive", "sata-drive", "GetPDInfo", 0}),
+                         [](const auto& call) { return call.param.name; });
 
 }  // namespace
