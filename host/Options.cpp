@@ -14,7 +14,8 @@ namespace {
 constexpr const char* kName = "mngsrvraid";
 constexpr const char* kDescription =
     "Asks the RAID provider of this server, or of a scenario, for its XML document.";
-constexpr const char* kFooter = R"(The document goes to standard output, or to the file named by --output, only when it is whole. Options may stand before
+constexpr const char* kFooter =
+    R"(The document goes to standard output, or to the file named by --output, only when it is whole. Options may stand before
 or behind the subcommand; what stands behind "--" is no option.
 
 Exit status:

@@ -181,7 +181,14 @@ ResultCode CZORBALT_MngSrvRaid::GetInfo(IWbemClassObject* inParams, IWbemClassOb
     MethodCall call(m_pMngLib);
     ResultCode result = ReadServer(call, inParams);
     if (result == kSuccess) {
-        result = call.StoreXml(outParams, "Failed to convert XML format %08x.", WBEM_S_NO_ERROR);
+        result = call.Convert();
+        if (result != kSuccess) {  // Meant: always 0; the library's own code is in the trace already.
+            CTraceUtility::WriteDebug(kCategory, kFailure, "Failed to convert XML format %08x.",
+                                      WBEM_S_NO_ERROR);
+        }
+    }
+    if (result == kSuccess) {
+        result = call.Store(outParams);
     }
     FreeItemList(call.m_Scratch);
     Finish(call, "CZORBALT_MngSrvRaid::GetInfo()", result);
@@ -194,7 +201,14 @@ ResultCode CZORBALT_MngSrvRaid::GetPDInfo(IWbemClassObject* inParams, IWbemClass
     HRESULT lastParameterStatus = WBEM_S_NO_ERROR;
     ResultCode result = ReadDrive(call, inParams, lastParameterStatus);
     if (result == kSuccess) {
-        result = call.StoreXml(outParams, "Failed to convert XML format (hr=%08x).", lastParameterStatus);
+        result = call.Convert();
+        if (result != kSuccess) {  // Meant: a status that has nothing to do with it.
+            CTraceUtility::WriteDebug(kCategory, kFailure, "Failed to convert XML format (hr=%08x).",
+                                      static_cast<unsigned>(lastParameterStatus));
+        }
+    }
+    if (result == kSuccess) {
+        result = call.Store(outParams);
     }
     Finish(call, "CZORBALT_MngSrvRaid::GetPDInfo()", result);
     return result;

@@ -43,20 +43,15 @@ void MethodCall::Unload() {
     }
 }
 
-ResultCode MethodCall::StoreXml(IWbemClassObject* outParams, const char* failureFormat,
-                                HRESULT failureStatus) {
-    std::string xml;
-    if (!m_Library->XmlConvert(&m_Items, &xml)) {
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wformat-nonliteral"
-        CTraceUtility::WriteDebug(kCategory, kFailure, failureFormat, static_cast<unsigned>(failureStatus));
-#pragma GCC diagnostic pop
-        return Fail(kReasonConversion, kToolOrXmlFailed);
-    }
+ResultCode MethodCall::Convert() {
+    return m_Library->XmlConvert(&m_Items, &m_Xml) ? kSuccess : Fail(kReasonConversion, kToolOrXmlFailed);
+}
+
+ResultCode MethodCall::Store(IWbemClassObject* outParams) {
     // Without an output instance there is nowhere to store the document, which is a failure to store it.
-    const HRESULT status = outParams == nullptr ? static_cast<HRESULT>(WBEM_E_INVALID_PARAMETER)
-                                                : CIWbemUtil::setStringToIWbemClassObject(
-                                                      outParams, kXmlDataParameter, std::move(xml));
+    const HRESULT status = outParams == nullptr
+                               ? static_cast<HRESULT>(WBEM_E_INVALID_PARAMETER)
+                               : CIWbemUtil::setStringToIWbemClassObject(outParams, kXmlDataParameter, m_Xml);
     if (status < 0) {
         // Meant: the message names another operation of the framework than the one called.
         CTraceUtility::WriteDebug(kCategory, kFailure,

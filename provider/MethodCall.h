@@ -26,10 +26,12 @@ class MethodCall final {
     /// Closes it, if it was loaded.
     void Unload();
 
-    /// Converts the items and stores the text in the output instance's "XmlData". `failureFormat` is the
-    /// trace line of a failed conversion, with a place for `failureStatus`.
-    [[nodiscard]] ResultCode StoreXml(IWbemClassObject* outParams, const char* failureFormat,
-                                      HRESULT failureStatus);
+    /// Turns the items into XML text, after a successful `Load`. What to trace about a failure is the
+    /// method's own.
+    [[nodiscard]] ResultCode Convert();
+
+    /// Stores the XML text in the output instance's "XmlData".
+    [[nodiscard]] ResultCode Store(IWbemClassObject* outParams);
 
     /// Puts a reason code in front and hands `result` back.
     ResultCode Fail(const char* reason, ResultCode result);
@@ -46,4 +48,5 @@ class MethodCall final {
     CMSRAID_MngLib* m_Library;
     void* m_Handle = nullptr;
     std::string m_Reason;
+    std::string m_Xml;
 };

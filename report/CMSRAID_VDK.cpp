@@ -40,11 +40,9 @@ bool IsRejectedByTool(const std::string& resultFilePath) {
     return std::string_view(start.data(), static_cast<std::size_t>(file.gcount())) == kInvalidInput;
 }
 
-[[noreturn]] void FailInChild(const char* format) noexcept {
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wformat-nonliteral"
-    CTraceUtility::WriteDebug(kCategory, kFailure, format, static_cast<unsigned>(GetLastError()));
-#pragma GCC diagnostic pop
+[[noreturn]] void FailInChild(const char* call) noexcept {
+    CTraceUtility::WriteDebug(kCategory, kFailure, "ExecForeignModule %s Error %08x.", call,
+                              static_cast<unsigned>(GetLastError()));
     // Not exit(): what the parent had buffered, and its exit handlers, are the parent's.
     ::_exit(1);
 }
@@ -56,20 +54,20 @@ bool IsRejectedByTool(const std::string& resultFilePath) {
     constexpr mode_t kModeBeforeUmask = 0666;
     const int file = ::open(resultFilePath, O_WRONLY | O_CREAT | O_TRUNC, kModeBeforeUmask);
     if (file < 0) {
-        FailInChild("ExecForeignModule open Error %08x.");
+        FailInChild("open");
     }
     const int standardOutput = ::fileno(stdout);
     if (::dup2(file, standardOutput) < 0) {
-        FailInChild("ExecForeignModule dup2 Error %08x.");
+        FailInChild("dup2");
     }
     if (file != standardOutput) {  // The same where the host had closed its own.
         ::close(file);
     }
     if (::dup2(standardOutput, ::fileno(stderr)) < 0) {
-        FailInChild("ExecForeignModule dup2 Error %08x.");
+        FailInChild("dup2");
     }
     ::execlp("sh", "sh", "-c", commandLine, static_cast<char*>(nullptr));
-    FailInChild("ExecForeignModule execlp Error %08x.");
+    FailInChild("execlp");
 }
 
 // What waitpid() says once it is not merely interrupted.

@@ -28,7 +28,7 @@ TEST_P(ShippedScenario, GivesAValidDocumentAndNothingElse) {
     EXPECT_TRUE(root.ResultFiles().empty());
 }
 
-INSTANTIATE_TEST_SUITE_P(All, ShippedScenario, testing::Values("empty", "large", "old", "small"),
+INSTANTIATE_TEST_SUITE_P(All, ShippedScenario, testing::Values("awkward", "empty", "large", "old", "small"),
                          [](const auto& scenario) { return scenario.param; });
 
 TEST(Document, HoldsTheDriveThatWasAskedFor) {

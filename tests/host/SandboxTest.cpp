@@ -236,6 +236,20 @@ TEST_F(OrdinaryUser, NeedsNoRights) {
     EXPECT_EQ(Shell("ls -laR --time-style=full-iso /opt"), before);
 }
 
+TEST_F(OrdinaryUser, IsRefusedAClosedOutputDirectoryBeforeAnythingElse) {
+    if (!MayRunCommand()) {
+        GTEST_SKIP() << "the build tree is closed to ordinary users";
+    }
+    const TempFolder folder;
+    fs::permissions(folder.Path(), fs::perms(0555));
+    const Command command{.words = {"--output", folder / "raid.xml", "--scenario", "nope", "get-info"},
+                          .inChild = BecomeOrdinary};
+    const Ended ended = command.Run();
+    EXPECT_EQ(ended.err, "mngsrvraid: the document cannot be written to " + (folder / "raid.xml") +
+                             ": its directory: Permission denied; name another file by --output\n");
+    EXPECT_EQ(ended.ExitStatus(), 4);
+}
+
 TEST_F(OrdinaryUser, StaysOneInside) {
     if (!MayRunCommand()) {
         GTEST_SKIP() << "the build tree is closed to ordinary users";

@@ -73,4 +73,4 @@ class Ledger final {
 }  // namespace replay
 
 /// The driver's only ledger; the library finds it when it is loaded.
-extern "C" __attribute__((visibility("default"))) replay::Ledger& ReplayLedger();
+__attribute__((visibility("default"))) replay::Ledger& ReplayLedger();

@@ -73,8 +73,12 @@ class LDInfoGetterTest : public testsupport::ReaderTest {
     /// Items of an LD line, held for a General Information title and without what that section adds.
     Lines LDListOf(const std::string& line) {
         Lines items = ItemsOf(line + "\n" + kGeneral + "\n");
-        EXPECT_EQ(items.front(), "|" + kGeneral + "||TRUE");
-        EXPECT_EQ(items.back(), kGeneral + "|" + kNoCache);
+        if (items.size() < 2 || items.front() != "|" + kGeneral + "||TRUE" ||
+            items.back() != kGeneral + "|" + kNoCache) {
+            ADD_FAILURE() << "no General Information section with its placeholder: "
+                          << ::testing::PrintToString(items);
+            return items;
+        }
         return {items.begin() + 1, items.end() - 1};
     }
     GroupMap GroupsIn(const std::string& report, GroupMap groups = {}) {
@@ -184,6 +188,8 @@ TEST_F(LDInfoGetterTest, ALineThatIsReadAgainMayEndTheFileWithoutALineFeed) {
     EXPECT_THAT(m_Trace.Texts(4), ::testing::Contains("CMSRAID_LDInfoGetter::ParseLDList [START], >LD0"));
     EXPECT_EQ(ItemsOf("RG0\nA : 1\nRG1\n"), (Lines{"|" + kRoot + "||TRUE", "|" + kRoot + "||TRUE"}));
     EXPECT_EQ(ItemsOf("RG0\nno key"), Lines{"|" + kRoot + "||TRUE"});
+    EXPECT_THAT(m_Trace.Texts(4),
+                ::testing::Contains("CMSRAID_LDInfoGetter::CreateRAIDItem [START]").Times(2));
     EXPECT_EQ(ItemsOf("RG0\n### T"), (Lines{"|" + kRoot + "||TRUE", kRoot + "|### T||TRUE"}));
     EXPECT_EQ(ItemsOf("RG0\nA : 1"), Lines{"|" + kRoot + "||TRUE"});
 }
@@ -227,13 +233,13 @@ TEST_F(LDInfoGetterTest, AnLDLineIsReadAsFarAsItsTextGoes) {
 }
 
 TEST_F(LDInfoGetterTest, AnLDLineMayStandAnywhereInItsLineAndLosesOneCharacterOfItsNumber) {
-    EXPECT_EQ(LDListOf(" >LD0(a,b,c)")[1], "LD List|LD No.|>LD0|TRUE");
-    EXPECT_EQ(LDListOf("xy >LD7 (a")[1], "LD List|LD No.|y >LD7|TRUE");
-    EXPECT_EQ(LDListOf(">>LD7(a")[1], "LD List|LD No.|>LD7|TRUE");
+    EXPECT_EQ(LDListOf(" >LD0(a,b,c)").at(1), "LD List|LD No.|>LD0|TRUE");
+    EXPECT_EQ(LDListOf("xy >LD7 (a").at(1), "LD List|LD No.|y >LD7|TRUE");
+    EXPECT_EQ(LDListOf(">>LD7(a").at(1), "LD List|LD No.|>LD7|TRUE");
     EXPECT_EQ(LDListOf("a(b>LD0"), Lines{kGeneral + "|LD List||TRUE"});
     EXPECT_EQ(LDListOf("abc(>LD0"), Lines{kGeneral + "|LD List||TRUE"});
-    EXPECT_EQ(LDListOf("abcd(>LD0")[1], "LD List|LD No.|bcd|TRUE");
-    EXPECT_EQ(LDListOf(">>PD0 >LD0(a")[1], "LD List|LD No.|>PD0 >LD0|TRUE");
+    EXPECT_EQ(LDListOf("abcd(>LD0").at(1), "LD List|LD No.|bcd|TRUE");
+    EXPECT_EQ(LDListOf(">>PD0 >LD0(a").at(1), "LD List|LD No.|>PD0 >LD0|TRUE");
 }
 
 TEST_F(LDInfoGetterTest, AnLDLineNeedsANumberBehindItsHeadOrLosesThatItemOnly) {

@@ -69,7 +69,10 @@ class PDInfoGetterTest : public testsupport::ReaderTest {
     /// "name|value|flag" of what a drive's header tells, from behind its General Information title.
     Lines HeaderItems(const std::string& header) {
         Lines items = GeneralItems(header, "Temperature : 1\n");
-        EXPECT_EQ(items.back(), "Temperature|1|TRUE");
+        if (items.empty() || items.back() != "Temperature|1|TRUE") {
+            ADD_FAILURE() << "no General Information section with its key: " << header;
+            return items;
+        }
         items.pop_back();
         return items;
     }
@@ -181,9 +184,9 @@ TEST_F(PDInfoGetterTest, AHeaderTellsDriveGroupAndLogicalDrive) {
 }
 
 TEST_F(PDInfoGetterTest, ADedicatedSparesGroupLosesItsLastCharacterWhateverItIs) {
-    EXPECT_EQ(HeaderItems("PD5(DHS RG23")[1], "RG No.|RG2|TRUE");
-    EXPECT_EQ(HeaderItems("PD5(DHS RG")[1], "RG No.|R|TRUE");
-    EXPECT_EQ(HeaderItems("PD5(DHSRG2)x")[1], "RG No.|RG2)|TRUE");
+    EXPECT_EQ(HeaderItems("PD5(DHS RG23").at(1), "RG No.|RG2|TRUE");
+    EXPECT_EQ(HeaderItems("PD5(DHS RG").at(1), "RG No.|R|TRUE");
+    EXPECT_EQ(HeaderItems("PD5(DHSRG2)x").at(1), "RG No.|RG2)|TRUE");
 }
 
 TEST_F(PDInfoGetterTest, OnlyAnUnknownMembershipPutsTheLogicalDriveBeforeTheGroup) {
@@ -387,11 +390,11 @@ TEST_F(PDInfoGetterTest, TheMapOfGroupsIsMadeAnewForEveryController) {
     m_Tool.Answer("ldpdinfo_a1.txt", "RG No. : RG7\n>>PD1(x)\n");
     CMSRAID_PDInfoGetter reader("3.9");
     EXPECT_EQ(ReadWith(reader, 0, "PD0(LD0)\n" + kGeneral + "\n"), 0U);
-    EXPECT_EQ(TakeItems()[3], kGeneral + "|RG No.|RG0|TRUE");
+    EXPECT_EQ(TakeItems().at(3), kGeneral + "|RG No.|RG0|TRUE");
     EXPECT_EQ(ReadWith(reader, 1, "PD0(LD0)\nPD1(LD0)\n" + kGeneral + "\n"), 0U);
     const Lines items = TakeItems();
-    EXPECT_EQ(items[4], kGeneral + "|RG No.|-|TRUE");
-    EXPECT_EQ(items[7], kGeneral + "|RG No.|RG7|TRUE");
+    EXPECT_EQ(items.at(4), kGeneral + "|RG No.|-|TRUE");
+    EXPECT_EQ(items.at(7), kGeneral + "|RG No.|RG7|TRUE");
     EXPECT_THAT(ToolBench::Runs(),
                 ElementsAre("-ldpdinfo -a0", "-pdinfo -a0", "-ldpdinfo -a1", "-pdinfo -a1"));
 }
