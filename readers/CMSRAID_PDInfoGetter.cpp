@@ -66,7 +66,7 @@ CMSRAID_PDInfoGetter::CMSRAID_PDInfoGetter() {
     const OperationTrace operation("CMSRAID_PDInfoGetter::CMSRAID_PDInfoGetter");
 }
 
-CMSRAID_PDInfoGetter::CMSRAID_PDInfoGetter(const std::string& version) {
+CMSRAID_PDInfoGetter::CMSRAID_PDInfoGetter(std::string version) {
     const OperationTrace operation("CMSRAID_PDInfoGetter::CMSRAID_PDInfoGetter");
     CTraceUtility::WriteDebug(kCategory, kResult, "VDK Version is %s.", version.c_str());
     m_CmdFormat = CanLeaveSMARTOut(version) ? "vdkcli -pdinfo -nosmart -a%s" : "vdkcli -pdinfo -a%s";

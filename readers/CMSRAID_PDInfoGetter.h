@@ -22,7 +22,7 @@ class CMSRAID_PDInfoGetter : public CMSRAID_InfoGetter {
     CMSRAID_PDInfoGetter();
 
     /// Takes the tool's version: two parts of which the first is 4 or more ("4.1") can leave SMART data out.
-    explicit CMSRAID_PDInfoGetter(const std::string& version);
+    explicit CMSRAID_PDInfoGetter(std::string version);
     ~CMSRAID_PDInfoGetter() override;
 
     ResultCode GetInfo(long ctrlNo, CMSRAID_MngLib* lib, ItemList& items) override;

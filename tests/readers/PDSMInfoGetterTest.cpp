@@ -198,7 +198,7 @@ TEST_F(PDSMInfoGetterTest, WithoutATableThePlaceholderNamesTheInterfaceType) {
 }
 
 TEST_F(PDSMInfoGetterTest, AnotherTypesTableIsNotReadAndItsHeaderIsGone) {
-    for (const std::string type : {"", "NVMe", "sas", "SATA3"}) {
+    for (const std::string type : {"", "NVMe", "sas", "SAS 12G", "SATA3"}) {
         EXPECT_EQ(TableOf(type, kSASHeader + "Read      1     2\n"), Lines{}) << type;
         EXPECT_EQ(TableOf(type, "RAID Controller Attribute : 1\nRAID Controller : 2\n" + kSlot + "\n"),
                   (Lines{kSMART + "|RAID Controller|2|TRUE", kSlotTitle, kSlotItem}));

@@ -3,8 +3,8 @@
 #include "report/CMSRAID_InfoGetter.h"
 #include "tests/support/ModuleTest.h"
 
+#include <cstddef>
 #include <fstream>
-#include <limits>
 #include <new>
 #include <string>
 #include <utility>
@@ -85,19 +85,20 @@ class ReaderTest : public ModuleTest {
         return FakeLibrary::ItemsDeleted() - before;
     }
 
-    /// Refuses every item of the report in turn.
+    /// Refuses each item of the report in turn, and only that one, so that nothing later makes up for it.
     void ExpectThatEveryRefusedItemFailsTheRead(const std::string& report) {
         const std::size_t count = CreationsFor(report);
+        s_Create = std::exchange(m_Library.Wrapper()->CreateItemDisp, CreateAllButOne);
         for (std::size_t creation = 1; creation <= count; ++creation) {
-            m_Library.FailCreationsFrom(creation);
+            s_CreationsLeft = creation - 1;
             EXPECT_EQ(Read(report), 0x80000001U) << creation;
             EXPECT_EQ(m_Reason, "06") << creation;
             EXPECT_THAT(Items(), ::testing::IsEmpty()) << creation;
             EXPECT_EQ(FakeLibrary::ItemsAlive(), 0U) << creation;
         }
-        m_Library.FailCreationsFrom(count + 1);
+        s_CreationsLeft = count;
         EXPECT_THAT(ItemsOf(report), ::testing::Not(::testing::IsEmpty()));
-        m_Library.FailCreationsFrom(std::numeric_limits<std::size_t>::max());
+        m_Library.Wrapper()->CreateItemDisp = s_Create;
     }
 
     /// Ends the memory at every item of the report in turn.
@@ -115,7 +116,7 @@ class ReaderTest : public ModuleTest {
         }
         s_CreationsLeft = count;
         EXPECT_EQ(Read(report), 0U);
-        m_Library.Wrapper()->CreateItemDisp = create;
+        m_Library.Wrapper()->CreateItemDisp = s_Create;
     }
 
     /// Items that a library without its deleting entry point is left with when the report has been read and
@@ -165,6 +166,10 @@ class ReaderTest : public ModuleTest {
         }
         --s_CreationsLeft;
         return s_Create(parentName, name, value, flag);
+    }
+    static CItemDisp* CreateAllButOne(const char* parentName, const char* name, const char* value,
+                                      const char* flag) {
+        return s_CreationsLeft-- == 0 ? nullptr : s_Create(parentName, name, value, flag);
     }
     static CItemDisp* CreateAndNote(const char* parentName, const char* name, const char* value,
                                     const char* flag) {
