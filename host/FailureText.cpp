@@ -62,6 +62,9 @@ std::string Advice(std::string_view code, const FailureSetting& setting) {
         return "result files cannot be written in " + *setting.resultDirectory +
                ": get the right to, or name another install root by --install-dir";
     }
+    if (code == "01" && setting.subcommand == "get-pd-info") {
+        return "see that there is such a drive, get-info lists them all, and what --trace 1,2 shows";
+    }
     if ((code == "01" || code == "06") && !setting.scenario.empty()) {
         return "look at the scenario " + setting.scenario + ", and at what --trace 1,2 shows";
     }

@@ -27,9 +27,10 @@ check_clang() {
     cmake --build --preset clang
 }
 
+# What is delivered; the tests pass through both compilers' warnings alone.
 check_tidy() {
     cmake --preset clang
-    sources | grep '\.cpp$' | xargs -P "$(nproc)" -n 4 clang-tidy-14 --quiet -p build/clang
+    sources | grep '\.cpp$' | grep -v '^tests/' | xargs -P "$(nproc)" -n 4 clang-tidy-14 --quiet -p build/clang
 }
 
 run_step() {

@@ -128,7 +128,7 @@ std::string Apply(const Words& words, Instructions& to) {
             for (const std::string_view value : Words(words.begin() + 1, words.end())) {
                 values.append(values.empty() ? "" : " ").append(value);
             }
-            return "'" + name + "' does not take '" + values + "'";
+            return std::string("'").append(name).append("' does not take '").append(values).append("'");
         }
         return "";
     }

@@ -314,7 +314,7 @@ void PutSasTable(Page& page, Drive drive) {
     for (std::uint32_t head = 0; head < 2; ++head) {
         page.Line("[Head ", head, "]");
         for (std::uint32_t row = 0; row < kOperations.size(); ++row) {
-            const std::uint64_t count = Scatter(drive.number * 8ULL + head * 4 + row);
+            const std::uint64_t count = Scatter(drive.number * 8ULL + head * 4ULL + row);
             page.Cell(12, kOperations[row]).Cell(13, count % 900).Cell(13, count % 17).Cell(13, count % 5);
             page.Cell(13, count % 70'000).Line(count % 2);
         }

@@ -137,7 +137,7 @@ void WriteLine(const TraceLine& line) noexcept {
         buffer.Append("\n");
         WriteWhole(buffer.View());
     } catch (const std::bad_alloc&) {
-        WriteWhole("(a trace line was lost: out of memory)\n");
+        WriteWhole("-\t-\tqel\t2\ta trace line was lost: out of memory\n");
     }
 }
 

@@ -29,32 +29,40 @@ CallTest::CallTest() : m_Provider(std::make_unique<CZORBALT_MngSrvRaid>()) {
 
 CallTest::~CallTest() = default;
 
-DWORD CallTest::Call(const std::string& method, const std::map<std::string, std::string>& parameters) {
+namespace {
+
+struct Releaser {
+    void operator()(IWbemClassObject* object) const { object->Release(); }
+};
+using OwnedObject = std::unique_ptr<IWbemClassObject, Releaser>;
+
+// The input instance of a method; none for a method that the class lacks.
+OwnedObject MakeInput(const std::string& method, const std::map<std::string, std::string>& parameters) {
     IWbemClassObject* definition = nullptr;
-    IWbemClassObject* signature = nullptr;
-    IWbemClassObject* input = nullptr;
     CWbemRepository::Process().GetObject("ZORBALT_MngSrvRaid", 0, nullptr, &definition, nullptr);
-    if (definition != nullptr) {
-        definition->GetMethod(method.c_str(), 0, &signature, nullptr);
+    const OwnedObject ownedDefinition(definition);
+    IWbemClassObject* signature = nullptr;
+    if (definition == nullptr || definition->GetMethod(method.c_str(), 0, &signature, nullptr) < 0) {
+        return nullptr;
     }
-    if (signature != nullptr) {
-        signature->SpawnInstance(0, &input);
-    }
+    const OwnedObject ownedSignature(signature);
+    IWbemClassObject* input = nullptr;
+    signature->SpawnInstance(0, &input);
     for (const auto& [name, value] : parameters) {
         EXPECT_EQ(input->Put(name.c_str(), WbemValue(value)), 0) << name;
     }
+    return OwnedObject(input);
+}
+
+}  // namespace
+
+DWORD CallTest::Call(const std::string& method, const std::map<std::string, std::string>& parameters) {
+    const OwnedObject input = MakeInput(method, parameters);
     m_Trace.Clear();
     m_Sink.m_Calls.clear();
     std::string className = "ZORBALT_MngSrvRaid";
     std::string methodName = method;
-    const DWORD status =
-        m_Provider->ExecMethodAsync(className.data(), methodName.data(), 0, nullptr, input, &m_Sink);
-    for (IWbemClassObject* const object : {input, signature, definition}) {
-        if (object != nullptr) {
-            object->Release();
-        }
-    }
-    return status;
+    return m_Provider->ExecMethodAsync(className.data(), methodName.data(), 0, nullptr, input.get(), &m_Sink);
 }
 
 void CallTest::AnswerEmptyReports(int controllers) {

@@ -14,9 +14,9 @@ class QEL_API CFileUtility {
   public:
     CFileUtility() = delete;
 
-    /// Path of one kind, without a slash at its end, or "" where it is unknown. The root is the value of the
-    /// environment variable ZORBALT_INSTALL_DIR (set but empty: no path of any kind is known), else the
-    /// directory above the one that libqel_ComLib.so was loaded from.
+    /// Path of one kind, without a slash at its end (but for the root directory itself), or "" where it is
+    /// unknown. The root is the value of the environment variable ZORBALT_INSTALL_DIR (set but empty: no path
+    /// of any kind is known), else the directory above the one that libqel_ComLib.so was loaded from.
     static std::string GetInstallPath(int kind);
 
     /// Whether something other than a directory stands under that path.
