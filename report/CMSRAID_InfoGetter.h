@@ -18,10 +18,10 @@
 ///     parent
 ///
 /// A reader serves one method call, for one controller after the other, on one thread. The library passed to
-/// `GetInfo` stays loaded until the reader is gone or idle. Items belong to the reader until `GetInfo` succeeds,
-/// then to the caller's list. Operations return 0 or a failure code. An exception (std::bad_alloc above all)
-/// leaves `GetInfo` after it has deleted the items read and the result file; items held back for a title go with
-/// the reader, which is not to be used again then.
+/// `GetInfo` stays loaded until the reader is gone or idle. Items belong to the reader until `GetInfo`
+/// succeeds, then to the caller's list. Operations return 0 or a failure code. An exception (std::bad_alloc
+/// above all) leaves `GetInfo` after it has deleted the items read and the result file; items held back for a
+/// title go with the reader, which is not to be used again then.
 class CMSRAID_InfoGetter {
   public:
     CMSRAID_InfoGetter();
