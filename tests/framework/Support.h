@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tests/support/TempFolder.h"
+
 #include "qel/IWbemClassObject.h"
 
 #include <filesystem>
@@ -10,20 +12,9 @@
 
 namespace qel::test {
 
-// A folder below the system's temporary one, removed with everything in it.
-class TempFolder final {
-  public:
-    TempFolder();
-    ~TempFolder();
-    TempFolder(const TempFolder&) = delete;
-    TempFolder& operator=(const TempFolder&) = delete;
-
-    [[nodiscard]] const std::filesystem::path& Path() const { return m_Path; }
-    [[nodiscard]] std::string operator/(const std::string& name) const { return (m_Path / name).string(); }
-
-  private:
-    std::filesystem::path m_Path;
-};
+using testsupport::ReadFile;
+using testsupport::TempFolder;
+using testsupport::WriteFile;
 
 // Sets an environment variable, or takes it away, for as long as it lives.
 class ScopedVariable final {
@@ -49,9 +40,6 @@ class ScopedStandardError final {
   private:
     int m_Before;
 };
-
-[[nodiscard]] std::string ReadFile(const std::string& path);
-void WriteFile(const std::string& path, const std::string& contents);
 
 // Exit status of a forked child that runs `body` and ends with its result; -1 when a signal ended it.
 [[nodiscard]] int RunInChild(const std::function<int()>& body);

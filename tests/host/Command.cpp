@@ -93,28 +93,6 @@ std::string InChild(const std::function<std::string()>& work) {
     return ReadFile(result);
 }
 
-TempFolder::TempFolder() {
-    std::string name = (fs::temp_directory_path() / "host_test_XXXXXX").string();
-    if (::mkdtemp(name.data()) == nullptr) {
-        throw std::runtime_error("no temporary folder: " + name);
-    }
-    m_Path = name;
-}
-
-TempFolder::~TempFolder() {
-    std::error_code ignored;  // A folder that stays behind does no harm.
-    fs::remove_all(m_Path, ignored);
-}
-
-std::vector<std::string> TempFolder::NamesIn(const fs::path& folder) {
-    std::vector<std::string> names;
-    for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
-        names.push_back(entry.path().filename().string());
-    }
-    std::sort(names.begin(), names.end());
-    return names;
-}
-
 InstallRoot::InstallRoot() {
     fs::create_directory(Cim());
     fs::create_directory(m_Folder.Path() / "etc");
@@ -136,15 +114,6 @@ void InstallRoot::SetKey(const std::string& key) const {
 void InstallRoot::UseFakeModule() const {
     fs::remove(Cim() / kModule);
     fs::create_symlink(HOST_TEST_FAKE_MODULE, Cim() / kModule);
-}
-
-void WriteFile(const fs::path& path, const std::string& text) {
-    std::ofstream(path, std::ios::binary) << text;
-}
-
-std::string ReadFile(const fs::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 
 std::size_t CountLines(const std::string& text) {

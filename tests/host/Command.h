@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tests/support/TempFolder.h"
+
 #include <filesystem>
 #include <functional>
 #include <map>
@@ -7,6 +9,10 @@
 #include <vector>
 
 namespace host::test {
+
+using testsupport::ReadFile;
+using testsupport::TempFolder;
+using testsupport::WriteFile;
 
 /// How a child process ended, with all that it printed.
 struct Ended {
@@ -35,25 +41,6 @@ struct Command {
 /// What `work` returns in a child process of its own, which may enter a sandbox; "threw: ..." when it throws.
 [[nodiscard]] std::string InChild(const std::function<std::string()>& work);
 
-/// A new folder below the system's temporary one, gone with the object.
-class TempFolder final {
-  public:
-    TempFolder();
-    ~TempFolder();
-    TempFolder(const TempFolder&) = delete;
-    TempFolder& operator=(const TempFolder&) = delete;
-
-    [[nodiscard]] const std::filesystem::path& Path() const { return m_Path; }
-    [[nodiscard]] std::string operator/(const std::string& name) const { return (m_Path / name).string(); }
-    [[nodiscard]] std::vector<std::string> Names() const { return NamesIn(m_Path); }
-
-    /// Sorted names of a folder's entries.
-    [[nodiscard]] static std::vector<std::string> NamesIn(const std::filesystem::path& folder);
-
-  private:
-    std::filesystem::path m_Path;
-};
-
 /// An install root of its own: cim/ with the built module and conversion library, as links.
 class InstallRoot final {
   public:
@@ -70,9 +57,6 @@ class InstallRoot final {
   private:
     TempFolder m_Folder;
 };
-
-void WriteFile(const std::filesystem::path& path, const std::string& text);
-[[nodiscard]] std::string ReadFile(const std::filesystem::path& path);
 
 /// How many lines a text has; each ends with a line feed.
 [[nodiscard]] std::size_t CountLines(const std::string& text);

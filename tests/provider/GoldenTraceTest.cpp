@@ -21,16 +21,10 @@ class GoldenTraceTest : public CallTest, public ::testing::WithParamInterface<Go
         return std::filesystem::path(TEST_GOLDEN_TRACES) / GetParam().folder;
     }
 
-    [[nodiscard]] static std::string Read(const std::filesystem::path& path) {
-        std::ifstream file(path, std::ios::binary);
-        EXPECT_TRUE(file.is_open()) << path;
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
-
     void AnswerAsTheFolderSays() {
         for (const auto& entry : std::filesystem::directory_iterator(Folder())) {
             if (entry.path().filename() != "trace.txt") {
-                m_Tool.Answer(entry.path().filename(), Read(entry.path()));
+                m_Tool.Answer(entry.path().filename(), testsupport::ReadFile(entry.path()));
             }
         }
     }
@@ -45,7 +39,7 @@ TEST_P(GoldenTraceTest, TheWholeTraceIsAsRecorded) {
     for (const std::string& line : Trace()) {
         trace += line + "\n";
     }
-    EXPECT_EQ(trace, Read(Folder() / "trace.txt"));
+    EXPECT_EQ(trace, testsupport::ReadFile(Folder() / "trace.txt"));
 }
 
 INSTANTIATE_TEST_SUITE_P(Calls, GoldenTraceTest,

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tests/support/TempFolder.h"
+
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -41,7 +43,7 @@ class InstallRoot final {
     InstallRoot(const InstallRoot&) = delete;
     InstallRoot& operator=(const InstallRoot&) = delete;
 
-    [[nodiscard]] const std::filesystem::path& Path() const { return m_Path; }
+    [[nodiscard]] const std::filesystem::path& Path() const { return m_Folder.Path(); }
 
     /// Puts another file in the place of the conversion library.
     void UseLibrary(const std::filesystem::path& file) const;
@@ -53,7 +55,7 @@ class InstallRoot final {
     [[nodiscard]] std::vector<std::string> ResultFiles() const;
 
   private:
-    std::filesystem::path m_Path;
+    TempFolder m_Folder;
 };
 
 }  // namespace testsupport

@@ -69,7 +69,7 @@ TEST_P(EveryScenario, HasOnlyFilesThatTheSimulatorKnows) {
 }
 
 TEST_P(EveryScenario, IsDescribedUnderItsName) {
-    const std::string readme = ContentsOf(Shipped(GetParam()) / "README.md");
+    const std::string readme = ReadFile(Shipped(GetParam()) / "README.md");
     EXPECT_TRUE(readme.starts_with("# " + Shipped(GetParam()).filename().string() + "\n\n")) << readme;
 }
 

@@ -16,32 +16,6 @@ namespace vdksim::test {
 
 namespace fs = std::filesystem;
 
-TempFolder::TempFolder() {
-    std::string name = (fs::temp_directory_path() / "vdksim_test_XXXXXX").string();
-    if (::mkdtemp(name.data()) == nullptr) {
-        throw std::runtime_error("no temporary folder: " + name);
-    }
-    m_Path = name;
-}
-
-TempFolder::~TempFolder() {
-    std::error_code ignored;  // a folder that stays behind does no harm
-    fs::remove_all(m_Path, ignored);
-}
-
-void TempFolder::Write(const std::string& name, const std::string& contents) const {
-    std::ofstream(m_Path / name, std::ios::binary) << contents;
-}
-
-std::string TempFolder::Read(const std::string& name) const {
-    return ContentsOf(m_Path / name);
-}
-
-std::string ContentsOf(const fs::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-}
-
 int Ended::ExitStatus() const {
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }

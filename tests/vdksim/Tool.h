@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tests/support/TempFolder.h"
+
 #include <sys/types.h>
 
 #include <filesystem>
@@ -9,23 +11,8 @@
 
 namespace vdksim::test {
 
-// A folder below the system's temporary one, removed with everything in it.
-class TempFolder final {
-  public:
-    TempFolder();
-    ~TempFolder();
-    TempFolder(const TempFolder&) = delete;
-    TempFolder& operator=(const TempFolder&) = delete;
-
-    [[nodiscard]] const std::filesystem::path& Path() const { return m_Path; }
-    void Write(const std::string& name, const std::string& contents) const;
-    [[nodiscard]] std::string Read(const std::string& name) const;
-
-  private:
-    std::filesystem::path m_Path;
-};
-
-[[nodiscard]] std::string ContentsOf(const std::filesystem::path& path);
+using testsupport::ReadFile;
+using testsupport::TempFolder;
 
 struct Ended {
     int status = 0;  // as waitpid() tells it
