@@ -18,7 +18,7 @@ struct Reason {
 constexpr const char* kSeeTrace = "run again with --trace all to see where";
 
 constexpr std::array<Reason, 9> kReasons = {{
-    {"01", "the tool could not be run", "run the command that --trace 1,2 shows by hand to see what it says"},
+    {"01", "the tool's run failed", "run the command that --trace 1,2 shows by hand to see what it says"},
     {"02", "the conversion into XML failed", kSeeTrace},
     {"03", "the tool is not installed", "install it in /opt/zorbalt/vdk, or name a scenario by --scenario"},
     {"04", "the tool's report could not be opened",
@@ -63,7 +63,7 @@ std::string Advice(std::string_view code, const FailureSetting& setting) {
                ": get the right to, or name another install root by --install-dir";
     }
     if (code == "01" && setting.subcommand == "get-pd-info") {
-        return "see that there is such a drive, get-info lists them all, and what --trace 1,2 shows";
+        return "check that there is such a drive (get-info lists them), or see what --trace 1,2 shows";
     }
     if ((code == "01" || code == "06") && !setting.scenario.empty()) {
         return "look at the scenario " + setting.scenario + ", and at what --trace 1,2 shows";

@@ -7,6 +7,8 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <charconv>
+#include <cstdint>
 
 namespace host {
 namespace {
@@ -15,22 +17,25 @@ constexpr const char* kName = "mngsrvraid";
 constexpr const char* kDescription =
     "Asks the RAID provider of this server, or of a scenario, for its XML document.";
 constexpr const char* kFooter =
-    R"(The document goes to standard output, or to the file named by --output, only when it is whole. Options may stand before
-or behind the subcommand; what stands behind "--" is no option.
+    R"(CTRL, ENCL and PD are the numbers of the controller, of the enclosure, and of the
+drive in it. The document goes to standard output, or to the file named by
+--output, only when it is whole. Options may stand before or behind the
+subcommand; what stands behind "--" is no option.
 
 Exit status:
   0  success
-  1  the method failed; the line on standard error has its return value and the reasons
+  1  the method failed; standard error has its return value and the reasons
   2  the command line is wrong
   3  the call failed with a WBEM status, or gave no result
-  4  the surroundings failed: the module, the scenario, the private view of the file system, or the output
+  4  the surroundings failed: the module, the scenario, the private view of the
+     file system, or the output
 
 Examples:
-  mngsrvraid get-info                                 the whole RAID configuration of this server
-  mngsrvraid --output raid.xml get-info               the same, into a file
-  mngsrvraid get-pd-info 0 252 3                      drive 3 in enclosure 252 of controller 0
-  mngsrvraid --scenario small get-info                a made-up server that comes with the command
-  mngsrvraid --scenario ./my-server --trace all --trace-file trace.txt get-info)";
+  mngsrvraid get-info                     the RAID configuration of this server
+  mngsrvraid --output raid.xml get-info   the same, into a file
+  mngsrvraid get-pd-info 0 252 3          drive 3 in enclosure 252, controller 0
+  mngsrvraid --scenario small get-info    a made-up server
+  mngsrvraid --scenario ./my-server --trace-file trace.txt get-info)";
 
 std::string Quoted(const std::string& text) {
     return '"' + text + '"';
@@ -59,7 +64,7 @@ void RejectRest(const std::vector<std::string>& rest) {
 class Parser final {
   public:
     Parser() {
-        m_App.set_help_flag("--help", "Print this text");
+        m_App.set_help_flag("-h,--help", "Print this text");
         m_App.add_flag("--version", m_Version, "Print the versions of the command and of the module");
         m_App.fallthrough();
         m_App.allow_extras();  // Named one by one by RejectRest, in the order in which they were typed.
@@ -187,8 +192,10 @@ std::optional<unsigned> ParseTraceLevels(std::string_view text) {
     }
 }
 
-bool IsPlainDecimal(std::string_view text) {
-    return !text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos;
+bool IsDriveNumber(std::string_view text) {
+    std::int32_t number = 0;
+    const auto read = std::from_chars(text.data(), text.data() + text.size(), number);
+    return read.ec == std::errc() && read.ptr == text.data() + text.size() && !text.starts_with('-');
 }
 
 }  // namespace host

@@ -40,7 +40,8 @@ struct Options {
 /// "all", or any of 1, 2, 4 and 8 separated by commas, as the sum of bits; nothing for any other text.
 [[nodiscard]] std::optional<unsigned> ParseTraceLevels(std::string_view text);
 
-/// Whether the text is made of decimal digits and nothing else.
-[[nodiscard]] bool IsPlainDecimal(std::string_view text);
+/// Whether the text is a plain decimal number that every layer below takes as what it says: digits and
+/// nothing else, at most 2147483647.
+[[nodiscard]] bool IsDriveNumber(std::string_view text);
 
 }  // namespace host

@@ -46,6 +46,9 @@ fs::path FindScenario(const std::string& name, const fs::path& shipped) {
     if (::access(folder.c_str(), R_OK | X_OK) != 0) {
         Fail("the scenario " + name + " cannot be read: " + std::generic_category().message(errno), shipped);
     }
+    if (!fs::exists(folder / "v.txt", error) && !fs::exists(folder / "server.conf", error)) {
+        Fail(name + " is no scenario: it has neither v.txt nor server.conf", shipped);
+    }
     return folder;
 }
 

@@ -12,6 +12,7 @@
 #include "host/ScenarioFolder.h"
 
 #include "qel/CFileUtility.h"
+#include "qel/CStringUtil.h"
 #include "qel/portable/CTraceOutput.h"
 #include "qel/portable/CVersionLog.h"
 
@@ -110,9 +111,13 @@ FailureSetting SettingOf(const Options& options) {
 
 void WarnOfOddParameters(const Options& options) {
     for (const Options::Parameter& parameter : options.parameters) {
-        if (!IsPlainDecimal(parameter.text)) {
+        if (!IsDriveNumber(parameter.text)) {
+            // Controller numbers keep their width; the other two are cut to 32 bits on their way to the tool.
+            const long read = CStringUtil::TStringToNumber(parameter.text);
+            const bool isController = parameter.name == std::string_view("CTRL");
             Say(std::string("warning: ") + parameter.name + " \"" + parameter.text +
-                "\" is not a plain decimal number and is passed on as it is");
+                "\" is no number from 0 to 2147483647; it is passed on, and read as " +
+                std::to_string(isController ? read : static_cast<std::int32_t>(read)));
         }
     }
 }

@@ -40,8 +40,8 @@ constexpr const char* kReasonToolNotInstalled = "03";
 constexpr const char* kReasonNoAuthority = "07";
 constexpr const char* kReasonParameter = "09";
 
-// A wrapper lives on when its provider is gone; only its memory goes, with the module, and without the
-// destructor's words in the trace.
+// A wrapper lives on when its provider is gone. It is kept where it can be found, so that it is no leak, and
+// its memory goes with the module, without the destructor's words in the trace.
 struct KeptWrapper {
     KeptWrapper() : m_Library() {}
     ~KeptWrapper() {}  // NOLINT(modernize-use-equals-default): the member is left alone.
@@ -75,9 +75,14 @@ void DeliverException(IWbemClassObject* outParams, IWbemObjectSink* sink) noexce
     }
 }
 
-void TraceException(const char* where, const std::exception& exception) {
-    CTraceUtility::WriteDebug(kCategory, kException, "%s [exception:%s]", where,
-                              CStringUtil::StringToTstring(exception.what()).c_str());
+void TraceException(const char* where, const std::exception& exception) noexcept {
+    constexpr const char* kFormat = "%s [exception:%s]";
+    try {
+        CTraceUtility::WriteDebug(kCategory, kException, kFormat, where,
+                                  CStringUtil::StringToTstring(exception.what()).c_str());
+    } catch (...) {  // Without memory its words go as they are.
+        CTraceUtility::WriteDebug(kCategory, kException, kFormat, where, exception.what());
+    }
 }
 
 }  // namespace

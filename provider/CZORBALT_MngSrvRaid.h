@@ -21,7 +21,7 @@ class CZORBALT_MngSrvRaid : public CZORBALT_SysService {
   public:
     CZORBALT_MngSrvRaid();
 
-    /// Does not delete the wrapper of the conversion library, which lives as long as the process.
+    /// Does not delete the wrapper of the conversion library, which lives as long as the module.
     ~CZORBALT_MngSrvRaid() override;
 
     /// Runs one method and reports to `sink`. Exceptions of a method become status 0x80041001; those raised

@@ -13,9 +13,8 @@
 /// Base of all readers of the tool's reports: runs the tool for one controller and turns its report, line by
 /// line, into display items.
 ///
-///     ### General Information ###          a title line; its item stands under the current root
-///     Product Name      : RAID 8i          a key line: key, first colon, value; stands under the current
-///     parent
+///     ### General Information ###     a title line; its item stands under the current root
+///     Product Name      : RAID 8i     a key line: key, first colon, value; under the current parent
 ///
 /// A reader serves one method call, for one controller after the other, on one thread. The library passed to
 /// `GetInfo` stays loaded until the reader is gone or idle. Items belong to the reader until `GetInfo`

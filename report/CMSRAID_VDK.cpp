@@ -14,6 +14,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <fstream>
+#include <stdexcept>
 #include <string_view>
 
 using msraid::kCategory;
@@ -150,8 +151,15 @@ bool CMSRAID_VDK::ExecForeignModule(const std::string& commandLine, const std::s
 std::string CMSRAID_VDK::GetVDKVersion(std::string resultFilePath) {
     std::string version;
     if (ExecCli(kVersionCommand, resultFilePath)) {
-        std::ifstream file(resultFilePath);
-        version = ReadVersion(file);
+        try {
+            std::ifstream file(resultFilePath);
+            version = ReadVersion(file);
+        } catch (const std::out_of_range&) {
+            throw;  // Meant: a colon that ends the line leaves the file on disk.
+        } catch (...) {
+            DeleteFileA(resultFilePath.c_str());
+            throw;
+        }
     }
     if (DeleteFileA(resultFilePath.c_str()) == 0) {
         CTraceUtility::WriteDebug(kCategory, kFailure, "Failed to delete file(%s).", resultFilePath.c_str());

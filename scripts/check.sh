@@ -8,7 +8,7 @@ cd "$(dirname "$0")/.."
 need_packages "${CHECK_PACKAGES[@]}"
 
 sources() {
-    git ls-files -- '*.h' '*.cpp'
+    git -c safe.directory="$PWD" ls-files -- '*.h' '*.cpp'
 }
 
 check_format() {

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# From a checkout to the main job: installs what is missing, builds, and shows the RAID configuration of a recorded
+# From a checkout to the main job: installs what is missing, builds, and shows the RAID configuration of a made-up
 # server as XML, read by the module file that goes to production.
 set -euo pipefail
 cd "$(dirname "$0")/.."

@@ -13,7 +13,7 @@ need_packages() {
 
     local as_root=()
     if [ "$(id -u)" -ne 0 ]; then
-        if command -v sudo >/dev/null && sudo -n true 2>/dev/null; then
+        if command -v sudo >/dev/null && { [ -t 0 ] || sudo -n true 2>/dev/null; }; then
             as_root=(sudo)
         else
             echo "These Debian packages are missing: ${missing[*]}" >&2
@@ -31,5 +31,4 @@ need_packages() {
 }
 
 BUILD_PACKAGES=(g++ cmake ninja-build libcli11-dev)
-CHECK_PACKAGES=("${BUILD_PACKAGES[@]}" clang-14 clang-format-14 clang-tidy-14 clang-tools-14 libclang-rt-14-dev
-    libgtest-dev libgmock-dev libxml2-utils binutils python3)
+CHECK_PACKAGES=("${BUILD_PACKAGES[@]}" clang-14 clang-format-14 clang-tidy-14 libgtest-dev libgmock-dev libxml2-utils python3)

@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
 #include <iostream>
 #include <optional>
 #include <ostream>
@@ -79,6 +80,31 @@ Scenario::Text NeverEmpty(const Scenario::Text& text) {
     return counter.sawText ? text : [](std::ostream& out) { out << kFiller; };
 }
 
+// Whoever started the shell that started this process.
+class Caller final {
+  public:
+    // Looks at one of many calls: the look costs more than a short text.
+    [[nodiscard]] bool IsThere() const {
+        constexpr unsigned kCallsPerLook = 256;
+        return ++m_Calls % kCallsPerLook != 0 || Find() == m_Process;
+    }
+
+  private:
+    [[nodiscard]] static pid_t Find() {
+        std::ifstream status("/proc/" + std::to_string(::getppid()) + "/status");
+        for (std::string word; status >> word;) {
+            if (word == "PPid:") {
+                pid_t parent = 0;
+                return status >> parent ? parent : 0;
+            }
+        }
+        return 0;
+    }
+
+    pid_t m_Process = Find();
+    mutable unsigned m_Calls = 0;
+};
+
 // Prints what the instructions make of the report; an errno value when it cannot be written, else 0.
 int Print(const Scenario::Text& text, const Instructions& instructions, const std::string& lastWord) {
     const int descriptor = instructions.toStandardError ? STDERR_FILENO : STDOUT_FILENO;
@@ -98,7 +124,8 @@ int Print(const Scenario::Text& text, const Instructions& instructions, const st
     Output output(descriptor, limit);
     std::ostream out(&output);
     if (instructions.endless || instructions.bytes) {
-        for (const Scenario::Text endless = NeverEmpty(text); out;) {
+        const Caller caller;
+        for (const Scenario::Text endless = NeverEmpty(text); out && (limit || caller.IsThere());) {
             endless(out);
         }
     } else {
@@ -121,6 +148,17 @@ void HoldOutput(Instructions::Seconds time) {
 // A process that would never end by itself must not outlive whoever started it.
 void EndWithParent() {
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+}
+
+// The tool is started through a shell, and not every shell becomes the command that it runs. One that waits
+// instead would hide that the tool has stopped, so it stops as well.
+void Stop() {
+    std::ifstream name("/proc/" + std::to_string(::getppid()) + "/comm");
+    std::string parent;
+    if (std::getline(name, parent) && parent == "sh") {
+        ::kill(::getppid(), SIGSTOP);
+    }
+    ::raise(SIGSTOP);
 }
 
 void DieBy(int signal) {
@@ -153,7 +191,7 @@ int Play(const Scenario::Text& text, int status, const Instructions& instruction
         }
     }
     if (instructions.stop) {
-        ::raise(SIGSTOP);
+        Stop();
     }
     if (instructions.signal != 0) {
         DieBy(instructions.signal);

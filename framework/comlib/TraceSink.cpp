@@ -21,11 +21,20 @@ std::atomic<unsigned> g_levels{0};
 std::atomic<int> g_descriptor{STDERR_FILENO};
 std::atomic<ITraceListener*> g_listener{nullptr};
 
-// A child process has copies of the listener's locks, perhaps taken by threads that it does not have.
-void ForgetListener() {
+// A child process has copies of the listener's locks, perhaps taken by threads that it does not have. And it
+// may put something else in the place of its standard error before it is through with tracing, so it keeps
+// that aside.
+void PrepareChild() {
     g_listener.store(nullptr, std::memory_order_relaxed);
+    if (g_levels.load(std::memory_order_relaxed) != 0 &&
+        g_descriptor.load(std::memory_order_relaxed) == STDERR_FILENO) {
+        const int aside = ::fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+        if (aside >= 0) {
+            g_descriptor.store(aside, std::memory_order_relaxed);
+        }
+    }
 }
-[[maybe_unused]] const int g_atForkResult = pthread_atfork(nullptr, nullptr, ForgetListener);
+[[maybe_unused]] const int g_atForkResult = pthread_atfork(nullptr, nullptr, PrepareChild);
 
 bool IsWritten(int level) noexcept {
     const unsigned levels = g_levels.load(std::memory_order_relaxed);

@@ -83,8 +83,9 @@ TEST(Document, ParametersAndKeyArePassedOnAsTheyWereTyped) {
     EXPECT_EQ(ended.out, "[007][][1e3 [x]][ k'\" ]");
     EXPECT_EQ(
         ended.err,
-        "mngsrvraid: warning: ENCL \"\" is not a plain decimal number and is passed on as it is\n"
-        "mngsrvraid: warning: PD \"1e3 [x]\" is not a plain decimal number and is passed on as it is\n");
+        "mngsrvraid: warning: ENCL \"\" is no number from 0 to 2147483647; it is passed on, and read as 0\n"
+        "mngsrvraid: warning: PD \"1e3 [x]\" is no number from 0 to 2147483647; it is passed on, and read as "
+        "1\n");
     EXPECT_EQ(ended.ExitStatus(), 0);
 }
 

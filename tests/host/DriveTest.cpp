@@ -1,4 +1,4 @@
-// One drive after the other of the recorded servers, through the command.
+// One drive after the other of the shipped servers, through the command.
 
 #include "tests/host/Command.h"
 #include "tests/support/XmlLint.h"
@@ -86,7 +86,7 @@ TEST(Drive, ThatDoesNotExistIsRefusedByTheTool) {
     EXPECT_EQ(ended.ExitStatus(), 1);
     EXPECT_EQ(ended.out, "");
     EXPECT_THAT(ended.err, testing::HasSubstr("(01)"));
-    EXPECT_THAT(ended.err, testing::HasSubstr("see that there is such a drive"));
+    EXPECT_THAT(ended.err, testing::HasSubstr("check that there is such a drive"));
 }
 
 }  // namespace

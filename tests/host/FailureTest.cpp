@@ -58,7 +58,7 @@ TEST(MethodFailure, ToolCannotBeRun) {
     const InstallRoot root;
     ExpectFailure(
         RunCommand({"--install-dir", root.Path(), "--scenario", "faults/marker", "get-info"}), 1,
-        "get-info failed with return value 0x000000a1: the tool could not be run (01); look at the scenario "
+        "get-info failed with return value 0x000000a1: the tool's run failed (01); look at the scenario "
         "faults/marker, and at what --trace 1,2 shows");
     EXPECT_TRUE(root.ResultFiles().empty());
 }
@@ -68,6 +68,25 @@ TEST(MethodFailure, SecondControllerFails) {
     ExpectFailureLike(RunCommand({"--install-dir", root.Path(), "--scenario", "half-failed", "get-info"}), 1,
                       "(01)");
     EXPECT_TRUE(root.ResultFiles().empty());
+}
+
+TEST(MethodFailure, StoppedToolIsAFailedRun) {
+    const InstallRoot root;
+    // In a process group of its own, so that the kernel ends the stopped processes when the command has ended.
+    const Ended ended = Command{
+        .words = {"--install-dir", root.Path(), "--scenario", "faults/stopped", "--trace", "2", "get-info"},
+        .inChild = [] {
+            EXPECT_EQ(::setpgid(0, 0), 0);
+        }}.Run();
+    EXPECT_EQ(ended.ExitStatus(), 1);
+    EXPECT_THAT(ended.err, HasSubstr("ExecForeignModule WEXITSTATUS Error 0000137f."));
+    EXPECT_THAT(ended.err, HasSubstr("(01)"));
+}
+
+TEST(SurroundingsFailure, FolderThatIsNoScenario) {
+    const TempFolder folder;
+    ExpectFailureLike(RunCommand({"--scenario", folder.Path().string(), "get-info"}), 4,
+                      "is no scenario: it has neither v.txt nor server.conf; shipped scenarios: ");
 }
 
 TEST(MethodFailure, ReportCannotBeUnderstood) {
@@ -106,7 +125,7 @@ TEST(MethodFailure, ResultDirectoryCannotBeMade) {
     WriteFile(root.Path() + "/tmp", "in the way");
     ExpectFailure(
         RunCommand({"--install-dir", root.Path(), "--scenario", "faults/marker", "get-info"}), 1,
-        "get-info failed with return value 0x000000a1: the tool could not be run (01); result files cannot "
+        "get-info failed with return value 0x000000a1: the tool's run failed (01); result files cannot "
         "be written in " +
             root.Path() + "/tmp: get the right to, or name another install root by --install-dir");
 }

@@ -50,12 +50,13 @@ TEST(TraceLevels, AreAnyOfTheFourOrAll) {
     }
 }
 
-TEST(PlainDecimal, IsDigitsOnly) {
-    for (const char* const text : {"0", "007", "252", "99999999999999999999"}) {
-        EXPECT_TRUE(IsPlainDecimal(text)) << text;
+TEST(DriveNumber, IsDigitsUpToTheLargestThatEveryLayerTakes) {
+    for (const char* const text : {"0", "007", "252", "2147483647"}) {
+        EXPECT_TRUE(IsDriveNumber(text)) << text;
     }
-    for (const char* const text : {"", "-1", "+1", " 1", "1 ", "0x1", "1a", "1.0"}) {
-        EXPECT_FALSE(IsPlainDecimal(text)) << text;
+    for (const char* const text :
+         {"", "-1", "+1", " 1", "1 ", "0x1", "1a", "1.0", "-0", "2147483648", "99999999999999999999"}) {
+        EXPECT_FALSE(IsDriveNumber(text)) << text;
     }
 }
 

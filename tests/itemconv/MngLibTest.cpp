@@ -83,6 +83,17 @@ TEST_F(MngLibTest, UnloadOfNullWritesOnlyItsTwoLines) {
                                              "4 CMSRAID_MngLib::MngSrvLibUnload [END]"));
 }
 
+TEST_F(MngLibTest, AnUnloadThatFailsIsTraced) {
+    // Closing once more than it was opened fails, for a library that others hold open.
+    void* const handle = ::dlopen("libc.so.6", RTLD_LAZY);
+    ASSERT_NE(handle, nullptr);
+    CMSRAID_MngLib library;
+    library.Unload(handle);
+    EXPECT_THAT(Failures(), IsEmpty());
+    library.Unload(handle);
+    EXPECT_THAT(Failures(), ElementsAre(StartsWith("Unload Library is FAILED (Error=")));
+}
+
 TEST_F(MngLibTest, AMissingLibraryIsTracedWithTheLoadersWords) {
     m_Root.UseLibrary("/nowhere/at/all.so");
     CMSRAID_MngLib library;

@@ -3,8 +3,10 @@
 #include "qel/QelException.h"
 #include "qel/portable/CVersionLog.h"
 
+#include <functional>
 #include <new>
 #include <stdexcept>
+#include <utility>
 
 namespace {
 
@@ -30,6 +32,9 @@ class FakeManager : public IWbemObjectManager {
     std::function<HRESULT(IWbemClassObject**)> m_Answer;
 };
 
+std::function<void()> g_onVersionLog = [] {};
+std::vector<CVersionLog::Entry> g_versionLog;
+
 class ProviderTest : public testsupport::CallTest {
   protected:
     FakeManager m_Manager;
@@ -52,7 +57,7 @@ TEST_F(ProviderTest, DestructionTracesItselfAndKeepsTheWrapper) {
 }
 
 TEST_F(ProviderTest, TheVersionLogNamesTheModuleInItsOwnLetterCase) {
-    const std::vector<CVersionLog::Entry> entries = CVersionLog::Entries();
+    const std::vector<CVersionLog::Entry>& entries = g_versionLog;
     ASSERT_EQ(entries.size(), 1U);
     EXPECT_EQ(entries[0].fileName, "libqelp_Zorbalt_MngSrvRaid.so");
     EXPECT_EQ(entries[0].category, "msraid");
@@ -191,4 +196,54 @@ TEST_F(ProviderTest, ACallAfterAnExceptionWorks) {
     EXPECT_TRUE(HasXml());
 }
 
+/// A provider whose construction failed half-way.
+class UnluckyProviderTest : public ProviderTest {
+  protected:
+    ~UnluckyProviderTest() override {
+        g_onVersionLog = [] {};
+    }
+
+    void MakeProviderWhen(std::function<void()> onVersionLog) {
+        g_onVersionLog = std::move(onVersionLog);
+        m_Provider.reset();
+        m_Trace.Clear();
+        m_Provider = std::make_unique<CZORBALT_MngSrvRaid>();
+    }
+};
+
+TEST_F(UnluckyProviderTest, AStandardExceptionIsTracedAndConstructionEnds) {
+    MakeProviderWhen([] { throw std::runtime_error("no log"); });
+    EXPECT_THAT(Trace(), ElementsAre("4 CZORBALT_MngSrvRaid::CZORBALT_MngSrvRaid [START]",
+                                     "8 CZORBALT_MngSrvRaid::CZORBALT_MngSrvRaid() [exception:no log]",
+                                     "4 CZORBALT_MngSrvRaid::CZORBALT_MngSrvRaid [END]"));
+}
+
+TEST_F(UnluckyProviderTest, AnyOtherExceptionIsTracedAndConstructionEnds) {
+    MakeProviderWhen([] { throw 42; });
+    EXPECT_THAT(Trace(), ElementsAre("4 CZORBALT_MngSrvRaid::CZORBALT_MngSrvRaid [START]",
+                                     "8 CZORBALT_MngSrvRaid::CZORBALT_MngSrvRaid() unknown exception",
+                                     "4 CZORBALT_MngSrvRaid::CZORBALT_MngSrvRaid [END]"));
+}
+
+TEST_F(UnluckyProviderTest, WithoutAWrapperTheMethodsFailAsWithoutTheLibrary) {
+    MakeProviderWhen([] { throw std::bad_alloc(); });
+    for (const char* const method : {"GetInfo", "GetPDInfo"}) {
+        EXPECT_EQ(Call(method), 0U);
+        EXPECT_EQ(ReturnValue(), 0x80000001U);
+        EXPECT_THAT(Messages(), ElementsAre("MSGID_MNGSRV_RAID_0001_F 05"));
+        EXPECT_THAT(Trace(), Not(Contains(::testing::HasSubstr("CMSRAID_MngLib::"))));
+    }
+    ItemList items{nullptr, nullptr};
+    m_Provider->FreeItemList(items);
+    EXPECT_TRUE(items.empty());
+}
+
 }  // namespace
+
+// In the framework's place, so that it can fail.
+void CVersionLog::Add(Entry entry) {
+    g_onVersionLog();
+    if (g_versionLog.empty()) {
+        g_versionLog.push_back(std::move(entry));
+    }
+}

@@ -2,6 +2,7 @@
 
 #include "tests/support/ModuleTest.h"
 
+#include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/time.h>
@@ -14,6 +15,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iterator>
 #include <stdexcept>
 
@@ -244,16 +246,56 @@ TEST_F(VdkTest, NoDescriptorAndNoChildIsLeft) {
     EXPECT_EQ(errno, ECHILD);
 }
 
-TEST_F(VdkTest, TracesOfTheChildReachTheTraceFile) {
-    const std::string traceFile = m_Root.Path() / "trace";
-    ASSERT_TRUE(CTraceOutput::OpenFile(traceFile));
-    CTraceOutput::SetLevels(2);
-    EXPECT_FALSE(CMSRAID_VDK::ExecCli("vdkcli -v", m_Root.Path() / "missing" / "result.txt"));
-    CTraceOutput::SetLevels(0);
-    CTraceOutput::UseStandardError();
-    std::ifstream file(traceFile);
-    const std::string text{std::istreambuf_iterator<char>(file), {}};
-    EXPECT_THAT(text, ::testing::HasSubstr("\tmsraid\t2\tExecForeignModule open Error 00000002.\n"));
+/// Traces of the child, which no listener hears.
+class ChildTraceTest : public VdkTest {
+  protected:
+    /// Runs the tool once `prepare` has spoiled something, in a child process; returns its trace of failures.
+    /// With `toStandardError` the trace takes the way through standard error instead of a file.
+    std::string TraceWhen(const std::function<void()>& prepare, const std::string& resultFile,
+                          bool toStandardError = false) {
+        const std::string traceFile = m_Root.Path() / "trace";
+        const pid_t child = ::fork();
+        if (child == 0) {
+            if (toStandardError) {
+                const int file = ::open(traceFile.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0600);
+                ::dup2(file, STDERR_FILENO);
+            } else if (!CTraceOutput::OpenFile(traceFile)) {
+                ::_exit(2);
+            }
+            prepare();
+            CTraceOutput::SetLevels(2);
+            ::_exit(CMSRAID_VDK::ExecCli("vdkcli -v", resultFile) ? 1 : 0);
+        }
+        int status = 0;
+        EXPECT_EQ(::waitpid(child, &status, 0), child);
+        EXPECT_EQ(status, 0);
+        return testsupport::ReadFile(traceFile);
+    }
+};
+
+TEST_F(ChildTraceTest, AResultFileThatCannotBeOpened) {
+    EXPECT_THAT(TraceWhen([] {}, m_Root.Path() / "missing" / "result.txt"),
+                ::testing::HasSubstr("\tmsraid\t2\tExecForeignModule open Error 00000002.\n"));
+}
+
+TEST_F(ChildTraceTest, AStandardOutputThatIsNone) {
+    EXPECT_THAT(TraceWhen([] { std::fclose(stdout); }, ResultFile()),
+                ::testing::HasSubstr("\tmsraid\t2\tExecForeignModule dup2 Error 00000009.\n"));
+}
+
+TEST_F(ChildTraceTest, AStandardErrorThatIsNone) {
+    EXPECT_THAT(TraceWhen([] { std::fclose(stderr); }, ResultFile()),
+                ::testing::HasSubstr("\tmsraid\t2\tExecForeignModule dup2 Error 00000009.\n"));
+}
+
+TEST_F(ChildTraceTest, AShellThatIsNotFound) {
+    EXPECT_THAT(TraceWhen([] { ::setenv("PATH", "/nonexistent", 1); }, ResultFile()),
+                ::testing::HasSubstr("\tmsraid\t2\tExecForeignModule execlp Error 00000002.\n"));
+}
+
+TEST_F(ChildTraceTest, ReachesStandardErrorAlthoughTheToolsOwnGoesToTheResultFile) {
+    EXPECT_THAT(TraceWhen([] { ::setenv("PATH", "/nonexistent", 1); }, ResultFile(), true),
+                ::testing::HasSubstr("\tmsraid\t2\tExecForeignModule execlp Error 00000002.\n"));
 }
 
 TEST_F(VdkTest, WithStandardStreamsClosedTheReportStillArrives) {
