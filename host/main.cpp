@@ -72,7 +72,8 @@ void ChooseInstallRoot(const Options& options) {
 
 void StartTrace(const Options& options) {
     if (options.traceFile && !CTraceOutput::OpenFile(*options.traceFile)) {
-        FailSurroundings("the trace file " + *options.traceFile + " cannot be written: " + LastSystemError());
+        FailSurroundings("the trace file " + *options.traceFile + " cannot be written: " + LastSystemError() +
+                         "; name another file by --trace-file");
     }
     CTraceOutput::SetLevels(options.traceLevels);
 }

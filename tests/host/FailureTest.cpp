@@ -72,7 +72,8 @@ TEST(MethodFailure, SecondControllerFails) {
 
 TEST(MethodFailure, StoppedToolIsAFailedRun) {
     const InstallRoot root;
-    // In a process group of its own, so that the kernel ends the stopped processes when the command has ended.
+    // In a process group of its own, so that the kernel ends the stopped processes when the command has
+    // ended.
     const Ended ended = Command{
         .words = {"--install-dir", root.Path(), "--scenario", "faults/stopped", "--trace", "2", "get-info"},
         .inChild = [] {
