@@ -60,6 +60,15 @@ void RejectRest(const std::vector<std::string>& rest) {
     }
 }
 
+// The library speaks of "1 required DIR missing" or "At Most 1 required but received 2", behind the option's
+// name.
+std::string InOwnWords(const CLI::ArgumentMismatch& mismatch) {
+    const std::string words = mismatch.what();
+    const std::string option = words.substr(0, words.find(':'));
+    return option +
+           (words.find("At Most") == std::string::npos ? " needs a value" : " is given more than once");
+}
+
 /// The parser with what it fills. Its options refer to its members, so it stays where it is.
 class Parser final {
   public:
@@ -100,6 +109,8 @@ class Parser final {
         } catch (const CLI::CallForHelp&) {
             m_Options.action = Options::Action::Help;
             return m_Options;
+        } catch (const CLI::ArgumentMismatch& error) {
+            Reject(InOwnWords(error));
         } catch (const CLI::ParseError& error) {
             Reject(error.what());
         }

@@ -24,7 +24,8 @@ class QelLibIF {
     QelLibIF() = default;
 };
 
-/// The library's entry points, by the names under which it exports them with C linkage.
+/// The library's entry points, by the names under which it exports them with C linkage. None of them throws:
+/// an exception's own type would be gone with the library.
 extern "C" {
 using CreateLibIFFunction = QelLibIF*();          ///< null on failure
 using DeleteLibIFFunction = void(QelLibIF*);      ///< null is passed over
