@@ -28,9 +28,8 @@ const fs::path kState = kToolDirectory / "state";
 
 constexpr const char* kRemedy =
     "; run as root, or let ordinary users have user namespaces (sysctl user.max_user_namespaces, "
-    "kernel.unprivileged_userns_clone, kernel.apparmor_restrict_unprivileged_userns); in a container, start "
-    "it with "
-    "--cap-add SYS_ADMIN and without seccomp and AppArmor confinement";
+    "kernel.unprivileged_userns_clone, kernel.apparmor_restrict_unprivileged_userns); in a container, "
+    "start it with --cap-add SYS_ADMIN and without seccomp and AppArmor confinement";
 
 // Only where UseScenario would otherwise change the real tool's directory.
 bool g_hasScenario = false;

@@ -254,7 +254,8 @@ TEST(Surroundings, KernelRefusesAPrivateView) {
 
 TEST(Surroundings, TraceFileCannotBeWritten) {
     ExpectFailure(RunCommand({"--trace-file", "/no/such/file", "get-info"}), 4,
-                  "the trace file /no/such/file cannot be written: No such file or directory");
+                  "the trace file /no/such/file cannot be written: No such file or directory; name another "
+                  "file by --trace-file");
 }
 
 TEST(Surroundings, OutputDirectoryIsMissing) {
