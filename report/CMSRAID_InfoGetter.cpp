@@ -1,6 +1,7 @@
 #include "report/CMSRAID_InfoGetter.h"
 
 #include "report/CMSRAID_VDK.h"
+#include "report/ResultFile.h"
 
 #include "qel/CFileUtility.h"
 #include "qel/CStringUtil.h"
@@ -40,32 +41,6 @@ constexpr std::size_t kFormatBufferSize = 768;
 constexpr const char* kReasonToolFailed = "01";
 constexpr const char* kReasonReportNotReadable = "04";
 constexpr const char* kReasonReportNotParsable = "06";
-
-/// A result file that is gone when its reader is through with it, or left by an exception.
-class ResultFile final {
-  public:
-    explicit ResultFile(std::string path) : m_Path(std::move(path)) {}
-    ~ResultFile() {
-        if (!m_IsDeleted) {
-            DeleteFileA(m_Path.c_str());
-        }
-    }
-    ResultFile(const ResultFile&) = delete;
-    ResultFile& operator=(const ResultFile&) = delete;
-
-    [[nodiscard]] const std::string& Path() const { return m_Path; }
-
-    void Delete() {
-        m_IsDeleted = true;
-        if (DeleteFileA(m_Path.c_str()) == 0) {
-            CTraceUtility::WriteDebug(kCategory, kFailure, "Failed to delete file(%s).", m_Path.c_str());
-        }
-    }
-
-  private:
-    std::string m_Path;
-    bool m_IsDeleted = false;
-};
 
 std::string MakeDirectory(const std::string& parent, const std::string& name) {
     std::string directory = parent + "/" + name;

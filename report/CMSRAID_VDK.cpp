@@ -2,6 +2,7 @@
 
 #include "itemconv/MsraidTrace.h"
 #include "report/ChildEnvironment.h"
+#include "report/ResultFile.h"
 
 #include "qel/CFileUtility.h"
 #include "qel/QelWindows.h"
@@ -16,6 +17,7 @@
 #include <fstream>
 #include <stdexcept>
 #include <string_view>
+#include <utility>
 
 using msraid::kCategory;
 using msraid::kFailure;
@@ -149,20 +151,17 @@ bool CMSRAID_VDK::ExecForeignModule(const std::string& commandLine, const std::s
 }
 
 std::string CMSRAID_VDK::GetVDKVersion(std::string resultFilePath) {
+    ResultFile resultFile(std::move(resultFilePath));
     std::string version;
-    if (ExecCli(kVersionCommand, resultFilePath)) {
+    if (ExecCli(kVersionCommand, resultFile.Path())) {
+        std::ifstream file(resultFile.Path());
         try {
-            std::ifstream file(resultFilePath);
             version = ReadVersion(file);
         } catch (const std::out_of_range&) {
-            throw;  // Meant: a colon that ends the line leaves the file on disk.
-        } catch (...) {
-            DeleteFileA(resultFilePath.c_str());
+            resultFile.Keep();  // Meant: only a colon that ends the line leaves the file on disk.
             throw;
         }
     }
-    if (DeleteFileA(resultFilePath.c_str()) == 0) {
-        CTraceUtility::WriteDebug(kCategory, kFailure, "Failed to delete file(%s).", resultFilePath.c_str());
-    }
+    resultFile.Delete();
     return version;
 }

@@ -43,10 +43,7 @@ class CtrlInfoGetterTest : public testsupport::ReaderTest {
         return ReadWith(reader, 0, report);
     }
     ResultCode ReadWith(CMSRAID_CtrlInfoGetter& reader, long controller, const std::string& report) {
-        m_Tool.Answer("ctrlinfo_a" + std::to_string(controller) + ".txt", report);
-        const ResultCode result = reader.GetInfo(controller, m_Library.Wrapper(), m_Items);
-        m_Reason = reader.GetReason();
-        return result;
+        return ReadAs(reader, "ctrlinfo", controller, report);
     }
     Lines SettingsOf(const std::string& keyLines) {
         return ItemsBelow(kSettings, kNumberLine + kSettings + "\n" + keyLines);

@@ -63,10 +63,7 @@ class LDInfoGetterTest : public testsupport::ReaderTest {
         return ReadWith(reader, 0, report);
     }
     ResultCode ReadWith(CMSRAID_LDInfoGetter& reader, long controller, const std::string& report) {
-        m_Tool.Answer("ldpdinfo_a" + std::to_string(controller) + ".txt", report);
-        const ResultCode result = reader.GetInfo(controller, m_Library.Wrapper(), m_Items);
-        m_Reason = reader.GetReason();
-        return result;
+        return ReadAs(reader, "ldpdinfo", controller, report);
     }
     Lines GeneralOf(const std::string& lines) { return ItemsBelow(kGeneral, kGeneral + "\n" + lines); }
 

@@ -61,10 +61,7 @@ class PDInfoGetterTest : public testsupport::ReaderTest {
         return ReadWith(reader, 0, report);
     }
     ResultCode ReadWith(CMSRAID_PDInfoGetter& reader, long controller, const std::string& report) {
-        m_Tool.Answer("pdinfo_a" + std::to_string(controller) + ".txt", report);
-        const ResultCode result = reader.GetInfo(controller, m_Library.Wrapper(), m_Items);
-        m_Reason = reader.GetReason();
-        return result;
+        return ReadAs(reader, "pdinfo", controller, report);
     }
     /// "name|value|flag" of what a drive's header tells, from behind its General Information title.
     Lines HeaderItems(const std::string& header) {

@@ -32,6 +32,16 @@ class ReaderTest : public ModuleTest {
   protected:
     virtual ResultCode Read(const std::string& report) = 0;
 
+    /// Lets `reader` read `report` as the answer to `command` ("ctrlinfo") for that controller.
+    template <class Reader>
+    ResultCode ReadAs(Reader& reader, const std::string& command, long controller,
+                      const std::string& report) {
+        m_Tool.Answer(command + "_a" + std::to_string(controller) + ".txt", report);
+        const ResultCode result = reader.GetInfo(controller, m_Library.Wrapper(), m_Items);
+        m_Reason = reader.GetReason();
+        return result;
+    }
+
     /// Items of a report that is read without any failure.
     Lines ItemsOf(const std::string& report) {
         m_Trace.Clear();

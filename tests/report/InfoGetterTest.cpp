@@ -293,6 +293,17 @@ TEST_F(InfoGetterTest, AnExceptionDeletesItemsAndFileAndWritesNoEndLines) {
     EXPECT_THAT(Items(), ElementsAre("|B|2|TRUE"));
 }
 
+TEST_F(InfoGetterTest, AnExceptionDuringTheToolRunTakesTheResultFileAlong) {
+    m_Tool.Answer("ctrlinfo_a0.do", "exit 3\n");
+    testsupport::OnPause([this] {
+        EXPECT_EQ(m_Root.ResultFiles().size(), 1U);
+        throw std::bad_alloc();
+    });
+    EXPECT_THROW(static_cast<void>(Read("")), std::bad_alloc);
+    EXPECT_THAT(m_Root.ResultFiles(), IsEmpty());
+    EXPECT_EQ(m_Reader.m_Reason, "");
+}
+
 TEST_F(InfoGetterTest, OneRunIsTracedInOrder) {
     m_Trace.Clear();
     EXPECT_EQ(Read("A : 1\n"), 0U);

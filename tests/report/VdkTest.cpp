@@ -17,6 +17,7 @@
 #include <fstream>
 #include <functional>
 #include <iterator>
+#include <new>
 #include <stdexcept>
 
 namespace {
@@ -371,6 +372,17 @@ TEST_F(VdkTest, OnlyTheFirstLineWithTheKeyCounts) {
 TEST_F(VdkTest, AColonThatEndsTheVersionLineLeavesByExceptionAndKeepsTheFile) {
     EXPECT_THROW(static_cast<void>(VersionFrom("Product Version :\n")), std::out_of_range);
     EXPECT_TRUE(std::filesystem::exists(ResultFile()));
+}
+
+TEST_F(VdkTest, AnyOtherExceptionTakesTheVersionFileAlong) {
+    m_Tool.Answer("v.do", "exit 3\n");
+    testsupport::OnPause([this] {
+        EXPECT_TRUE(std::filesystem::exists(ResultFile()));
+        throw std::bad_alloc();
+    });
+    EXPECT_THROW(static_cast<void>(CMSRAID_VDK::GetVDKVersion(ResultFile())), std::bad_alloc);
+    EXPECT_FALSE(std::filesystem::exists(ResultFile()));
+    EXPECT_THAT(Failures(), IsEmpty());
 }
 
 TEST_F(VdkTest, AColonBeforeOneLastCharacterGivesAnEmptyVersion) {

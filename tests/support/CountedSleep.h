@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 
 namespace testsupport {
 
@@ -8,5 +9,8 @@ namespace testsupport {
 /// only counts: a test never waits.
 [[nodiscard]] std::size_t PausesTaken();
 void ResetPauses();
+
+/// Called at every pause until the next reset; may throw, as whatever happens in the middle of a run may.
+void OnPause(std::function<void()> hook);
 
 }  // namespace testsupport

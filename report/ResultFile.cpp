@@ -1,0 +1,23 @@
+#include "report/ResultFile.h"
+
+#include "itemconv/MsraidTrace.h"
+
+#include "qel/QelWindows.h"
+
+#include <utility>
+
+ResultFile::ResultFile(std::string path) : m_Path(std::move(path)) {}
+
+ResultFile::~ResultFile() {
+    if (m_IsOurs) {
+        DeleteFileA(m_Path.c_str());
+    }
+}
+
+void ResultFile::Delete() {
+    m_IsOurs = false;
+    if (DeleteFileA(m_Path.c_str()) == 0) {
+        CTraceUtility::WriteDebug(msraid::kCategory, msraid::kFailure, "Failed to delete file(%s).",
+                                  m_Path.c_str());
+    }
+}
