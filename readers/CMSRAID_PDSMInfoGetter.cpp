@@ -84,7 +84,9 @@ ResultCode CMSRAID_PDSMInfoGetter::ReadSMARTTable(std::ifstream& in) {
     }
     if (header.find(SMART_ATTRIBUTE_NAME) == std::string::npos) {
         const ResultCode result = AddMissingTable();
-        in.seekg(behindKeys);  // Nothing moves once the report has ended, so that the line loop ends as well.
+        if (!in.fail()) {  // A report that has ended stays ended, or the line loop would go on for ever.
+            in.seekg(behindKeys);
+        }
         return result;
     }
     if (m_IFType == PD_IFTYPE_SAS) {

@@ -42,6 +42,12 @@ constexpr const char* kReasonToolFailed = "01";
 constexpr const char* kReasonReportNotReadable = "04";
 constexpr const char* kReasonReportNotParsable = "06";
 
+// Whatever else ends the reading (a failing disk, a line that memory does not hold) leaves part of a report,
+// which must not pass for the whole. False as well for a file that could not be opened.
+bool IsReadToEnd(const std::ifstream& file) {
+    return file.eof();
+}
+
 std::string MakeDirectory(const std::string& parent, const std::string& name) {
     std::string directory = parent + "/" + name;
     _mkdir(directory.c_str());  // Usually there already; where it cannot be made, the tool run fails.
@@ -94,7 +100,8 @@ ResultCode CMSRAID_InfoGetter::ReadReport(const std::string& argument, const Rep
         std::ifstream file(resultFile.Path());
         if (file.good()) {
             result = read(file, resultFile.Path());
-        } else {
+        }
+        if (result == kSuccess && !IsReadToEnd(file)) {
             CTraceUtility::WriteDebug(kCategory, kFailure, "Failed to open file output by vdkcli(%s).",
                                       resultFile.Path().c_str());
             m_Reason.insert(0, kReasonReportNotReadable);
@@ -118,12 +125,14 @@ ResultCode CMSRAID_InfoGetter::ParseAndHandOver(std::ifstream& file, const std::
                                                 ItemList& items) {
     try {
         const ResultCode result = Parse(file, path);
-        if (result == kSuccess) {
+        if (result == kSuccess && IsReadToEnd(file)) {
             items.insert(items.end(), m_ItemList.begin(), m_ItemList.end());
             return kSuccess;
         }
-        CTraceUtility::WriteDebug(kCategory, kFailure, "Failed to parse RAID Information %08x.", result);
-        m_Reason.insert(0, kReasonReportNotParsable);
+        if (result != kSuccess) {
+            CTraceUtility::WriteDebug(kCategory, kFailure, "Failed to parse RAID Information %08x.", result);
+            m_Reason.insert(0, kReasonReportNotParsable);
+        }
         msraid::DeleteItems(m_pMngLib, m_ItemList);
         ReleaseCells();
         return result;

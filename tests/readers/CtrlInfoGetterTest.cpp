@@ -452,7 +452,7 @@ TEST_F(CtrlInfoGetterTest, ACountThatFailsStoresNothingAndLeavesNoFile) {
 
 TEST_F(CtrlInfoGetterTest, ACountsFileThatCannotBeDeletedDoesNotChangeTheResult) {
     CMSRAID_CtrlInfoGetter reader;
-    reader.*(&ReaderAccess::m_CmdFormat) = CommandWithDirectory();
+    reader.*(&ReaderAccess::m_CmdFormat) = CommandWithPinnedFile();
     char count = 99;
     EXPECT_EQ(reader.GetCtrlNum(&count), 0U);
     EXPECT_EQ(count, 0);

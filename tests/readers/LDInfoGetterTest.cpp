@@ -633,7 +633,7 @@ TEST_F(LDInfoGetterTest, AMapThatFailsStaysAsItIs) {
 
 TEST_F(LDInfoGetterTest, AMapsFileThatCannotBeDeletedDoesNotChangeTheResult) {
     CMSRAID_LDInfoGetter reader;
-    reader.*(&ReaderAccess::m_CmdFormat) = CommandWithDirectory();
+    reader.*(&ReaderAccess::m_CmdFormat) = CommandWithPinnedFile();
     GroupMap groups;
     EXPECT_EQ(reader.GetPDRGNo(0, &groups), 0U);
     EXPECT_EQ(reader.GetReason(), "");

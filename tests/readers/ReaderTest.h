@@ -157,13 +157,12 @@ class ReaderTest : public ModuleTest {
         return result;
     }
 
-    /// A command that ends well and leaves no result file, or a directory in its place.
+    /// A command that ends well and leaves no result file, or one that nobody can delete.
     [[nodiscard]] std::string CommandWithoutFile() const {
         return "vdkcli -v >/dev/null 2>&1; rm " + m_Root.Path().string() + "/tmp/MSRAID/* #%s";
     }
-    [[nodiscard]] std::string CommandWithDirectory() const {
-        return "vdkcli -v >/dev/null 2>&1; cd " + m_Root.Path().string() +
-               "/tmp/MSRAID && for f in *; do rm $f; mkdir $f; done #%s";
+    [[nodiscard]] std::string CommandWithPinnedFile() const {
+        return "vdkcli -v >/dev/null 2>&1; " + m_Root.PinResultFiles() + " #%s";
     }
 
     std::string m_Reason;  ///< of the last `Read`

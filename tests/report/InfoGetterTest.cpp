@@ -43,6 +43,10 @@ class PlainReader final : public CMSRAID_InfoGetter {
         if (line == "throw") {
             throw std::bad_alloc();
         }
+        if (line == "disk fails") {
+            file.setstate(std::ios::badbit);
+            return 0;
+        }
         if (line.starts_with("RAID Controller")) {
             AddRootItem();
             return 0;
@@ -190,9 +194,28 @@ TEST_F(InfoGetterTest, AResultFileThatIsGoneIsAFailureOfItsOwn) {
     EXPECT_THAT(Failures()[1], StartsWith("Failed to delete file(" + m_Root.Path().string()));
 }
 
-TEST_F(InfoGetterTest, AFileThatCannotBeDeletedDoesNotChangeTheResult) {
+TEST_F(InfoGetterTest, AReportThatCannotBeReadToItsEndIsNoReport) {
+    EXPECT_EQ(Read("RAID Controller : 0\nA : 1\ndisk fails\nB : 2\n"), 0x80000001U);
+    EXPECT_EQ(m_Reader.m_Reason, "04");
+    EXPECT_THAT(Items(), IsEmpty());
+    EXPECT_EQ(m_Library.ItemsAlive(), 0U);
+    EXPECT_EQ(m_Library.ItemsDeleted(), 2U);
+    EXPECT_TRUE(m_Reader.m_CurrentRoot.IsNull());
+    EXPECT_THAT(Failures(), ElementsAre(StartsWith("Failed to open file output by vdkcli(")));
+}
+
+TEST_F(InfoGetterTest, ADirectoryInThePlaceOfTheResultFileIsNoEmptyReport) {
     m_Reader.m_CmdFormat = "vdkcli -ctrlinfo -a%s; cd " + m_Root.Path().string() +
-                           "/tmp/MSRAID && for f in *; do rm $f; mkdir $f; done; true";
+                           "/tmp/MSRAID && for f in *; do rm $f; mkdir $f; done";
+    EXPECT_EQ(Read("A : 1\n"), 0x80000001U);
+    EXPECT_EQ(m_Reader.m_Reason, "04");
+    EXPECT_THAT(Failures(), ElementsAre(StartsWith("Failed to open file output by vdkcli("),
+                                        StartsWith("Failed to delete file(")));
+    m_ExpectedLeftFiles = m_Root.ResultFiles();
+}
+
+TEST_F(InfoGetterTest, AFileThatCannotBeDeletedDoesNotChangeTheResult) {
+    m_Reader.m_CmdFormat = "vdkcli -ctrlinfo -a%s; " + m_Root.PinResultFiles();
     EXPECT_EQ(Read("A : 1\n"), 0U);
     EXPECT_THAT(Failures(), ElementsAre(StartsWith("Failed to delete file(")));
     m_ExpectedLeftFiles = m_Root.ResultFiles();

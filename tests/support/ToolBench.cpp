@@ -3,6 +3,7 @@
 #include "host/Sandbox.h"
 
 #include <sys/mount.h>
+#include <sys/stat.h>
 
 #include <cerrno>
 #include <cstdlib>
@@ -77,6 +78,10 @@ InstallRoot::InstallRoot() {
 }
 
 InstallRoot::~InstallRoot() {
+    for (const std::string& file : ResultFiles()) {
+        ::umount2((ResultDirectory() / file).c_str(), MNT_DETACH);
+        ::chmod(ResultDirectory().c_str(), S_IRWXU);
+    }
     ::unsetenv("ZORBALT_INSTALL_DIR");
 }
 
@@ -91,8 +96,14 @@ void InstallRoot::SetAppKey(const std::string& key) const {
     WriteFile(Path() / "etc" / "app.key", key + "\n");
 }
 
+std::string InstallRoot::PinResultFiles() const {
+    const std::string directory = ResultDirectory().string();
+    return "for f in " + directory + "/*; do mount --bind $f $f || chmod a-w " + directory +
+           "; done 2>/dev/null";
+}
+
 std::vector<std::string> InstallRoot::ResultFiles() const {
-    return TempFolder::NamesIn(Path() / "tmp" / "MSRAID");
+    return TempFolder::NamesIn(ResultDirectory());
 }
 
 }  // namespace testsupport

@@ -51,10 +51,16 @@ class InstallRoot final {
     /// Configures the application key that callers must carry.
     void SetAppKey(const std::string& key) const;
 
+    /// Shell text that keeps the result files from being deleted until the test ends: root removes no file
+    /// that something is mounted on, others none from a directory that they may not write.
+    [[nodiscard]] std::string PinResultFiles() const;
+
     /// Result files that are still there.
     [[nodiscard]] std::vector<std::string> ResultFiles() const;
 
   private:
+    [[nodiscard]] std::filesystem::path ResultDirectory() const { return Path() / "tmp" / "MSRAID"; }
+
     TempFolder m_Folder;
 };
 
