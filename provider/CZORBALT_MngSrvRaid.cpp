@@ -4,6 +4,7 @@
 #include "itemconv/DisplayItems.h"
 #include "itemconv/MsraidTrace.h"
 #include "provider/CallObjects.h"
+#include "provider/CancellationHold.h"
 #include "provider/MethodCall.h"
 #include "readers/CMSRAID_CtrlInfoGetter.h"
 #include "readers/CMSRAID_LDInfoGetter.h"
@@ -62,7 +63,15 @@ CMSRAID_MngLib* MakeWrapper() {
 void Deliver(IWbemClassObject* outParams, IWbemObjectSink* sink, ResultCode returnValue) {
     if (outParams != nullptr) {
         CIWbemUtil::setReturnValueToIWbemClassObject(outParams, returnValue);
-        sink->Indicate(1, &outParams);
+        if (sink != nullptr) {
+            sink->Indicate(1, &outParams);
+        }
+    }
+}
+
+void Complete(IWbemObjectSink* sink, DWORD status) {
+    if (sink != nullptr) {
+        sink->SetStatus(0, static_cast<HRESULT>(status), nullptr, nullptr);
     }
 }
 
@@ -102,12 +111,14 @@ CZORBALT_MngSrvRaid::CZORBALT_MngSrvRaid() : CZORBALT_SysService("msraid", "zorb
 }
 
 CZORBALT_MngSrvRaid::~CZORBALT_MngSrvRaid() {
+    const CancellationHold hold;
     const OperationTrace operation("CZORBALT_MngSrvRaid::~CZORBALT_MngSrvRaid");
 }
 
 DWORD CZORBALT_MngSrvRaid::ExecMethodAsync(char* className, char* methodName, long flags,
                                            IWbemContext* context, IWbemClassObject* inParams,
                                            IWbemObjectSink* sink) {
+    const CancellationHold hold;
     QelException::set_transrator();
     CTraceUtility::WriteDebug(kCategory, kOperation, "CZORBALT_MngSrvRaid::ExecMethodAsync() [START]");
     ShowMessage("CZORBALT_MngSrvRaid::ExecMethodAsync()", "CZORBALT_MngSrvRaid::ExecMethodAsync");
@@ -116,7 +127,7 @@ DWORD CZORBALT_MngSrvRaid::ExecMethodAsync(char* className, char* methodName, lo
     FetchObjects(objects, methodName, context);
     if (objects.m_Class == nullptr) {
         objects.Release();
-        sink->SetStatus(0, static_cast<HRESULT>(WBEM_E_NOT_SUPPORTED), nullptr, nullptr);
+        Complete(sink, WBEM_E_NOT_SUPPORTED);
         return WBEM_E_NOT_SUPPORTED;
     }
 
@@ -144,7 +155,7 @@ DWORD CZORBALT_MngSrvRaid::ExecMethodAsync(char* className, char* methodName, lo
         status = WBEM_E_FAILED;
     }
 
-    sink->SetStatus(0, static_cast<HRESULT>(status), nullptr, nullptr);
+    Complete(sink, status);
     objects.Release();
     CTraceUtility::WriteDebug(kCategory, kResult, "CZORBALT_MngSrvRaid::ExecMethodAsync mr=0x%08x",
                               methodResult);

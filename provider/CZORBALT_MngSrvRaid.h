@@ -25,7 +25,8 @@ class CZORBALT_MngSrvRaid : public CZORBALT_SysService {
     ~CZORBALT_MngSrvRaid() override;
 
     /// Runs one method and reports to `sink`. Exceptions of a method become status 0x80041001; those raised
-    /// before it starts (memory, the object manager) go on to the framework.
+    /// before it starts (memory, the object manager) go on to the framework. Without a sink nobody is told.
+    /// A cancellation of the calling thread takes effect when the call has come to its end.
     DWORD ExecMethodAsync(char* className, char* methodName, long flags, IWbemContext* context,
                           IWbemClassObject* inParams, IWbemObjectSink* sink) override;
 

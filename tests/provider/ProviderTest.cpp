@@ -3,6 +3,8 @@
 #include "qel/QelException.h"
 #include "qel/portable/CVersionLog.h"
 
+#include <pthread.h>
+
 #include <functional>
 #include <new>
 #include <stdexcept>
@@ -101,6 +103,27 @@ TEST_F(ProviderTest, MethodNamesAreComparedExactly) {
 TEST_F(ProviderTest, AMethodNameThatIsNullGoesToTheBase) {
     EXPECT_EQ(m_Provider->ExecMethodAsync(nullptr, nullptr, 0, nullptr, nullptr, &m_Sink), 0x8004102EU);
     EXPECT_THAT(m_Sink.m_Calls, ElementsAre("SetStatus 8004102e"));
+}
+
+TEST_F(ProviderTest, WithoutASinkACallEndsAllTheSame) {
+    std::string name = "GetInfo";
+    m_Tool.Uninstall();
+    EXPECT_EQ(m_Provider->ExecMethodAsync(nullptr, name.data(), 0, nullptr, nullptr, nullptr), 0U);
+    EXPECT_THAT(Trace(), Contains("1 CZORBALT_MngSrvRaid::ExecMethodAsync mr=0x000000a0"));
+    EXPECT_EQ(m_Provider->ExecMethodAsync(nullptr, nullptr, 0, nullptr, nullptr, nullptr), 0x8004102EU);
+    m_Provider->SetObjectManager(nullptr);
+    EXPECT_EQ(m_Provider->ExecMethodAsync(nullptr, name.data(), 0, nullptr, nullptr, nullptr), 0x8004100CU);
+}
+
+TEST_F(ProviderTest, ACancellationOfTheThreadWaitsForTheEndOfTheCall) {
+    int stateDuringCall = -1;
+    int stateAfterCall = -1;
+    m_Sink.m_OnIndicate = [&] { ::pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &stateDuringCall); };
+    m_Tool.Uninstall();
+    Call("GetInfo");
+    ::pthread_setcancelstate(PTHREAD_CANCEL_ENABLE, &stateAfterCall);
+    EXPECT_EQ(stateDuringCall, PTHREAD_CANCEL_DISABLE);
+    EXPECT_EQ(stateAfterCall, PTHREAD_CANCEL_ENABLE);
 }
 
 TEST_F(ProviderTest, WithoutTheClassTheCallEndsAtOnce) {
