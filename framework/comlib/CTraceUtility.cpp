@@ -11,6 +11,11 @@ namespace {
 
 constexpr int kMessageLevel = 0;
 
+// Whoever traces is in trouble already: a text that is missing must not be the end.
+const char* TextOf(const char* text) noexcept {
+    return text == nullptr ? "(null)" : text;
+}
+
 // Most lines fit; a report line of any length is formatted in memory of its own, and cut where there is none.
 constexpr std::size_t kUsualLength = 1024;
 
@@ -45,7 +50,7 @@ void CTraceUtility::WriteDebug(const char* category, int level, const char* form
     const qel::ErrnoKeeper keeper;
     va_list arguments;
     va_start(arguments, format);
-    FormatAndEmit(category, level, format, arguments);
+    FormatAndEmit(TextOf(category), level, TextOf(format), arguments);
     va_end(arguments);
 }
 
@@ -55,8 +60,9 @@ void CTraceUtility::WriteTrace(const char* category, const char* messageId, cons
     }
     const qel::ErrnoKeeper keeper;
     try {
-        qel::EmitTrace({category, kMessageLevel, std::string(messageId) + ' ' + text});
+        qel::EmitTrace(
+            {TextOf(category), kMessageLevel, std::string(TextOf(messageId)) + ' ' + TextOf(text)});
     } catch (const std::bad_alloc&) {
-        qel::EmitTrace({category, kMessageLevel, messageId});
+        qel::EmitTrace({TextOf(category), kMessageLevel, TextOf(messageId)});
     }
 }

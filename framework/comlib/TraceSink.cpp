@@ -122,10 +122,10 @@ void WriteWhole(std::string_view line) noexcept {
     while (!line.empty()) {
         const ssize_t written =
             ::write(g_descriptor.load(std::memory_order_relaxed), line.data(), line.size());
-        if (written < 0) {
-            if (errno == EINTR) {
-                continue;
-            }
+        if (written < 0 && errno == EINTR) {
+            continue;
+        }
+        if (written <= 0) {
             return;  // A trace that cannot be written has nobody to be reported to.
         }
         line.remove_prefix(static_cast<std::size_t>(written));

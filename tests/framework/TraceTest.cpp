@@ -374,4 +374,16 @@ TEST(TraceTest, AListenerHearsLinesAsTheyWereWritten) {
     EXPECT_EQ(file.Lines().size(), 2U);
 }
 
+TEST(TraceTest, AMissingTextIsWrittenAsSuch) {
+    const TraceFile file(15);
+    const char* const missing = nullptr;
+    RememberingListener listener;
+    CTraceUtility::WriteDebug(missing, 1, "text");
+    CTraceUtility::WriteTrace("msraid", missing, missing);
+    const std::vector<RememberingListener::Heard> expected = {{"(null)", 1, "text"},
+                                                              {"msraid", 0, "(null) (null)"}};
+    EXPECT_EQ(listener.Lines(), expected);
+    EXPECT_EQ(file.Lines().size(), 2U);
+}
+
 }  // namespace
