@@ -5,7 +5,10 @@ set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 
 add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast
                     -Wnon-virtual-dtor -Woverloaded-virtual -Wformat=2 -Wundef -Werror)
-add_compile_options(-fstack-protector-strong -fno-plt)
+add_compile_options(-fstack-protector-strong -fstack-clash-protection -fno-plt)
+if(CMAKE_SYSTEM_PROCESSOR STREQUAL "x86_64")
+  add_compile_options(-fcf-protection=full)
+endif()
 add_link_options(-Wl,--as-needed -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack)
 include_directories("${CMAKE_SOURCE_DIR}")
 
@@ -13,5 +16,5 @@ if(ZORBALT_SANITIZE)
   add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=address,undefined)
 elseif(CMAKE_BUILD_TYPE MATCHES "Rel")
-  add_compile_options(-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2)
+  add_compile_options(-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3 -D_GLIBCXX_ASSERTIONS)
 endif()

@@ -33,6 +33,15 @@ TEST_F(ModuleFileTest, NeedsTheFrameworksTwoLibrariesAndThoseOfTheLanguage) {
                                                         "libstdc++.so.6", "libgcc_s.so.1", "libc.so.6"));
 }
 
+TEST_F(ModuleFileTest, LeavesNothingExecutableOrWritableThatNeedNotBe) {
+    for (const char* const path : {TEST_MODULE_FILE, TEST_CONVERSION_LIBRARY_FILE}) {
+        const ElfFile file = ElfFile::Read(path);
+        EXPECT_FALSE(file.hasExecutableStack) << path;
+        EXPECT_TRUE(file.hasReadOnlyRelocated) << path;
+        EXPECT_TRUE(file.isBoundAtLoad) << path;
+    }
+}
+
 TEST_F(ModuleFileTest, GivesAProviderThatTheCallerDeletes) {
     void* const module = ::dlopen(TEST_MODULE_FILE, RTLD_NOW | RTLD_LOCAL);
     ASSERT_NE(module, nullptr) << ::dlerror();

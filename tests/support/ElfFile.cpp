@@ -38,6 +38,12 @@ ElfFile ElfFile::Read(const std::string& path) {
     }
 
     ElfFile file;
+    for (const Elf64_Phdr& segment : ReadRecords<Elf64_Phdr>(bytes, header.e_phoff, header.e_phnum)) {
+        if (segment.p_type == PT_GNU_STACK) {
+            file.hasExecutableStack = (segment.p_flags & PF_X) != 0;
+        }
+        file.hasReadOnlyRelocated |= segment.p_type == PT_GNU_RELRO;
+    }
     const std::vector<Elf64_Shdr> sections = ReadRecords<Elf64_Shdr>(bytes, header.e_shoff, header.e_shnum);
     for (const Elf64_Shdr& section : sections) {
         if (section.sh_type != SHT_DYNSYM && section.sh_type != SHT_DYNAMIC) {
@@ -50,6 +56,7 @@ ElfFile ElfFile::Read(const std::string& path) {
                 if (entry.d_tag == DT_NEEDED) {
                     file.neededLibraries.push_back(nameAt(entry.d_un.d_val));
                 }
+                file.isBoundAtLoad |= entry.d_tag == DT_FLAGS && (entry.d_un.d_val & DF_BIND_NOW) != 0;
             }
             continue;
         }
