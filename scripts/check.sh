@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # From a checkout to passing tests: installs what is missing, then formatting, the builds with their tests, and the
-# static analysis. With arguments, only the named steps: format, release, sanitize, clang, tidy.
+# static analyses. With arguments, only the named steps: format, cppcheck, clang, tidy, sanitize, release.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . scripts/packages.sh
@@ -13,6 +13,16 @@ sources() {
 
 check_format() {
     sources | xargs clang-format-14 --dry-run -Werror
+}
+
+# What is delivered; it takes the macros of the tests for broken syntax. What is suppressed has its reason there.
+check_cppcheck() {
+    cppcheck --quiet --error-exitcode=1 -j "$(nproc)" --std=c++20 --language=c++ --library=posix \
+        --enable=warning,performance,portability,style --inline-suppr \
+        --suppressions-list=.cppcheck-suppressions \
+        --template='{file}:{line}: {severity}: {message} [{id}]' \
+        -I . -I framework/include -I framework -I convlib \
+        framework itemconv report readers provider convlib host vdksim
 }
 
 # build_and_test PRESET
@@ -38,18 +48,19 @@ run_step() {
     local start=$SECONDS
     case "$1" in
         format) check_format ;;
+        cppcheck) check_cppcheck ;;
         release | sanitize) build_and_test "$1" ;;
         clang) check_clang ;;
         tidy) check_tidy ;;
         *)
-            echo "There is no step named $1; the steps are format, release, sanitize, clang and tidy." >&2
+            echo "There is no step named $1; the steps are format, cppcheck, clang, tidy, sanitize and release." >&2
             exit 2
             ;;
     esac
     echo "== $1 took $((SECONDS - start)) s"
 }
 
-[ $# -gt 0 ] || set -- format clang tidy sanitize release
+[ $# -gt 0 ] || set -- format cppcheck clang tidy sanitize release
 for step in "$@"; do
     run_step "$step"
 done
