@@ -23,7 +23,9 @@ std::string FindOwnRoot() {
 const std::string g_ownRoot = FindOwnRoot();
 
 std::string FindRoot() {
-    const char* const chosen = std::getenv("ZORBALT_INSTALL_DIR");
+    // Libraries are loaded from there: a program with more rights than its caller does not let the caller
+    // choose.
+    const char* const chosen = ::secure_getenv("ZORBALT_INSTALL_DIR");
     return chosen != nullptr ? chosen : g_ownRoot;
 }
 

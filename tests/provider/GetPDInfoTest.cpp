@@ -1,5 +1,7 @@
 #include "tests/provider/CallBench.h"
 
+#include <filesystem>
+
 namespace {
 
 using ::testing::Contains;
@@ -32,6 +34,21 @@ TEST_F(GetPDInfoTest, TheToolIsRunForTheGroupsAndForTheDriveAlone) {
     EXPECT_THAT(ToolBench::Runs(), ElementsAre("-ldpdinfo -a1", "-pdinfo -pd[252:3] -a1"));
     EXPECT_THAT(FakeLibrary::LastConversion(), ElementsAre("|Physical Drive Information||TRUE"));
     EXPECT_EQ(std::get<std::string>(m_Sink.m_XmlData), "<fake items=\"1\"/>");
+}
+
+TEST_F(GetPDInfoTest, NothingButTheNumberOfAParameterReachesTheShell) {
+    m_Tool.Answer("ldpdinfo_a0.txt", "");
+    m_Tool.Answer("pdinfo_pd252.3_a1.txt", "");
+    m_Tool.Answer("pdinfo_pd0.0_a0.txt", "");
+    const std::string witness = (m_Root.Path() / "witness").string();
+    const std::string command = "touch " + witness;
+    Call("GetPDInfo",
+         {{"CtrlNo", "1;" + command}, {"EnclNo", "252`" + command + "`"}, {"PDNo", "3|" + command}});
+    Call("GetPDInfo",
+         {{"CtrlNo", "$(" + command + ")"}, {"EnclNo", "]; " + command}, {"PDNo", "\n" + command}});
+    EXPECT_THAT(ToolBench::Runs(), ElementsAre("-ldpdinfo -a1", "-pdinfo -pd[252:3] -a1", "-ldpdinfo -a0",
+                                               "-pdinfo -pd[0:0] -a0"));
+    EXPECT_FALSE(std::filesystem::exists(witness));
 }
 
 TEST_F(GetPDInfoTest, WithoutTheToolNoParameterIsRead) {
