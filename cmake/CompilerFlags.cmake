@@ -12,6 +12,12 @@ endif()
 add_link_options(-Wl,--as-needed -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack)
 include_directories("${CMAKE_SOURCE_DIR}")
 
+# With its extensions the compiler saves a child's counts before exec.
+if(ZORBALT_COVERAGE)
+  set(CMAKE_CXX_EXTENSIONS ON)
+  add_compile_options(--coverage)
+  add_link_options(--coverage)
+endif()
 if(ZORBALT_SANITIZE)
   add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=address,undefined)

@@ -6,12 +6,14 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <new>
 
 namespace {
 
 using ::testing::ElementsAre;
 
 std::vector<std::string> g_events;
+bool g_hasMemory = true;
 
 void Note(std::string event) {
     g_events.push_back(std::move(event));
@@ -148,6 +150,13 @@ TEST_F(CallOrderTest, WithoutTheClassTheNameIsFreedBeforeTheStatusIsSet) {
                     "SysFreeString ZORBALT_MngSrvRaid", "SetStatus"));
 }
 
+TEST_F(CallOrderTest, WithoutMemoryForTheNameNothingIsAskedForAndNobodyIsTold) {
+    g_hasMemory = false;
+    EXPECT_THROW(EventsOf("GetInfo", &m_Class), std::bad_alloc);
+    g_hasMemory = true;
+    EXPECT_EQ(g_events.back(), "SysAllocString ZORBALT_MngSrvRaid");
+}
+
 TEST_F(CallOrderTest, OfConstruction) {
     const NotingListener listener;
     g_events.clear();
@@ -172,7 +181,7 @@ void ShowMessage(const char* text, const char* caption) {
 
 BSTR SysAllocString(const char* text) {
     Note(std::string("SysAllocString ") + text);
-    return ::strdup(text);
+    return g_hasMemory ? ::strdup(text) : nullptr;
 }
 
 void SysFreeString(BSTR text) {

@@ -1,5 +1,6 @@
 #include "tests/provider/CallBench.h"
 
+#include "qel/CStringUtil.h"
 #include "qel/QelException.h"
 #include "qel/portable/CVersionLog.h"
 
@@ -36,6 +37,7 @@ class FakeManager : public IWbemObjectManager {
 
 std::function<void()> g_onVersionLog = [] {};
 std::vector<CVersionLog::Entry> g_versionLog;
+bool g_hasMemoryForTexts = true;
 
 class ProviderTest : public testsupport::CallTest {
   protected:
@@ -208,6 +210,17 @@ TEST_F(ProviderTest, ASinkThatKeepsThrowingStillGetsItsStatus) {
     EXPECT_THAT(Trace(), Contains("8 CZORBALT_MngSrvRaid::ExecMethodAsync() unknown exception"));
 }
 
+TEST_F(ProviderTest, AnExceptionsWordsAreTracedAsTheyAreWhenMemoryEnds) {
+    m_Sink.m_OnIndicate = [] {
+        g_hasMemoryForTexts = false;
+        throw std::runtime_error("no sink");
+    };
+    m_Tool.Uninstall();
+    EXPECT_EQ(Call("GetInfo"), 0x80041001U);
+    g_hasMemoryForTexts = true;
+    EXPECT_THAT(Trace(), Contains("8 CZORBALT_MngSrvRaid::ExecMethodAsync() [exception:no sink]"));
+}
+
 TEST_F(ProviderTest, ACallAfterAnExceptionWorks) {
     m_Tool.Answer("v.txt", "Product Version :\n");
     EXPECT_EQ(Call("GetInfo"), 0x80041001U);
@@ -263,10 +276,14 @@ TEST_F(UnluckyProviderTest, WithoutAWrapperTheMethodsFailAsWithoutTheLibrary) {
 
 }  // namespace
 
-// In the framework's place, so that it can fail.
+// In the framework's place, so that they can fail.
 void CVersionLog::Add(Entry entry) {
     g_onVersionLog();
     if (g_versionLog.empty()) {
         g_versionLog.push_back(std::move(entry));
     }
+}
+
+std::string CStringUtil::StringToTstring(const char* text) {
+    return g_hasMemoryForTexts ? text : throw std::bad_alloc();
 }

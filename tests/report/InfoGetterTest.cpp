@@ -60,6 +60,9 @@ class PlainReader final : public CMSRAID_InfoGetter {
         return CMSRAID_InfoGetter::CreateRAIDItem(file, "line");
     }
 
+    void BaseAddRootItem() { CMSRAID_InfoGetter::AddRootItem(); }
+    void BaseFreeItemList() { CMSRAID_InfoGetter::FreeItemList(); }
+
     std::vector<std::string> m_Lines;
     int m_FreeCalls = 0;
 };
@@ -98,6 +101,18 @@ TEST_F(InfoGetterTest, StartsWithNothing) {
 
 TEST_F(InfoGetterTest, TheBasesOwnLineHookIsAFailure) {
     EXPECT_EQ(m_Reader.BaseCreateRAIDItem(m_NoFile), 0x80000001U);
+}
+
+TEST_F(InfoGetterTest, TheBasesOtherHooksLeaveItemsAlone) {
+    m_Reader.m_pMngLib = m_Library.Wrapper();
+    m_Reader.BaseAddRootItem();
+    EXPECT_THAT(m_Reader.m_ItemList, IsEmpty());
+    EXPECT_TRUE(m_Reader.m_CurrentRoot.IsNull());
+    m_Items = msraid::MakeItem(m_Library.Wrapper(), "", "kept", "", msraid::Validity::FromReport);
+    m_Reader.m_ItemList = m_Items;
+    m_Reader.BaseFreeItemList();
+    EXPECT_THAT(m_Reader.m_ItemList, ::testing::SizeIs(1));
+    EXPECT_EQ(m_Library.ItemsAlive(), 1U);
 }
 
 TEST_F(InfoGetterTest, ResultFilesAreNamedByThreadAndCounterInTheirDirectory) {

@@ -314,6 +314,24 @@ TEST_F(VdkTest, WithStandardStreamsClosedTheReportStillArrives) {
     EXPECT_EQ(Result(), "Product Version : 4.1\nmore\n");
 }
 
+TEST_F(VdkTest, WithoutRoomForAProcessARunFailsWithoutATraceOfItsOwn) {
+    const pid_t child = ::fork();
+    if (child == 0) {
+        const rlimit none{0, 0};
+        ::setrlimit(RLIMIT_NPROC, &none);
+        if (::getuid() == 0 && ::setuid(65534) != 0) {  // The limit is not for root.
+            ::_exit(2);
+        }
+        const bool hasSucceeded = CMSRAID_VDK::ExecCli("vdkcli -v", ResultFile());
+        const std::vector<std::string> expected = {"Failed to execute vdkcli command.(vdkcli -v)"};
+        ::_exit(!hasSucceeded && PausesTaken() == 2 && Failures() == expected ? 0 : 1);
+    }
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+    EXPECT_THAT(ToolBench::Runs(), IsEmpty());
+}
+
 TEST_F(VdkTest, AFailingChildDoesNotFlushWhatTheHostHadBuffered) {
     const std::string captured = m_Root.Path() / "captured";
     const pid_t child = ::fork();
