@@ -257,6 +257,7 @@ Seen Rejection(const ToolCommand& command) {
 MisbehaviourTest::MisbehaviourTest() : m_Module(host::Module::Load(TEST_MODULE_FILE)) {
     ::prctl(PR_SET_CHILD_SUBREAPER, 1);  // What a run leaves behind becomes this process's, which ends it.
     m_Root.UseLibrary(TEST_CONVERSION_LIBRARY);
+    ResetPauses();
     AnswerWell();
 }
 
@@ -266,6 +267,7 @@ MisbehaviourTest::~MisbehaviourTest() {
 
 void MisbehaviourTest::TearDown() {
     EndProcesses();
+    ResetPauses();
     m_Tool.StartOver();
     AnswerWell();
     const std::vector<std::string> files = WithoutNumbers(m_Root.ResultFiles());

@@ -34,6 +34,9 @@ class ToolBench final {
     /// The simulator is the tool again, and answers nothing.
     void StartOver();
 
+    /// Processes of other users may run the tool, too.
+    static void LetEverybodyIn();
+
     /// Arguments of every run so far, such as "-ctrlinfo -a0".
     [[nodiscard]] static std::vector<std::string> Runs();
 
