@@ -92,9 +92,9 @@ INSTANTIATE_TEST_SUITE_P(Statuses, ExitTest, ::testing::Values(1, 2, 3, 126, 127
                          ::testing::PrintToStringParamName());
 
 TEST_P(ExitTest, EveryStatusButZeroIsAFailureWhateverWasPrinted) {
-    const ToolCommand& command = CommandNamed("Controller");
+    const ToolCommand& command = CommandNamed("OneDrive");
     Instruct(command, "exit " + std::to_string(GetParam()));
-    Expect(Call(), Failure(command));
+    Expect(Call(command), Failure(command));
 }
 
 TEST_F(EndTest, StatusZeroIsASuccess) {
@@ -124,17 +124,17 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& signal) { return signal.param.name; });
 
 TEST_P(SignalTest, TheShellMakesAnExitStatusOfIt) {
-    const ToolCommand& command = CommandNamed("LogicalDrives");
+    const ToolCommand& command = CommandNamed("OneDrive");
     Instruct(command, std::string("signal ") + GetParam().name);
-    Expect(Call(), Failure(command));
+    Expect(Call(command), Failure(command));
 }
 
 TEST_P(SignalTest, IsTracedRawWhenTheShellDiesOfIt) {
-    const ToolCommand& command = CommandNamed("LogicalDrives");
+    const ToolCommand& command = CommandNamed("OneDrive");
     Instruct(command, std::string("signal ") + GetParam().name + " shell");
     char status[9];
     std::snprintf(status, sizeof status, "%08x", GetParam().number);
-    Expect(Call(), FailureByStatus(command, status));
+    Expect(Call(command), FailureByStatus(command, status));
 }
 
 TEST_F(EndTest, PrintingWithoutEndUntilSomebodyKillsItIsAFailure) {

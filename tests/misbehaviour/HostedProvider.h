@@ -95,6 +95,9 @@ class MisbehaviourTest : public ::testing::Test {
     ToolBench m_Tool;
     TraceRecorder m_Trace{2};  // A report of a million lines has more than a million lines of operations.
     host::Module m_Module;
+
+  private:
+    std::string m_LastMethod = "GetInfo";
 };
 
 }  // namespace testsupport
