@@ -3,13 +3,14 @@
 
 #include <pthread.h>
 #include <sys/resource.h>
-#include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <csignal>
+#include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <functional>
+#include <ostream>
 
 namespace {
 
@@ -36,7 +37,7 @@ class EndTest : public testsupport::MisbehaviourTest {
   protected:
     // A signal that this process has been started to ignore would be ignored by the tool as well.
     EndTest() {
-        for (int signal = 1; signal < SIGSYS; ++signal) {
+        for (int signal = 1; signal <= SIGSYS; ++signal) {
             if (signal != SIGKILL && signal != SIGSTOP) {
                 std::signal(signal, SIG_DFL);
             }
@@ -189,13 +190,13 @@ TEST_F(EndTest, AShellThatWasStoppedAndContinuedBeforeTheWaitIsAFailedRun) {
         kill -CONT $PPID
         : > )sh" + mark +
                      "\n kill -STOP $$\n");
-    static const int isRegistered = ::pthread_atfork(nullptr, BehindFork, nullptr);
-    ASSERT_EQ(isRegistered, 0);
+    static const int registration = ::pthread_atfork(nullptr, BehindFork, nullptr);
+    ASSERT_EQ(registration, 0);
     std::size_t forks = 0;
     g_behindFork = [&] {
         constexpr std::size_t kController = 3;
         if (++forks >= kController) {
-            while (!std::filesystem::remove(mark)) {
+            for (int patience = 10'000; patience > 0 && !std::filesystem::remove(mark); --patience) {
                 ::usleep(1000);
             }
         }
@@ -219,7 +220,7 @@ TEST_F(EndTest, AWriterThatGoesOnPrintingIsNotWaitedFor) {
 }
 
 TEST_F(EndTest, AGrandchildThatHasLetGoOfTheResultFileIsNotWaitedFor) {
-    m_Tool.UseScript("simulate \"$@\"; status=$?; sleep 3600 >/dev/null 2>&1 & exit $status");
+    m_Tool.UseScript(R"(simulate "$@"; status=$?; sleep 3600 >/dev/null 2>&1 & exit $status)");
     Expect(Call(), Success());
     EXPECT_EQ(EndProcesses(), Success().runs.size());
 }

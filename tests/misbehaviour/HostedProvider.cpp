@@ -327,7 +327,7 @@ std::size_t MisbehaviourTest::EndProcesses() {
             ::kill(child, SIGKILL);
             int status = 0;
             EXPECT_EQ(::waitpid(child, &status, 0), child);
-            running += WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL ? 1 : 0;
+            running += WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL ? 1U : 0U;
         }
     }
     return running;

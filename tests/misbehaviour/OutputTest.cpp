@@ -4,7 +4,6 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <functional>
 #include <ostream>
 
@@ -256,7 +255,7 @@ TEST_F(OutputTest, TheToolReadsTheStandardInputOfTheHost) {
     const int file = ::open(input.c_str(), O_RDONLY | O_CLOEXEC);
     ASSERT_EQ(::dup2(file, STDIN_FILENO), STDIN_FILENO);
     Print(CommandNamed("Controller"), General(""));
-    m_Tool.UseScript("simulate \"$@\"; [ \"$arguments\" != '-ctrlinfo -a0' ] || cat");
+    m_Tool.UseScript(R"(simulate "$@"; [ "$arguments" != '-ctrlinfo -a0' ] || cat)");
     Expect(Call(), Controller({"A", "1"})(CommandNamed("Controller")));
     ::dup2(old, STDIN_FILENO);
     ::close(old);

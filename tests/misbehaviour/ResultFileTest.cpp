@@ -4,7 +4,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <filesystem>
 #include <functional>
 #include <ostream>
@@ -89,12 +88,12 @@ class ResultFileTest : public testsupport::MisbehaviourTest {
 class OneFileTest : public ResultFileTest, public ::testing::WithParamInterface<ToolCommand> {};
 
 TEST_P(OneFileTest, CannotBeOpenedWhenItIsDeleted) {
-    AtEndOf(GetParam(), "rm \"$file\"");
+    AtEndOf(GetParam(), R"(rm "$file")");
     Expect(Call(GetParam()), Gone(GetParam()));
 }
 
 TEST_P(OneFileTest, IsNotOpenedWhenItIsReplacedByAPipe) {
-    AtEndOf(GetParam(), "rm \"$file\"; mkfifo \"$file\"");
+    AtEndOf(GetParam(), R"(rm "$file"; mkfifo "$file")");
     Expect(Call(GetParam()), Unreadable(GetParam()));
 }
 
@@ -164,36 +163,36 @@ TEST_P(DeedTest, ComesTo) {
 
 INSTANTIATE_TEST_SUITE_P(
     ResultFile, DeedTest,
-    ::testing::Values(Deed{"Emptied", ": > \"$file\"", WithoutController},
-                      Deed{"EmptiedAndWrittenOn", ": > \"$file\"; echo 'A : 1'", WithLostRoot},
-                      Deed{"Overwritten", "echo 'A : 1' > \"$file\"; rm \"$file\"; cp /dev/null \"$file\"",
+    ::testing::Values(Deed{"Emptied", R"(: > "$file")", WithoutController},
+                      Deed{"EmptiedAndWrittenOn", R"(: > "$file"; echo 'A : 1')", WithLostRoot},
+                      Deed{"Overwritten", R"(echo 'A : 1' > "$file"; rm "$file"; cp /dev/null "$file")",
                            WithoutController},
-                      Deed{"Deleted", "rm \"$file\"", Gone},
-                      Deed{"Renamed", "mv \"$file\" \"$file.old\"",
+                      Deed{"Deleted", R"(rm "$file")", Gone},
+                      Deed{"Renamed", R"(mv "$file" "$file.old")",
                            [](const ToolCommand& command) {
                                return LeftBehind(Gone(command), "NUMBER_MngSrvRaid.txt.old");
                            }},
-                      Deed{"HardLinked", "ln \"$file\" \"$other\"", Well,
+                      Deed{"HardLinked", R"(ln "$file" "$other")", Well,
                            "RAID Controller : 0\n### General Information ###\nProduct Name : Gate SR-4i\n"},
-                      Deed{"LinkedElsewhere", "mv \"$file\" \"$other\"; ln -s \"$other\" \"$file\"", Well,
+                      Deed{"LinkedElsewhere", R"(mv "$file" "$other"; ln -s "$other" "$file")", Well,
                            "RAID Controller : 0\n### General Information ###\nProduct Name : Gate SR-4i\n"},
-                      Deed{"LinkedToNothing", "ln -sf /nowhere \"$file\"", Unreadable},
-                      Deed{"LinkedToItself", "rm \"$file\"; ln -s \"$file\" \"$file\"", Unreadable},
-                      Deed{"LinkedToADirectory", "rm \"$file\"; ln -s / \"$file\"", WithoutController},
-                      Deed{"ReplacedByADirectory", "rm \"$file\"; mkdir \"$file\"", Directory},
-                      Deed{"DeletedWithItsDirectory", "rm -r \"${file%/*}\"", Gone},
-                      Deed{"ReplacedByAPipeBeforeAFailure", "rm \"$file\"; mkfifo \"$file\"; exit 1",
+                      Deed{"LinkedToNothing", R"(ln -sf /nowhere "$file")", Unreadable},
+                      Deed{"LinkedToItself", R"(rm "$file"; ln -s "$file" "$file")", Unreadable},
+                      Deed{"LinkedToADirectory", R"(rm "$file"; ln -s / "$file")", WithoutController},
+                      Deed{"ReplacedByADirectory", R"(rm "$file"; mkdir "$file")", Directory},
+                      Deed{"DeletedWithItsDirectory", R"(rm -r "${file%/*}")", Gone},
+                      Deed{"ReplacedByAPipeBeforeAFailure", R"(rm "$file"; mkfifo "$file"; exit 1)",
                            [](const ToolCommand& command) {
                                Seen seen = Failure(command);
                                seen.runs = Rejection(command).runs;
                                return seen;
                            }},
-                      Deed{"EmptiedBeforeEachFailure", ": > \"$file\"; exit 1", Failure},
-                      Deed{"DeletedBeforeEachFailure", "rm \"$file\"; exit 1", FailedAndUndeleted},
+                      Deed{"EmptiedBeforeEachFailure", R"(: > "$file"; exit 1)", Failure},
+                      Deed{"DeletedBeforeEachFailure", R"(rm "$file"; exit 1)", FailedAndUndeleted},
                       Deed{"DeletedAfterRejection",
-                           "echo 'Error - Invalid input at or near token' > \"$file\"; rm \"$file\"; exit 1",
+                           R"(echo 'Error - Invalid input at or near token' > "$file"; rm "$file"; exit 1)",
                            FailedAndUndeleted},
-                      Deed{"ReplacedByADirectoryBeforeAFailure", "rm \"$file\"; mkdir \"$file\"; exit 1",
+                      Deed{"ReplacedByADirectoryBeforeAFailure", R"(rm "$file"; mkdir "$file"; exit 1)",
                            FailedByDirectory}),
     [](const auto& deed) { return deed.param.name; });
 
@@ -206,18 +205,18 @@ bool ReadsEverything() {
 }
 
 TEST_F(ResultFileTest, MadeUnreadableCannotBeOpenedByAnOrdinaryUser) {
-    AtEndOf(CommandNamed("Controller"), "chmod 000 \"$file\"");
+    AtEndOf(CommandNamed("Controller"), R"(chmod 000 "$file")");
     AsOrdinaryUser([this] { Expect(Call(), Unreadable(CommandNamed("Controller"))); });
 }
 
 TEST_F(ResultFileTest, InADirectoryMadeUnwritableStaysBehindAnOrdinaryUser) {
-    AtEndOf(CommandNamed("OneDrive"), "chmod 555 \"${file%/*}\"");
+    AtEndOf(CommandNamed("OneDrive"), R"(chmod 555 "${file%/*}")");
     AsOrdinaryUser(
         [this] { Expect(Call("GetPDInfo"), LeftBehind(Undeleted(Success("GetPDInfo"), 0), kResultFile)); });
 }
 
 TEST_F(ResultFileTest, MadeUnreadableIsReadAllTheSameByRootOnly) {
-    AtEndOf(CommandNamed("Controller"), "chmod 000 \"$file\"");
+    AtEndOf(CommandNamed("Controller"), R"(chmod 000 "$file")");
     Expect(Call(), ReadsEverything() ? Success() : Unreadable(CommandNamed("Controller")));
 }
 

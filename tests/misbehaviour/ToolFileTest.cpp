@@ -1,7 +1,6 @@
 // What may become of the tool's own file while a call is under way.
 #include "tests/misbehaviour/HostedProvider.h"
 
-#include <filesystem>
 #include <functional>
 #include <ostream>
 
@@ -67,23 +66,23 @@ TEST_P(ChangeTest, BehindTheCountOfControllers) {
 
 INSTANTIATE_TEST_SUITE_P(
     ToolFile, ChangeTest,
-    ::testing::Values(
-        Change{"ReplacedByANewVersion",
-               "{ cat \"$0\"; echo true; } > \"$0.new\"; chmod +x \"$0.new\"; mv \"$0.new\" \"$0\"", Well},
-        Change{"Removed", "rm \"$0\"", NotInstalled},
-        Change{"ReplacedByADirectory", "rm \"$0\"; mkdir \"$0\"", NotInstalled},
-        Change{"ReplacedByALinkToNothing", "ln -sf /nowhere \"$0\"", NotInstalled},
-        Change{"ReplacedByALinkToItself", "rm \"$0\"; ln -s \"$0\" \"$0\"", NotInstalled},
-        Change{"ReplacedByALinkToItsNewPlace", "mv \"$0\" \"$0-2\"; ln -s \"$0-2\" \"$0\"", Well},
-        Change{"MadeNotExecutable", "chmod -x \"$0\"", NotRun},
-        Change{"ReplacedByATextForNoInterpreter",
-               "echo '#!/nowhere' > \"$0.new\"; chmod +x \"$0.new\"; mv \"$0.new\" \"$0\"", NotRun},
-        Change{"ReplacedByAPipe", "rm \"$0\"; mkfifo -m 777 \"$0\"", NotRun},
-        Change{"Emptied", ": > \"$0.new\"; chmod +x \"$0.new\"; mv \"$0.new\" \"$0\"", Silent}),
+    ::testing::Values(Change{"ReplacedByANewVersion",
+                             R"({ cat "$0"; echo true; } > "$0.new"; chmod +x "$0.new"; mv "$0.new" "$0")",
+                             Well},
+                      Change{"Removed", R"(rm "$0")", NotInstalled},
+                      Change{"ReplacedByADirectory", R"(rm "$0"; mkdir "$0")", NotInstalled},
+                      Change{"ReplacedByALinkToNothing", R"(ln -sf /nowhere "$0")", NotInstalled},
+                      Change{"ReplacedByALinkToItself", R"(rm "$0"; ln -s "$0" "$0")", NotInstalled},
+                      Change{"ReplacedByALinkToItsNewPlace", R"(mv "$0" "$0-2"; ln -s "$0-2" "$0")", Well},
+                      Change{"MadeNotExecutable", R"(chmod -x "$0")", NotRun},
+                      Change{"ReplacedByATextForNoInterpreter",
+                             R"(echo '#!/nowhere' > "$0.new"; chmod +x "$0.new"; mv "$0.new" "$0")", NotRun},
+                      Change{"ReplacedByAPipe", R"(rm "$0"; mkfifo -m 777 "$0")", NotRun},
+                      Change{"Emptied", R"(: > "$0.new"; chmod +x "$0.new"; mv "$0.new" "$0")", Silent}),
     [](const auto& change) { return change.param.name; });
 
 TEST_F(ToolFileTest, RemovedByAFailingRunIsNotMissedUntilTheNextCommand) {
-    m_Tool.UseScript("simulate \"$@\"; [ \"$arguments\" != '-ctrlinfo -a0' ] || { rm \"$0\"; exit 1; }");
+    m_Tool.UseScript(R"(simulate "$@"; [ "$arguments" != '-ctrlinfo -a0' ] || { rm "$0"; exit 1; })");
     Seen expected = Failure(CommandNamed("Controller"));
     expected.runs = Rejection(CommandNamed("Controller")).runs;
     Expect(Call(), expected);
@@ -91,8 +90,8 @@ TEST_F(ToolFileTest, RemovedByAFailingRunIsNotMissedUntilTheNextCommand) {
 
 TEST_F(ToolFileTest, RemovedByAFailingRunAndPutBackDuringThePauseIsOnlyATry) {
     m_Tool.UseScript(
-        "simulate \"$@\"; [ \"$arguments\" != '-ctrlinfo -a0' ] || { mv \"$0\" \"$0.away\"; exit 1; }");
-    testsupport::OnPause([this] { m_Tool.UseScript("simulate \"$@\""); });
+        R"(simulate "$@"; [ "$arguments" != '-ctrlinfo -a0' ] || { mv "$0" "$0.away"; exit 1; })");
+    testsupport::OnPause([this] { m_Tool.UseScript(R"(simulate "$@")"); });
     Expect(Call(), SuccessAtRun(CommandNamed("Controller"), 2));
 }
 
