@@ -213,6 +213,7 @@ TEST_F(ResultFileTest, InADirectoryMadeUnwritableStaysBehindAnOrdinaryUser) {
     AtEndOf(CommandNamed("OneDrive"), R"(chmod 555 "${file%/*}")");
     AsOrdinaryUser(
         [this] { Expect(Call("GetPDInfo"), LeftBehind(Undeleted(Success("GetPDInfo"), 0), kResultFile)); });
+    fs::permissions(m_Root.Path() / "tmp" / "MSRAID", fs::perms::all);
 }
 
 TEST_F(ResultFileTest, MadeUnreadableIsReadAllTheSameByRootOnly) {

@@ -68,7 +68,8 @@ void ToolBench::UseScript(const std::string& script) {
         "#!/bin/sh\n"
         "simulate() {\n"
         "    VDKSIM_SCENARIO=/opt/zorbalt/vdk/scenario VDKSIM_STATE=/opt/zorbalt/vdk/state \\\n"
-        "        " TEST_SUPPORT_SIMULATOR " \"$@\"\n"
+        "        " TEST_SUPPORT_SIMULATOR
+        " \"$@\"\n"
         "}\n"
         "file=$(readlink /proc/$$/fd/1)\n"
         "arguments=$*\n";

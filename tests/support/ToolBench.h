@@ -27,8 +27,8 @@ class ToolBench final {
     /// The tool's file is not there until the test ends.
     void Uninstall();
 
-    /// A shell script is the tool until the test ends or starts over. In it, `simulate "$@"` runs the simulator
-    /// as usual, `$file` is the result file and `$arguments` is what `Runs` shows.
+    /// A shell script is the tool until the test ends or starts over. In it, `simulate "$@"` runs the
+    /// simulator as usual, `$file` is the result file and `$arguments` is what `Runs` shows.
     void UseScript(const std::string& script);
 
     /// The simulator is the tool again, and answers nothing.
