@@ -97,7 +97,7 @@ ResultCode CMSRAID_InfoGetter::ReadReport(const std::string& argument, const Rep
         m_Reason.insert(0, kReasonToolFailed);
         result = kToolOrXmlFailed;
     } else {
-        std::ifstream file(resultFile.Path());
+        std::ifstream file = OpenReport(resultFile.Path());
         if (file.good()) {
             result = read(file, resultFile.Path());
         }

@@ -37,7 +37,7 @@ constexpr const char* kVersionCommand = "vdkcli -v";
 constexpr const char* kVersionKey = "Product Version";
 
 bool IsRejectedByTool(const std::string& resultFilePath) {
-    std::ifstream file(resultFilePath);
+    std::ifstream file = OpenReport(resultFilePath);
     std::array<char, kInvalidInput.size()> start{};
     file.read(start.data(), start.size());
     return std::string_view(start.data(), static_cast<std::size_t>(file.gcount())) == kInvalidInput;
@@ -126,7 +126,7 @@ bool CMSRAID_VDK::ExecCli(std::string command, std::string resultFilePath) {
 }
 
 bool CMSRAID_VDK::ExecForeignModule(const std::string& commandLine, const std::string& resultFilePath) {
-    if (commandLine.empty() || resultFilePath.empty()) {
+    if (commandLine.empty() || resultFilePath.empty() || IsPipe(resultFilePath)) {
         return true;
     }
     ChildEnvironment environment(kToolLibraryDirectory);
@@ -154,7 +154,7 @@ std::string CMSRAID_VDK::GetVDKVersion(std::string resultFilePath) {
     ResultFile resultFile(std::move(resultFilePath));
     std::string version;
     if (ExecCli(kVersionCommand, resultFile.Path())) {
-        std::ifstream file(resultFile.Path());
+        std::ifstream file = OpenReport(resultFile.Path());
         try {
             version = ReadVersion(file);
         } catch (const std::out_of_range&) {

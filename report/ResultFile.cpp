@@ -4,6 +4,8 @@
 
 #include "qel/QelWindows.h"
 
+#include <sys/stat.h>
+
 #include <utility>
 
 ResultFile::ResultFile(std::string path) : m_Path(std::move(path)) {}
@@ -20,4 +22,19 @@ void ResultFile::Delete() {
         CTraceUtility::WriteDebug(msraid::kCategory, msraid::kFailure, "Failed to delete file(%s).",
                                   m_Path.c_str());
     }
+}
+
+bool IsPipe(const std::string& path) noexcept {
+    struct stat status {};
+    return ::stat(path.c_str(), &status) == 0 && S_ISFIFO(status.st_mode);
+}
+
+std::ifstream OpenReport(const std::string& path) {
+    std::ifstream file;
+    if (IsPipe(path)) {
+        file.setstate(std::ios::failbit);
+    } else {
+        file.open(path);
+    }
+    return file;
 }

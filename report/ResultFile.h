@@ -1,5 +1,6 @@
 #pragma once
 
+#include <fstream>
 #include <string>
 
 /// The file that one tool run writes its output to. Removed when its reader is through with it, or without a
@@ -23,3 +24,10 @@ class ResultFile final {
     std::string m_Path;
     bool m_IsOurs = true;
 };
+
+/// Whether a pipe stands in the place of a result file: opening it would wait for ever for its other end.
+[[nodiscard]] bool IsPipe(const std::string& path) noexcept;
+
+/// Opens what a run has left in its result file, for reading. The stream fails where there is nothing to
+/// open, or only a pipe.
+[[nodiscard]] std::ifstream OpenReport(const std::string& path);

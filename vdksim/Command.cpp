@@ -1,6 +1,7 @@
 #include "vdksim/Command.h"
 
 #include <algorithm>
+#include <limits>
 
 #include "vdksim/Words.h"
 
@@ -137,7 +138,8 @@ bool VersionTakesNoSmart(std::string_view version) {
     }
     std::string_view major = version.substr(0, dot);
     major = major.substr(0, std::min(major.find_first_not_of("0123456789"), major.size()));
-    return WholeNumber<std::uint32_t>(major).value_or(0) >= 4;
+    const std::uint32_t tooBigToRead = major.empty() ? 0 : std::numeric_limits<std::uint32_t>::max();
+    return WholeNumber<std::uint32_t>(major).value_or(tooBigToRead) >= 4;
 }
 
 }  // namespace vdksim

@@ -84,6 +84,8 @@ struct Rule {
 constexpr Rule kRules[] = {
     {"exit", 1, 1,
      [](const Words& words, Instructions& to) { return ReadStatus(words[1], to.exitStatus.emplace()); }},
+    {"pass-first", 1, 1,
+     [](const Words& words, Instructions& to) { return ReadCount(words[1], to.passFirst); }},
     {"fail-first", 1, 2,
      [](const Words& words, Instructions& to) {
          to.failStatus = 1;
@@ -95,7 +97,11 @@ constexpr Rule kRules[] = {
          to.marker = words.size() > 1 ? words[1] : std::string_view{};
          return true;
      }},
-    {"signal", 1, 1, [](const Words& words, Instructions& to) { return ReadSignal(words[1], to.signal); }},
+    {"signal", 1, 2,
+     [](const Words& words, Instructions& to) {
+         to.takesShellAlong = words.size() > 2;
+         return ReadSignal(words[1], to.signal) && (!to.takesShellAlong || words[2] == "shell");
+     }},
     {"stop", 0, 0, [](const Words&, Instructions& to) { return to.stop = true; }},
     {"sleep", 1, 1, [](const Words& words, Instructions& to) { return ReadSeconds(words[1], to.delay); }},
     {"endless", 0, 0, [](const Words&, Instructions& to) { return to.endless = true; }},
@@ -108,6 +114,8 @@ constexpr Rule kRules[] = {
     {"close-stdout", 0, 0, [](const Words&, Instructions& to) { return to.closeOutput = true; }},
     {"spawn-holder", 1, 1,
      [](const Words& words, Instructions& to) { return ReadSeconds(words[1], to.holdOutput); }},
+    {"spawn-writer", 1, 1,
+     [](const Words& words, Instructions& to) { return ReadSeconds(words[1], to.keepWriting); }},
 };
 
 // What is wrong with the line, or "" when it was taken.

@@ -15,18 +15,21 @@ namespace vdksim {
 struct Instructions {
     using Seconds = std::chrono::duration<double>;
 
+    std::uint64_t passFirst = 0;
     std::uint64_t failFirst = 0;
     int failStatus = 1;
     std::optional<int> exitStatus;
     std::optional<std::string>
         marker;  // the token behind the invalid-input marker; empty: the command's last word
     int signal = 0;
+    bool takesShellAlong = false;
     bool stop = false;
     bool endless = false;
     bool toStandardError = false;
     bool closeOutput = false;
     Seconds delay{0};
     Seconds holdOutput{0};
+    Seconds keepWriting{0};
     std::uint64_t repeat = 1;
     std::optional<std::uint64_t> bytes;
     std::optional<std::uint64_t> truncate;

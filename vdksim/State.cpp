@@ -52,10 +52,10 @@ void State::LogRun(const std::vector<std::string>& arguments) const {
 std::uint64_t State::CountRun(const std::string& stem) const {
     if (!m_Folder) {
         throw ScenarioError(kExitNoState,
-                            "'fail-first' counts runs and needs a state folder; name one with "
-                            "VDKSIM_STATE");
+                            "'pass-first' and 'fail-first' count runs and need a state folder; name "
+                            "one with VDKSIM_STATE");
     }
-    return Append(*m_Folder / (stem + ".failures"), ".");
+    return Append(*m_Folder / (stem + ".count"), ".");
 }
 
 }  // namespace vdksim

@@ -11,7 +11,7 @@ namespace vdksim {
 
 // What the simulator remembers from run to run, in a folder that may be missing:
 //   runs.log        one line a run, its arguments: "-ctrlinfo -aAll"
-//   STEM.failures   one byte for every run of a command that was told to fail at first
+//   STEM.count      one byte for every run of a command whose first runs differ from the later ones
 // Every entry is one write at the end of its file, so that runs at the same time do not mix. Nothing is kept
 // in memory. A folder that cannot be written is a ScenarioError.
 class State final {

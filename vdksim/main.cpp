@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -145,20 +146,33 @@ void HoldOutput(Instructions::Seconds time) {
     }
 }
 
+// A grandchild of the caller that goes on printing when the tool has ended.
+void KeepWriting(int descriptor, Instructions::Seconds time) {
+    if (::fork() != 0) {
+        return;
+    }
+    const auto end = std::chrono::steady_clock::now() + time;
+    while (std::chrono::steady_clock::now() < end && ::write(descriptor, kFiller, std::strlen(kFiller)) > 0) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));  // Gentle with the disk.
+    }
+    ::_exit(0);
+}
+
 // A process that would never end by itself must not outlive whoever started it.
 void EndWithParent() {
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
 }
 
 // The tool is started through a shell, and not every shell becomes the command that it runs. One that waits
-// instead would hide that the tool has stopped, so it stops as well.
-void Stop() {
+// instead tells what has happened to the tool in its own way, or not at all.
+void SignalShell(int signal) {
     std::ifstream name("/proc/" + std::to_string(::getppid()) + "/comm");
     std::string parent;
     if (std::getline(name, parent) && parent == "sh") {
-        ::kill(::getppid(), SIGSTOP);
+        const rlimit noCore{};
+        ::prlimit(::getppid(), RLIMIT_CORE, &noCore, nullptr);
+        ::kill(::getppid(), signal);
     }
-    ::raise(SIGSTOP);
 }
 
 void DieBy(int signal) {
@@ -190,10 +204,17 @@ int Play(const Scenario::Text& text, int status, const Instructions& instruction
                                 std::string("the report cannot be written: ") + std::strerror(error));
         }
     }
+    if (instructions.keepWriting.count() > 0) {
+        KeepWriting(instructions.toStandardError ? STDERR_FILENO : STDOUT_FILENO, instructions.keepWriting);
+    }
     if (instructions.stop) {
-        Stop();
+        SignalShell(SIGSTOP);
+        ::raise(SIGSTOP);
     }
     if (instructions.signal != 0) {
+        if (instructions.takesShellAlong) {
+            SignalShell(instructions.signal);
+        }
         DieBy(instructions.signal);
     }
     return instructions.exitStatus.value_or(instructions.marker ? kExitRejected : status);
@@ -209,10 +230,15 @@ int Run(const std::vector<std::string>& arguments) {
         return kExitRejected;
     }
     const Command& command = std::get<Command>(parsed);
-    const Instructions instructions = scenario.InstructionsFor(command);
-    if (instructions.failFirst > 0 && state.CountRun(command.FileStem()) <= instructions.failFirst) {
-        std::cout << kBusy << std::flush;
-        return instructions.failStatus;
+    Instructions instructions = scenario.InstructionsFor(command);
+    if (instructions.passFirst > 0 || instructions.failFirst > 0) {
+        const std::uint64_t run = state.CountRun(command.FileStem());
+        if (run <= instructions.passFirst) {
+            instructions = {};
+        } else if (run - instructions.passFirst <= instructions.failFirst) {
+            std::cout << kBusy << std::flush;
+            return instructions.failStatus;
+        }
     }
     if (const auto text = scenario.TextOf(command)) {
         return Play(*text, kExitGood, instructions, arguments.back());

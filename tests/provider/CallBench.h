@@ -1,11 +1,11 @@
 #pragma once
 
 #include "provider/CZORBALT_MngSrvRaid.h"
+#include "tests/support/MethodCaller.h"
 #include "tests/support/ModuleTest.h"
 
 #include "qel/portable/CWbemRepository.h"
 
-#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -13,20 +13,6 @@
 #include <vector>
 
 namespace testsupport {
-
-/// A caller's sink: keeps what it is told, in order, and may throw.
-class RecordingSink final : public IWbemObjectSink {
-  public:
-    HRESULT Indicate(long count, IWbemClassObject** objects) override;
-    HRESULT SetStatus(long flags, HRESULT status, BSTR text, IWbemClassObject* object) override;
-    DWORD AddRef() noexcept override { return 2; }
-    DWORD Release() noexcept override { return 1; }
-
-    std::vector<std::string> m_Calls;  ///< "Indicate", "SetStatus 00000000"
-    WbemValue m_ReturnValue;           ///< of the last instance indicated
-    WbemValue m_XmlData;               ///< of the last instance indicated
-    std::function<void()> m_OnIndicate = [] {};
-};
 
 /// A test that calls the provider as the framework does.
 class CallTest : public ModuleTest {

@@ -43,14 +43,17 @@ void EnterToolBench() {
 }
 
 ToolBench::ToolBench() {
-    Empty(Scenario());
-    Empty(kStateDirectory);
+    StartOver();
 }
 
 ToolBench::~ToolBench() {
-    if (m_IsUninstalled) {
-        ::umount2(kToolDirectory.c_str(), MNT_DETACH);
-    }
+    UncoverTool();
+}
+
+void ToolBench::StartOver() {
+    UncoverTool();
+    Empty(Scenario());
+    Empty(kStateDirectory);
 }
 
 void ToolBench::Answer(const std::string& file, const std::string& text) {
@@ -58,8 +61,41 @@ void ToolBench::Answer(const std::string& file, const std::string& text) {
 }
 
 void ToolBench::Uninstall() {
-    Require(::mount("tmpfs", kToolDirectory.c_str(), "tmpfs", 0, nullptr), "cover the tool");
-    m_IsUninstalled = true;
+    CoverTool();
+}
+
+void ToolBench::UseScript(const std::string& script) {
+    constexpr const char* kBeginning =
+        "#!/bin/sh\n"
+        "simulate() {\n"
+        "    VDKSIM_SCENARIO=/opt/zorbalt/vdk/scenario VDKSIM_STATE=/opt/zorbalt/vdk/state \\\n"
+        "        " TEST_SUPPORT_SIMULATOR
+        " \"$@\"\n"
+        "}\n"
+        "file=$(readlink /proc/$$/fd/1)\n"
+        "arguments=$*\n";
+    UncoverTool();
+    CoverTool();
+    const fs::path tool = kToolDirectory / "vdkcli";
+    WriteFile(tool, kBeginning + script);
+    fs::permissions(tool, fs::perms{0755});
+}
+
+void ToolBench::CoverTool() {
+    Require(::mount("tmpfs", kToolDirectory.c_str(), "tmpfs", 0, "mode=0755"), "cover the tool");
+    m_IsCovered = true;
+}
+
+void ToolBench::UncoverTool() {
+    if (m_IsCovered) {
+        ::umount2(kToolDirectory.c_str(), MNT_DETACH);
+        m_IsCovered = false;
+    }
+}
+
+void ToolBench::LetEverybodyIn() {
+    fs::permissions(Scenario(), fs::perms{0755});
+    fs::permissions(kStateDirectory, fs::perms::all);
 }
 
 std::vector<std::string> ToolBench::Runs() {

@@ -27,11 +27,24 @@ class ToolBench final {
     /// The tool's file is not there until the test ends.
     void Uninstall();
 
+    /// A shell script is the tool until the test ends or starts over. In it, `simulate "$@"` runs the
+    /// simulator as usual, `$file` is the result file and `$arguments` is what `Runs` shows.
+    void UseScript(const std::string& script);
+
+    /// The simulator is the tool again, and answers nothing.
+    void StartOver();
+
+    /// Processes of other users may run the tool, too.
+    static void LetEverybodyIn();
+
     /// Arguments of every run so far, such as "-ctrlinfo -a0".
     [[nodiscard]] static std::vector<std::string> Runs();
 
   private:
-    bool m_IsUninstalled = false;
+    void CoverTool();
+    void UncoverTool();
+
+    bool m_IsCovered = false;
 };
 
 /// An install root of its own for one test: with result files in tmp/, and in cim/ a conversion library that

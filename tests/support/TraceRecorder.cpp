@@ -3,7 +3,8 @@
 namespace testsupport {
 
 void TraceRecorder::OnTrace(const TraceLine& line) noexcept {
-    if (line.category == "msraid") {
+    const bool isWanted = line.level == 0 || (m_Levels & static_cast<unsigned>(line.level)) != 0;
+    if (line.category == "msraid" && isWanted) {
         const std::lock_guard lock(m_Mutex);
         m_Lines.push_back(std::to_string(line.level) + " " + std::string(line.text));
     }

@@ -9,10 +9,12 @@
 namespace testsupport {
 
 /// Keeps every trace line of the module while it stands, as "4 CMSRAID_InfoGetter::Parse [START]": level,
-/// blank, text. Messages for the administrator have level 0.
+/// blank, text. Messages for the administrator have level 0 and are always kept.
 class TraceRecorder final : public ITraceListener {
   public:
-    TraceRecorder() { CTraceOutput::SetListener(this); }
+    explicit TraceRecorder(unsigned levels = CTraceOutput::ALL_LEVELS) : m_Levels(levels) {
+        CTraceOutput::SetListener(this);
+    }
     ~TraceRecorder() override { CTraceOutput::SetListener(nullptr); }
 
     void OnTrace(const TraceLine& line) noexcept override;
@@ -25,6 +27,7 @@ class TraceRecorder final : public ITraceListener {
     void Clear();
 
   private:
+    unsigned m_Levels;
     mutable std::mutex m_Mutex;
     std::vector<std::string> m_Lines;
 };

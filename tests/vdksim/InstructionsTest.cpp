@@ -37,12 +37,15 @@ class InstructionsTest : public ::testing::Test {
 TEST_F(InstructionsTest, EveryInstructionIsRead) {
     const Instructions read = Read(
         "exit 3\nfail-first 2 9\nmarker -x\nsignal SIGSEGV\nstop\nsleep 0.25\nendless\nrepeat 5\nbytes 2K\n"
-        "stderr\nclose-stdout\nspawn-holder 2\ntruncate 0\n");
+        "stderr\nclose-stdout\nspawn-holder 2\ntruncate 0\npass-first 4\nspawn-writer 0.5\n");
     EXPECT_EQ(read.exitStatus, 3);
     EXPECT_EQ(read.failFirst, 2U);
     EXPECT_EQ(read.failStatus, 9);
+    EXPECT_EQ(read.passFirst, 4U);
     EXPECT_EQ(read.marker, "-x");
     EXPECT_EQ(read.signal, SIGSEGV);
+    EXPECT_FALSE(read.takesShellAlong);
+    EXPECT_TRUE(Read("signal SEGV shell").takesShellAlong);
     EXPECT_TRUE(read.stop);
     EXPECT_DOUBLE_EQ(read.delay.count(), 0.25);
     EXPECT_TRUE(read.endless);
@@ -52,6 +55,7 @@ TEST_F(InstructionsTest, EveryInstructionIsRead) {
     EXPECT_TRUE(read.closeOutput);
     EXPECT_DOUBLE_EQ(read.holdOutput.count(), 2);
     EXPECT_EQ(read.truncate, 0U);
+    EXPECT_DOUBLE_EQ(read.keepWriting.count(), 0.5);
 }
 
 TEST_F(InstructionsTest, CommentsBlankLinesAndCarriageReturnsArePassedOver) {
@@ -85,6 +89,12 @@ TEST_F(InstructionsTest, ABadLineIsNamedWithItsFileAndNumber) {
         {"marker a b", ":1: too many words behind 'marker'"},
         {"signal FOO", ":1: 'signal' does not take 'FOO'"},
         {"signal STOP", ":1: 'signal' does not take 'STOP'"},
+        {"signal KILL tool", ":1: 'signal' does not take 'KILL tool'"},
+        {"signal KILL shell now", ":1: too many words behind 'signal'"},
+        {"pass-first", ":1: 'pass-first' needs a value"},
+        {"pass-first -1", ":1: 'pass-first' does not take '-1'"},
+        {"spawn-writer", ":1: 'spawn-writer' needs a value"},
+        {"spawn-writer x", ":1: 'spawn-writer' does not take 'x'"},
         {"sleep -1", ":1: 'sleep' does not take '-1'"},
         {"sleep 1s", ":1: 'sleep' does not take '1s'"},
         {"sleep nan", ":1: 'sleep' does not take 'nan'"},

@@ -66,6 +66,15 @@ TEST_F(MisbehaviourTest, FailFirstFailsSoManyTimesAndThenWorks) {
     }
 }
 
+TEST_F(MisbehaviourTest, PassFirstPutsEverythingOffForSoManyRuns) {
+    const std::vector<int> statuses = {0, 0, 9, 3, 3};
+    for (std::size_t run = 0; run < statuses.size(); ++run) {
+        const Ended ended = Run("pass-first 2\nfail-first 1 9\nexit 3\nrepeat 2");
+        EXPECT_EQ(ended.ExitStatus(), statuses[run]) << run;
+        EXPECT_EQ(ended.out == "text\n", run < 2) << run;
+    }
+}
+
 TEST_F(MisbehaviourTest, FailFirstCountsEveryCommandByItself) {
     m_Folder.Write("v.txt", "Product Version : 1.0\n");
     m_Folder.Write("any.do", "fail-first 1");
@@ -85,7 +94,8 @@ TEST_F(MisbehaviourTest, FailFirstWithoutAStateFolderSaysWhatItNeeds) {
     EXPECT_EQ(ended.out, "");
     EXPECT_EQ(
         ended.err,
-        "vdkcli simulator: 'fail-first' counts runs and needs a state folder; name one with VDKSIM_STATE\n");
+        "vdkcli simulator: 'pass-first' and 'fail-first' count runs and need a state folder; name one with "
+        "VDKSIM_STATE\n");
 }
 
 TEST_F(MisbehaviourTest, RunsAtTheSameTimeAreCountedOnceEach) {
@@ -122,6 +132,27 @@ TEST_F(MisbehaviourTest, ASignalEndsItBehindTheText) {
         const Ended ended = Run(std::string("signal ") + name);
         EXPECT_EQ(ended.out, "text\n");
         EXPECT_EQ(ended.Signal(), number);
+    }
+}
+
+TEST_F(MisbehaviourTest, ASignalTakesTheShellAlongThatWaitsForIt) {
+    m_Folder.Write("ctrlinfo_a0.txt", "text\n");
+    m_Folder.Write("ctrlinfo_a0.do", "signal USR1 shell");
+    const TempFolder shells;
+    for (const bool isShell : {true, false}) {
+        const std::string name = shells / (isShell ? "sh" : "other");
+        std::filesystem::create_symlink("/bin/sh", name);
+        const pid_t child = ::fork();
+        if (child == 0) {
+            const std::string command =
+                std::string(VDKSIM_TEST_PROGRAM) + " -ctrlinfo -a0 >/dev/null; exit 7";
+            ::setenv("VDKSIM_SCENARIO", m_Folder.Path().c_str(), 1);
+            ::execl(name.c_str(), name.c_str(), "-c", command.c_str(), static_cast<char*>(nullptr));
+            ::_exit(1);
+        }
+        int status = 0;
+        ASSERT_EQ(::waitpid(child, &status, 0), child);
+        EXPECT_EQ(WIFSIGNALED(status) ? WTERMSIG(status) : -WEXITSTATUS(status), isShell ? SIGUSR1 : -7);
     }
 }
 
@@ -215,6 +246,24 @@ TEST_F(MisbehaviourTest, AHolderKeepsTheOutputOpenBehindTheEnd) {
     pollfd end{pipe.ends[0], POLLIN, 0};
     EXPECT_EQ(::poll(&end, 1, 0), 0) << "the output was already closed";
     EXPECT_EQ(::read(pipe.ends[0], text.data(), text.size()), 0);
+}
+
+TEST_F(MisbehaviourTest, AWriterGoesOnPrintingBehindTheEnd) {
+    m_Folder.Write("ctrlinfo_a0.txt", "text\n");
+    m_Folder.Write("ctrlinfo_a0.do", "spawn-writer 0.1");
+    Pipe pipe;
+    const pid_t child = Tool(m_Folder.Path()).Start("-ctrlinfo -a0", pipe.ends[1], pipe.ends[1]);
+    pipe.CloseWriter();
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+    std::string text;
+    std::array<char, 4096> part{};
+    for (ssize_t count = 0; (count = ::read(pipe.ends[0], part.data(), part.size())) > 0;) {
+        text.append(part.data(), static_cast<std::size_t>(count));
+    }
+    EXPECT_TRUE(text.starts_with("text\n..."));
+    EXPECT_TRUE(text.ends_with("...\n"));
 }
 
 TEST_F(MisbehaviourTest, ACommandsOwnInstructionsReplaceThoseForAll) {

@@ -1,0 +1,2 @@
+pass-first 1
+exit 3

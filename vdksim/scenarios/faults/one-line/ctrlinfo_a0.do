@@ -1,0 +1,1 @@
+bytes 64M   # no line feed anywhere

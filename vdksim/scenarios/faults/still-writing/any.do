@@ -1,0 +1,1 @@
+spawn-writer 5
