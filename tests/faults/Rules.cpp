@@ -25,8 +25,10 @@ std::span<const Outcome> OfFile(Place place) {
 
 std::span<const Outcome> OfMemory(Place place) {
     switch (place) {
-        case Place::LoadingModule:  // The module's texts are made while it is loaded.
-            return Any<Outcome::NotLoaded, Outcome::Died>();
+        // The module's texts are made while it is loaded, and an exception cannot leave the loader. Some of what the
+        // loader asks for it can do without.
+        case Place::LoadingModule:
+            return Any<Outcome::NotLoaded, Outcome::Died, Outcome::Success>();
         case Place::Creating:  // A provider without its wrapper cannot load the library.
             return Any<Outcome::Escaped, Outcome::Library05>();
         case Place::BeforeMethod:
@@ -43,7 +45,7 @@ std::span<const Outcome> OfMemory(Place place) {
         case Place::Report:
             return OfFile(place);
         case Place::LoadingLibrary:
-            return Any<Outcome::Library05>();
+            return Any<Outcome::Library05, Outcome::Success>();
         case Place::MakingItem:
             return Any<Outcome::Report06>();
         case Place::Converting:  // The text is copied while the converter stands.

@@ -3,6 +3,8 @@
 #include "host/Sandbox.h"
 #include "tests/faults/Fault.h"
 
+#include "qel/portable/CVersionLog.h"
+
 #include <dlfcn.h>
 #include <sys/stat.h>
 
@@ -53,6 +55,16 @@ class LifeScene final : public Scene {
   public:
     LifeScene(const char* method, Caller::Parameters parameters)
         : m_Method(method), m_Parameters(std::move(parameters)) {}
+
+    // Else what the dynamic loader and the C library keep of every library that comes and goes, and use again for the
+    // next, would look like the module's.
+    void Prepare() override {
+        (void)CVersionLog::Entries();  // Its exit handler must not come to stand behind the module's.
+        constexpr int kUntilNothingIsAdded = 4;
+        for (int time = 0; time < kUntilNothingIsAdded; ++time) {
+            ::dlclose(::dlopen(Root::Module().c_str(), RTLD_NOW | RTLD_LOCAL));
+        }
+    }
 
     bool IsFirstUse() const override { return true; }
 
