@@ -108,11 +108,10 @@ void TakeOutput(Sink& sink, Observed& seen, std::optional<DWORD>& returnValue) {
 
 void Classify(Observed& seen, const Sink& sink, const Listener& listener, DWORD result,
               const std::optional<DWORD>& returnValue) {
-    const auto ending =
-        std::find_if(kEndings.begin(), kEndings.end(), [&](const Ending& known) {
-            return known.status == result && known.returnValue == returnValue &&
-                   known.reason == listener.m_Reason.data();
-        });
+    const auto ending = std::find_if(kEndings.begin(), kEndings.end(), [&](const Ending& known) {
+        return known.status == result && known.returnValue == returnValue &&
+               known.reason == listener.m_Reason.data();
+    });
     if (sink.m_StatusesSet != 1 || sink.m_Status != result || sink.m_Indicates != 1) {
         seen.odd = "SetStatus or Indicate was not called once, or with another status than the result";
     } else if (result == WBEM_S_NO_ERROR && returnValue.value_or(0) != 0 && listener.m_Messages == 1 &&
@@ -132,8 +131,9 @@ void Classify(Observed& seen, const Sink& sink, const Listener& listener, DWORD 
 }  // namespace
 
 const char* NameOf(Outcome outcome) {
-    constexpr std::array<const char*, kOutcomes> kNames = {"ok", "escaped", "exception", "not loaded",
-                                                           "died", "01", "03", "04", "05", "06", "02", "no reason", "odd"};
+    constexpr std::array<const char*, kOutcomes> kNames = {
+        "ok", "escaped", "exception", "not loaded", "died",      "01", "03",
+        "04", "05",      "06",        "02",         "no reason", "odd"};
     return kNames.at(static_cast<std::size_t>(outcome));
 }
 

@@ -25,7 +25,7 @@ enum class Outcome {
     Report06,
     Conversion02,
     NoReason,  ///< failed, and not even memory to tell the reason
-    Odd,  ///< nothing that is prescribed
+    Odd,       ///< nothing that is prescribed
 };
 inline constexpr std::size_t kOutcomes = 13;
 
@@ -48,7 +48,8 @@ class Caller final {
     /// Calls it once. The provider is told nothing that allocates in the caller's name.
     [[nodiscard]] Observed Call(CZORBALT_ServerService& provider);
 
-    /// What the caller does itself at the end of every call while the window is open, and to what it has seen.
+    /// What the caller does itself at the end of every call while the window is open, and to what it has
+    /// seen.
     struct Mischief {
         std::function<void(IWbemObjectSink&)> duringCall = [](IWbemObjectSink&) {};
         std::function<void(Observed&)> afterCall = [](Observed&) {};

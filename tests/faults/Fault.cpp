@@ -28,13 +28,13 @@ bool g_isOpen = false;
 
 const char* NameOf(Kind kind) {
     constexpr std::array<const char*, kKinds> kNames = {
-        "memory",         "open",        "fopen", "read",  "read (EINTR)", "lseek", "write",
-        "close",          "fclose",      "stat",  "lstat", "fork",         "waitpid", "waitpid (EINTR)",
-        "dup2",           "execlp",      "unlink", "mkdir", "dlopen",       "dlsym", "dlclose"};
+        "memory", "open",   "fopen",  "read",  "read (EINTR)", "lseek",   "write",
+        "close",  "fclose", "stat",   "lstat", "fork",         "waitpid", "waitpid (EINTR)",
+        "dup2",   "execlp", "unlink", "mkdir", "dlopen",       "dlsym",   "dlclose"};
     return kNames.at(static_cast<std::size_t>(kind));
 }
 
-void StartPoint(const Order& order) {
+void StartOrder(const Order& order) {
     static void* const shared =
         ::mmap(nullptr, sizeof(Plan), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
     if (shared == MAP_FAILED) {

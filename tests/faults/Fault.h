@@ -54,8 +54,9 @@ struct Order {
     bool isLasting = false;
 };
 
-/// Sets the counters back, for this process and the children that it starts from now on, whose calls are counted too.
-void StartPoint(const Order& order);
+/// Sets the counters back, for this process and the children that it starts from now on, whose calls are
+/// counted too.
+void StartOrder(const Order& order);
 
 /// Calls are counted, and may fail, while a window is open. The memory that is allocated then is watched.
 class Window final {

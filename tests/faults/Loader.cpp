@@ -1,6 +1,6 @@
-// The dynamic loader's functions of this program, in front of the C library's for the module. They know the conversion
-// library by its file name and stand in front of its entry points as well, to know where a fault strikes and whether
-// all items are deleted before it is closed.
+// The dynamic loader's functions of this program, in front of the C library's for the module. They know the
+// conversion library by its file name and stand in front of its entry points as well, to know where a fault
+// strikes and whether all items are deleted before it is closed.
 #include "tests/faults/Loader.h"
 
 #include "itemconv/QelLibIF.h"
@@ -78,7 +78,8 @@ void faults::ForgetLoaderError() {
     dlerror();  // this one frees it.
 }
 
-#ifndef __SANITIZE_ADDRESS__  // Its own library looks functions up from where it stands; nothing may stand between.
+#ifndef __SANITIZE_ADDRESS__  // Its own library looks functions up from where it stands; nothing may stand
+                              // between.
 
 namespace {
 

@@ -1,5 +1,5 @@
-// The allocation functions of this program, in front of the C library's for every library of the process and for the
-// dynamic loader.
+// The allocation functions of this program, in front of the C library's for every library of the process and
+// for the dynamic loader.
 #include "tests/faults/Memory.h"
 
 #include "tests/faults/Fault.h"

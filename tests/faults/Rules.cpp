@@ -25,8 +25,8 @@ std::span<const Outcome> OfFile(Place place) {
 
 std::span<const Outcome> OfMemory(Place place) {
     switch (place) {
-        // The module's texts are made while it is loaded, and an exception cannot leave the loader. Some of what the
-        // loader asks for it can do without.
+        // The module's texts are made while it is loaded, and an exception cannot leave the loader. Some of
+        // what the loader asks for it can do without.
         case Place::LoadingModule:
             return Any<Outcome::NotLoaded, Outcome::Died, Outcome::Success>();
         case Place::Creating:  // A provider without its wrapper cannot load the library.

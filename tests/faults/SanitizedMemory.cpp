@@ -1,5 +1,5 @@
-// In place of Memory.cpp under the sanitizers, whose allocation functions must stay: only what C++ allocates can
-// fail, and lost memory is the leak sanitizer's to find.
+// In place of Memory.cpp under the sanitizers, whose allocation functions must stay: only what C++ allocates
+// can fail, and lost memory is the leak sanitizer's to find.
 #include "tests/faults/Fault.h"
 #include "tests/faults/Memory.h"
 

@@ -3,6 +3,7 @@
 #include "host/Sandbox.h"
 #include "tests/faults/Fault.h"
 
+#include "qel/portable/CTraceOutput.h"
 #include "qel/portable/CVersionLog.h"
 
 #include <dlfcn.h>
@@ -30,7 +31,7 @@ std::string LoaderError() {
     return text == nullptr ? "no reason is known" : text;
 }
 
-class CallScene final : public Scene {
+class CallScene : public Scene {
   public:
     CallScene(const char* method, const Caller::Parameters& parameters) : m_Caller(method, parameters) {}
 
@@ -51,13 +52,26 @@ class CallScene final : public Scene {
     CZORBALT_ServerService* m_Provider = nullptr;  // lives as long as the process
 };
 
+class TracedScene final : public CallScene {
+  public:
+    using CallScene::CallScene;
+
+    void Prepare() override {
+        if (!CTraceOutput::OpenFile(Root::Path() / "trace.txt")) {
+            throw std::runtime_error("the trace file cannot be opened");
+        }
+        CTraceOutput::SetLevels(CTraceOutput::ALL_LEVELS);
+        CallScene::Prepare();
+    }
+};
+
 class LifeScene final : public Scene {
   public:
     LifeScene(const char* method, Caller::Parameters parameters)
         : m_Method(method), m_Parameters(std::move(parameters)) {}
 
-    // Else what the dynamic loader and the C library keep of every library that comes and goes, and use again for the
-    // next, would look like the module's.
+    // Else what the dynamic loader and the C library keep of every library that comes and goes, and use again
+    // for the next, would look like the module's.
     void Prepare() override {
         (void)CVersionLog::Entries();  // Its exit handler must not come to stand behind the module's.
         constexpr int kUntilNothingIsAdded = 4;
@@ -149,6 +163,10 @@ fs::path Root::ResultFolder() {
 
 std::unique_ptr<Scene> MakeCallScene(const char* method, const Caller::Parameters& parameters) {
     return std::make_unique<CallScene>(method, parameters);
+}
+
+std::unique_ptr<Scene> MakeTracedScene(const char* method, const Caller::Parameters& parameters) {
+    return std::make_unique<TracedScene>(method, parameters);
 }
 
 std::unique_ptr<Scene> MakeLifeScene(const char* method, const Caller::Parameters& parameters) {

@@ -8,9 +8,9 @@
 
 namespace faults {
 
-/// Where the module runs in the sweep: an install root in memory, in this process's private view of the file system,
-/// with the module and the libraries of this build, an application key, and a tool that answers from the server/ folder
-/// beside this file.
+/// Where the module runs in the sweep: an install root in memory, in this process's private view of the file
+/// system, with the module and the libraries of this build, an application key, and a tool that answers from
+/// the server/ folder beside this file.
 class Root final {
   public:
     /// Enters the private view; once in a process. Throws.
@@ -42,6 +42,10 @@ class Scene {
 
 /// One call through a provider that has served one before.
 [[nodiscard]] std::unique_ptr<Scene> MakeCallScene(const char* method, const Caller::Parameters& parameters);
+
+/// The same with the whole trace written to a file.
+[[nodiscard]] std::unique_ptr<Scene> MakeTracedScene(const char* method,
+                                                     const Caller::Parameters& parameters);
 
 /// A module that is loaded into a fresh process, makes a provider that serves one call, and is unloaded.
 [[nodiscard]] std::unique_ptr<Scene> MakeLifeScene(const char* method, const Caller::Parameters& parameters);

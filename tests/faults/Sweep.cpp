@@ -1,6 +1,7 @@
 #include "tests/faults/Sweep.h"
 
 #include <cstdio>
+#include <filesystem>
 
 namespace faults {
 namespace {
@@ -10,7 +11,7 @@ class Line final {
   public:
     Line(Kind kind, bool isLasting) : m_Kind(kind), m_IsLasting(isLasting) {}
 
-    void Add(const PointResult& result, unsigned long at) {
+    void Add(const TrialResult& result, unsigned long at) {
         ++m_Points;
         ++m_Outcomes.at(static_cast<std::size_t>(result.outcome));
         if (!result.findings.empty()) {
@@ -44,43 +45,45 @@ class Line final {
     std::array<unsigned long, kOutcomes> m_Outcomes{};
 };
 
-// What never stops being interrupted never goes on, and what does not matter once does not matter twice.
+// What never stops being interrupted never goes on.
 bool CanLast(Kind kind) {
     return kind != Kind::InterruptedRead && kind != Kind::InterruptedWait;
+}
+
+Trial MakeTrial(const Order& order) {
+    Trial trial;
+    trial.order = order;
+    if (order.kind == Kind::MakeDirectory) {  // Else the folders are there already and nothing depends on it.
+        trial.before = [] { std::filesystem::remove_all(Root::ResultFolder().parent_path()); };
+    }
+    return trial;
 }
 
 }  // namespace
 
 unsigned long Sweep(Scene& scene, const SweepOptions& options) {
-    scene.Prepare();
-    std::vector<std::string> findings;
-    const Undisturbed usual = RunUndisturbed(scene, findings);
-    for (const std::string& finding : findings) {
-        std::printf("finding: undisturbed: %s\n", finding.c_str());
-    }
-    unsigned long found = findings.size();
+    const Undisturbed usual = RunUndisturbed(scene);
     unsigned long points = 0;
+    unsigned long findings = 0;
     for (std::size_t number = 0; number < kKinds; ++number) {
         const auto kind = static_cast<Kind>(number);
-        if ((options.only && *options.only != kind) || usual.calls.at(number) == 0) {
-            continue;
-        }
         const unsigned long stride = kind == Kind::Memory ? options.memoryStride : 1;
         for (const bool isLasting : {false, true}) {
-            if (isLasting && !CanLast(kind)) {
+            if ((options.only && *options.only != kind) || usual.calls.at(number) == 0 ||
+                (isLasting && !CanLast(kind))) {
                 continue;
             }
             Line line(kind, isLasting);
             for (unsigned long at = 1; at <= usual.calls.at(number); at += stride) {
-                line.Add(RunPoint(scene, {kind, at, isLasting}, usual), at);
+                line.Add(RunTrial(scene, MakeTrial({kind, at, isLasting}), usual), at);
             }
             line.Print();
             points += line.Points();
-            found += line.Findings();
+            findings += line.Findings();
         }
     }
-    std::printf("total %lu points, %lu findings\n", points, found);
-    return found;
+    std::printf("total %lu points, %lu findings\n", points, findings);
+    return findings;
 }
 
 }  // namespace faults

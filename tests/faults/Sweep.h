@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tests/faults/Point.h"
+#include "tests/faults/Trial.h"
 
 #include <array>
 #include <optional>
@@ -13,8 +13,8 @@ struct SweepOptions {
     std::optional<Kind> only;
 };
 
-/// Lets every call of a scene fail once, and then every call from each one on, and prints a table of what came of it.
-/// Returns the number of findings.
+/// Lets every call of a scene fail once, and then every call from each one on, and prints a table of what
+/// came of it. Returns the number of findings.
 [[nodiscard]] unsigned long Sweep(Scene& scene, const SweepOptions& options);
 
 }  // namespace faults

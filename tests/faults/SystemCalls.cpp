@@ -1,5 +1,6 @@
-// The system calls of this program, in front of the C library's for every library of the process. A call that fails
-// leaves behind what the kernel would: a close that fails has closed all the same, and a child whose wait fails is gone.
+// The system calls of this program, in front of the C library's for every library of the process. A call that
+// fails leaves behind what the kernel would: a close that fails has closed all the same, and a child whose
+// wait fails is gone.
 #include "tests/faults/Fault.h"
 #include "tests/faults/Next.h"
 

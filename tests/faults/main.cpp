@@ -1,4 +1,6 @@
-// faults SCENE [--stride N] [--kind NAME]
+// faults SCENE [--stride N] [--kind NAME]: the sweep over a scene.
+// faults folders | checks: result folders that are of no use; what the checks notice.
+#include "tests/faults/Folders.h"
 #include "tests/faults/Scene.h"
 #include "tests/faults/Sweep.h"
 
@@ -13,18 +15,24 @@ namespace {
 
 using namespace faults;
 
+const Caller::Parameters kSasDrive = {{"CtrlNo", "0"}, {"EnclNo", "252"}, {"PDNo", "0"}};
+const Caller::Parameters kSataDrive = {{"CtrlNo", "0"}, {"EnclNo", "16"}, {"PDNo", "3"}};
+
 std::unique_ptr<Scene> MakeScene(const std::string& name) {
-    if (name == "get-info") {
+    if (name == "get-info" || name == "folders") {
         return MakeCallScene("GetInfo", {});
     }
-    if (name == "sas-drive") {
-        return MakeCallScene("GetPDInfo", {{"CtrlNo", "0"}, {"EnclNo", "252"}, {"PDNo", "0"}});
+    if (name == "sas-drive" || name == "checks") {
+        return MakeCallScene("GetPDInfo", kSasDrive);
     }
     if (name == "sata-drive") {
-        return MakeCallScene("GetPDInfo", {{"CtrlNo", "0"}, {"EnclNo", "16"}, {"PDNo", "3"}});
+        return MakeCallScene("GetPDInfo", kSataDrive);
+    }
+    if (name == "traced-drive") {
+        return MakeTracedScene("GetPDInfo", kSasDrive);
     }
     if (name == "life") {
-        return MakeLifeScene("GetPDInfo", {{"CtrlNo", "0"}, {"EnclNo", "252"}, {"PDNo", "0"}});
+        return MakeLifeScene("GetPDInfo", kSasDrive);
     }
     throw std::runtime_error("no scene of that name: " + name);
 }
@@ -49,6 +57,13 @@ SweepOptions ReadOptions(int count, char** arguments) {
     return options;
 }
 
+unsigned long Run(const std::string& name, Scene& scene, const SweepOptions& options) {
+    if (name == "folders") {
+        return TryFolders(scene);
+    }
+    return name == "checks" ? ProveChecks(scene) : Sweep(scene, options);
+}
+
 }  // namespace
 
 int main(int count, char** arguments) try {
@@ -56,11 +71,11 @@ int main(int count, char** arguments) try {
         std::fprintf(stderr, "usage: faults SCENE [--stride N] [--kind NAME]\n");
         return EXIT_FAILURE;
     }
-    // What a point that died had started comes back here to be waited for.
+    // What a trial that died had started comes back here to be waited for.
     ::prctl(PR_SET_CHILD_SUBREAPER, 1, 0, 0, 0);
     Root::Enter();
     const auto scene = MakeScene(arguments[1]);
-    return Sweep(*scene, ReadOptions(count, arguments)) == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
+    return Run(arguments[1], *scene, ReadOptions(count, arguments)) == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
 } catch (const std::exception& exception) {
     std::fprintf(stderr, "faults: %s\n", exception.what());
     return EXIT_FAILURE;

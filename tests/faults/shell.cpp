@@ -1,5 +1,6 @@
-// Stands in for the shell and the tool in one, since they are started many thousand times: `sh -c "DIR/vdkcli -v"`
-// prints v.txt of the scenario as the simulator would. A report that cannot be written whole is a failed run.
+// Stands in for the shell and the tool in one, since they are started many thousand times: `sh -c "DIR/vdkcli
+// -v"` prints v.txt of the scenario as the simulator would. A report that cannot be written whole is a failed
+// run.
 #include <fcntl.h>
 #include <unistd.h>
 

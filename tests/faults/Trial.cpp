@@ -1,4 +1,4 @@
-#include "tests/faults/Point.h"
+#include "tests/faults/Trial.h"
 
 #include "tests/faults/Loader.h"
 #include "tests/faults/Memory.h"
@@ -13,6 +13,7 @@
 #include <cstring>
 #include <filesystem>
 #include <new>
+#include <stdexcept>
 #include <system_error>
 
 namespace fs = std::filesystem;
@@ -20,9 +21,9 @@ namespace fs = std::filesystem;
 namespace faults {
 namespace {
 
-constexpr unsigned kSecondsPerPoint = 60;
+constexpr unsigned kSecondsPerTrial = 60;
 
-/// What the process of a point tells the one that started it, in memory that they share.
+/// What the process of a trial tells the one that started it, in memory that they share.
 struct Report {
     bool isFinished = false;
     Outcome outcome = Outcome::Died;
@@ -50,7 +51,7 @@ std::vector<std::string> NamesIn(const fs::path& folder) {
     return names;
 }
 
-/// The checks of one point, inside its process.
+/// The checks of one trial, inside its process.
 class Checker final {
   public:
     explicit Checker(Report& report) : m_Report(report), m_Descriptors(NamesIn("/proc/self/fd")) {}
@@ -63,21 +64,24 @@ class Checker final {
         }
     }
 
-    /// What a run may leave behind: nothing but result files whose deletion failed.
-    void LookForRemains(const std::string& when, std::size_t files) {
+    /// No result files may be left but those whose deletion failed.
+    void LookForFiles(const std::string& when, std::size_t expected) {
+        const std::vector<std::string> left = NamesIn(Root::ResultFolder());
+        if (left.size() != expected) {
+            Find(when + ": " + std::to_string(left.size()) + " result files are left, not " +
+                 std::to_string(expected));
+        }
+        for (const std::string& file : left) {
+            fs::remove_all(Root::ResultFolder() / file);
+        }
+    }
+
+    void LookForRemains(const std::string& when) {
         if (NamesIn("/proc/self/fd") != m_Descriptors) {
             Find(when + ": a descriptor is left open");
         }
         if (::waitpid(-1, nullptr, WNOHANG) != -1 || errno != ECHILD) {
             Find(when + ": a child is left");
-        }
-        const std::vector<std::string> left = NamesIn(Root::ResultFolder());
-        if (left.size() != files) {
-            Find(when + ": " + std::to_string(left.size()) + " result files are left, not " +
-                 std::to_string(files));
-        }
-        for (const std::string& file : left) {
-            fs::remove_all(Root::ResultFolder() / file);
         }
         const std::string library = LibraryFaults();
         if (!library.empty()) {
@@ -95,15 +99,18 @@ std::string Describe(const Observed& seen) {
     return std::string(NameOf(seen.outcome)) + (seen.odd.empty() ? "" : " (" + seen.odd + ")");
 }
 
-bool IsPrescribed(const Order& order, Outcome outcome) {
-    const auto prescribed = PrescribedOutcomes(order, FirstStruckAt());
+bool IsPrescribed(const Trial& trial, Outcome outcome) {
+    if (trial.expected || trial.order.at == 0) {
+        return outcome == trial.expected.value_or(Outcome::Success);
+    }
+    const auto prescribed = PrescribedOutcomes(trial.order, FirstStruckAt());
     return std::find(prescribed.begin(), prescribed.end(), outcome) != prescribed.end();
 }
 
-void CheckDisturbed(Checker& checker, const Order& order, const Observed& seen, const std::string& usual) {
-    if (order.at != 0 && TimesStruck() == 0) {
+void CheckTrial(Checker& checker, const Trial& trial, const Observed& seen, const std::string& usual) {
+    if (trial.order.at != 0 && TimesStruck() == 0) {
         checker.Find("the fault never struck");
-    } else if (order.at != 0 && !IsPrescribed(order, seen.outcome)) {
+    } else if (!IsPrescribed(trial, seen.outcome)) {
         checker.Find("not prescribed: " + Describe(seen));
     }
     if (seen.outcome == Outcome::Success && !usual.empty() && seen.document != usual) {
@@ -114,45 +121,49 @@ void CheckDisturbed(Checker& checker, const Order& order, const Observed& seen, 
     }
 }
 
-void Inside(Scene& scene, const Order& order, const std::string& usual, Report& report) {
+void Inside(Scene& scene, const Trial& trial, const std::string& usual, Report& report) {
     Checker checker(report);
-    const Observed disturbed = scene.Run();
+    trial.before();
+    scene.SetMischief(trial.mischief);
+    const Observed seen = scene.Run();
     EndOrder();
-    if (order.kind == Kind::LookUp) {
+    if (trial.order.kind == Kind::LookUp) {
         CloseLeftLibrary();
     }
-    CheckDisturbed(checker, order, disturbed, usual);
-    checker.LookForRemains("after the disturbed run",
-                           order.kind == Kind::Unlink ? TimesStruck() : std::size_t{0});
+    CheckTrial(checker, trial, seen, usual);
+    checker.LookForFiles("at first", trial.order.kind == Kind::Unlink ? TimesStruck() : std::size_t{0});
+    trial.after();
+    checker.LookForRemains("at first");
 
     scene.SetMischief({});
     const Observed again = scene.Run();
     if (again.outcome != Outcome::Success || (!usual.empty() && again.document != usual)) {
         checker.Find("the next run does not succeed as usual: " + Describe(again));
     }
-    checker.LookForRemains("after the next run", 0);
+    checker.LookForFiles("in the next run", 0);
+    checker.LookForRemains("in the next run");
 
-    report.outcome = disturbed.outcome;
-    disturbed.document.copy(report.document.data(), report.document.size() - 1);
+    report.outcome = seen.outcome;
+    seen.document.copy(report.document.data(), report.document.size() - 1);
     report.blocksLeft = BlocksLeft();
     report.isFinished = true;
 }
 
-/// Forks, runs `Inside`, waits, and reaps whatever the point left running.
-int RunInProcess(Scene& scene, const Order& order, const std::string& usual) {
+/// Forks, runs `Inside`, waits, and reaps whatever it left running.
+int RunInProcess(Scene& scene, const Trial& trial, const std::string& usual) {
     Report& report = *new (&SharedReport()) Report;
-    StartPoint(order);
-    const pid_t point = ::fork();
-    if (point == -1) {
+    StartOrder(trial.order);
+    const pid_t child = ::fork();
+    if (child == -1) {
         throw std::system_error(errno, std::generic_category(), "fork");
     }
-    if (point == 0) {
-        ::alarm(kSecondsPerPoint);
-        Inside(scene, order, usual, report);
+    if (child == 0) {
+        ::alarm(kSecondsPerTrial);
+        Inside(scene, trial, usual, report);
         ::_exit(0);
     }
     int status = 0;
-    ::waitpid(point, &status, 0);
+    ::waitpid(child, &status, 0);
     while (::waitpid(-1, nullptr, 0) != -1) {
     }
     for (const std::string& file : NamesIn(Root::ResultFolder())) {
@@ -171,23 +182,24 @@ std::vector<std::string> Lines(const char* text) {
 
 }  // namespace
 
-PointResult RunPoint(Scene& scene, const Order& order, const Undisturbed& usual) {
-    const int status = RunInProcess(scene, order, usual.document);
+TrialResult RunTrial(Scene& scene, const Trial& trial, const Undisturbed& usual) {
+    const int status = RunInProcess(scene, trial, usual.document);
     const Report& report = SharedReport();
-    PointResult result{report.outcome, Lines(report.findings.data())};
+    TrialResult result{report.outcome, Lines(report.findings.data())};
     if (report.isFinished) {
         if (report.blocksLeft != usual.blocksLeft) {
             result.findings.push_back(std::to_string(report.blocksLeft) + " blocks of memory are left, not " +
                                       std::to_string(usual.blocksLeft));
         }
-    } else if (TimesStruck() == 0 || !IsPrescribed(order, Outcome::Died)) {
+    } else if (TimesStruck() == 0 || !IsPrescribed(trial, Outcome::Died)) {
         result.findings.push_back(WIFSIGNALED(status) ? "died by signal " + std::to_string(WTERMSIG(status))
                                                       : "ended without a report");
     }
     return result;
 }
 
-Undisturbed RunUndisturbed(Scene& scene, std::vector<std::string>& findings) {
+Undisturbed RunUndisturbed(Scene& scene) {
+    scene.Prepare();
     (void)RunInProcess(scene, {}, "");
     const Report& report = SharedReport();
     Undisturbed usual;
@@ -196,12 +208,12 @@ Undisturbed RunUndisturbed(Scene& scene, std::vector<std::string>& findings) {
     for (std::size_t kind = 0; kind < kKinds; ++kind) {
         usual.calls.at(kind) = CallsOf(static_cast<Kind>(kind));
     }
-    findings = Lines(report.findings.data());
-    if (report.outcome != Outcome::Success) {
-        findings.emplace_back(std::string("the undisturbed run ended with ") + NameOf(report.outcome));
+    if (!report.isFinished || report.findings.front() != '\0') {
+        throw std::runtime_error(std::string("undisturbed: ") + report.findings.data());
     }
     if (!scene.IsFirstUse() && usual.blocksLeft != 0) {
-        findings.emplace_back("the undisturbed run leaves memory behind");
+        throw std::runtime_error("undisturbed: " + std::to_string(usual.blocksLeft) +
+                                 " blocks of memory are left");
     }
     return usual;
 }
