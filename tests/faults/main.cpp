@@ -74,7 +74,8 @@ int main(int count, char** arguments) try {
     // What a trial that died had started comes back here to be waited for.
     ::prctl(PR_SET_CHILD_SUBREAPER, 1, 0, 0, 0);
     Root::Enter();
-    const auto scene = MakeScene(arguments[1]);
+    // Never destroyed: a framework keeps its providers until the process ends.
+    static Scene* const scene = MakeScene(arguments[1]).release();
     return Run(arguments[1], *scene, ReadOptions(count, arguments)) == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
 } catch (const std::exception& exception) {
     std::fprintf(stderr, "faults: %s\n", exception.what());
