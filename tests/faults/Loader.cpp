@@ -78,8 +78,8 @@ void faults::ForgetLoaderError() {
     dlerror();  // this one frees it.
 }
 
-#ifndef __SANITIZE_ADDRESS__  // Its own library looks functions up from where it stands; nothing may stand
-                              // between.
+#ifndef FAULTS_SANITIZED  // Its own library looks functions up from where it stands; nothing may stand
+                          // between.
 
 namespace {
 

@@ -34,7 +34,7 @@ std::span<const Outcome> OfMemory(Place place) {
         case Place::BeforeMethod:
             return Any<Outcome::Escaped>();
         case Place::InMethod:
-#ifdef __SANITIZE_ADDRESS__  // Where nothing stands in front of the library's entry points.
+#ifdef FAULTS_SANITIZED  // Where nothing stands in front of the library's entry points.
             return Any<Outcome::Exception, Outcome::Success, Outcome::File04, Outcome::Report06,
                        Outcome::Conversion02>();
 #else  // A line of the trace or of the version is passed over, a line of a report is not.

@@ -70,7 +70,7 @@ unsigned long Sweep(Scene& scene, const SweepOptions& options) {
         const unsigned long stride = kind == Kind::Memory ? options.memoryStride : 1;
         for (const bool isLasting : {false, true}) {
             if ((options.only && *options.only != kind) || usual.calls.at(number) == 0 ||
-                (isLasting && !CanLast(kind))) {
+                (isLasting && (options.isOnceOnly || !CanLast(kind)))) {
                 continue;
             }
             Line line(kind, isLasting);

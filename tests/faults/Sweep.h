@@ -11,6 +11,7 @@ namespace faults {
 struct SweepOptions {
     unsigned long memoryStride = 1;  ///< every so many allocations; every other kind is swept whole
     std::optional<Kind> only;
+    bool isOnceOnly = false;  ///< without the faults that last
 };
 
 /// Lets every call of a scene fail once, and then every call from each one on, and prints a table of what

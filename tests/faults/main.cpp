@@ -1,4 +1,4 @@
-// faults SCENE [--stride N] [--kind NAME]: the sweep over a scene.
+// faults SCENE [--stride N] [--kind NAME] [--once]: the sweep over a scene.
 // faults folders | checks: result folders that are of no use; what the checks notice.
 #include "tests/faults/Folders.h"
 #include "tests/faults/Scene.h"
@@ -9,7 +9,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <stdexcept>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -37,21 +39,26 @@ std::unique_ptr<Scene> MakeScene(const std::string& name) {
     throw std::runtime_error("no scene of that name: " + name);
 }
 
-SweepOptions ReadOptions(int count, char** arguments) {
+Kind KindNamed(const std::string& name) {
+    for (std::size_t kind = 0; kind < kKinds; ++kind) {
+        if (name == NameOf(static_cast<Kind>(kind))) {
+            return static_cast<Kind>(kind);
+        }
+    }
+    throw std::runtime_error("no kind of call of that name: " + name);
+}
+
+SweepOptions ReadOptions(const std::vector<std::string>& words) {
     SweepOptions options;
-    for (int at = 2; at + 1 < count; at += 2) {
-        const std::string name = arguments[at];
-        const std::string value = arguments[at + 1];
-        if (name == "--stride") {
-            options.memoryStride = std::stoul(value);
-        } else if (name == "--kind") {
-            for (std::size_t kind = 0; kind < kKinds; ++kind) {
-                if (value == NameOf(static_cast<Kind>(kind))) {
-                    options.only = static_cast<Kind>(kind);
-                }
-            }
+    for (std::size_t at = 0; at < words.size(); ++at) {
+        if (words[at] == "--once") {
+            options.isOnceOnly = true;
+        } else if (words[at] == "--stride") {
+            options.memoryStride = std::stoul(words.at(++at));
+        } else if (words[at] == "--kind") {
+            options.only = KindNamed(words.at(++at));
         } else {
-            throw std::runtime_error("no option of that name: " + name);
+            throw std::runtime_error("no option of that name: " + words[at]);
         }
     }
     return options;
@@ -68,7 +75,7 @@ unsigned long Run(const std::string& name, Scene& scene, const SweepOptions& opt
 
 int main(int count, char** arguments) try {
     if (count < 2) {
-        std::fprintf(stderr, "usage: faults SCENE [--stride N] [--kind NAME]\n");
+        std::fprintf(stderr, "usage: faults SCENE [--stride N] [--kind NAME] [--once]\n");
         return EXIT_FAILURE;
     }
     // What a trial that died had started comes back here to be waited for.
@@ -76,7 +83,8 @@ int main(int count, char** arguments) try {
     Root::Enter();
     // Never destroyed: a framework keeps its providers until the process ends.
     static Scene* const scene = MakeScene(arguments[1]).release();
-    return Run(arguments[1], *scene, ReadOptions(count, arguments)) == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
+    return Run(arguments[1], *scene, ReadOptions({arguments + 2, arguments + count})) == 0 ? EXIT_SUCCESS
+                                                                                           : EXIT_FAILURE;
 } catch (const std::exception& exception) {
     std::fprintf(stderr, "faults: %s\n", exception.what());
     return EXIT_FAILURE;
