@@ -1,6 +1,6 @@
-// The checks themselves, held against what they must notice.
+#include "tests/faults/Checks.h"
+
 #include "itemconv/QelLibIF.h"
-#include "tests/faults/Folders.h"
 #include "tests/faults/Trial.h"
 
 #include <dlfcn.h>

@@ -8,7 +8,4 @@ namespace faults {
 /// Returns the number of findings.
 [[nodiscard]] unsigned long TryFolders(Scene& scene);
 
-/// Runs a scene with mischief in it that every check must notice. Returns how much went unnoticed.
-[[nodiscard]] unsigned long ProveChecks(Scene& scene);
-
 }  // namespace faults

@@ -1,5 +1,6 @@
 // faults SCENE [--stride N] [--kind NAME] [--once]: the sweep over a scene.
 // faults folders | checks: result folders that are of no use; what the checks notice.
+#include "tests/faults/Checks.h"
 #include "tests/faults/Folders.h"
 #include "tests/faults/Scene.h"
 #include "tests/faults/Sweep.h"
