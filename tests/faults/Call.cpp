@@ -114,6 +114,8 @@ void Classify(Observed& seen, const Sink& sink, const Listener& listener, DWORD 
     });
     if (sink.m_StatusesSet != 1 || sink.m_Status != result || sink.m_Indicates != 1) {
         seen.odd = "SetStatus or Indicate was not called once, or with another status than the result";
+    } else if (!seen.odd.empty()) {
+        return;
     } else if (result == WBEM_S_NO_ERROR && returnValue.value_or(0) != 0 && listener.m_Messages == 1 &&
                listener.m_Reason.front() == '\0') {
         seen.outcome = Outcome::NoReason;
@@ -123,7 +125,7 @@ void Classify(Observed& seen, const Sink& sink, const Listener& listener, DWORD 
                       static_cast<unsigned>(result), static_cast<unsigned>(returnValue.value_or(0)),
                       listener.m_Reason.data(), listener.m_Messages);
         seen.odd = text.data();
-    } else if (seen.odd.empty()) {
+    } else {
         seen.outcome = ending->outcome;
     }
 }

@@ -95,9 +95,8 @@ std::span<const Outcome> PrescribedOutcomes(const Order& order, Place place) {
             return Any<Outcome::Tool01, Outcome::Success>();
         case Kind::LoadLibrary:
         case Kind::LookUp:
-            return place == Place::LoadingModule || place == Place::Creating
-                       ? Any<Outcome::NotLoaded, Outcome::Escaped>()
-                       : Any<Outcome::Library05>();
+            return place == Place::LoadingModule || place == Place::Creating ? Any<Outcome::NotLoaded>()
+                                                                             : Any<Outcome::Library05>();
     }
     return {};
 }

@@ -87,8 +87,8 @@ class LifeScene final : public Scene {
         if (module == nullptr) {
             return {Outcome::NotLoaded, "", ""};
         }
-        Observed seen{Outcome::Escaped, "", ""};
-        CZORBALT_ServerService* const provider = MakeProvider(module);
+        Observed seen;
+        CZORBALT_ServerService* const provider = MakeProvider(module, seen.outcome);
         if (provider != nullptr) {
             if (!m_Caller) {  // The first to use the repository.
                 m_Caller.emplace(m_Method, m_Parameters);
@@ -111,11 +111,12 @@ class LifeScene final : public Scene {
         return ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
     }
 
-    // Null: the provider's constructor threw, or there is no `create`.
-    static CZORBALT_ServerService* MakeProvider(void* module) {
+    // Null where there is no `create` or the provider's constructor throws; then that is the outcome.
+    static CZORBALT_ServerService* MakeProvider(void* module, Outcome& outcome) {
         g_place = Place::Creating;
         const Window window;
         auto* const create = reinterpret_cast<Create*>(::dlsym(module, "create"));
+        outcome = create == nullptr ? Outcome::NotLoaded : Outcome::Escaped;
         try {
             return create == nullptr ? nullptr : create();
         } catch (const std::bad_alloc&) {

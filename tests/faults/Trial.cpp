@@ -121,7 +121,8 @@ void CheckTrial(Checker& checker, const Trial& trial, const Observed& seen, cons
     }
 }
 
-void Inside(Scene& scene, const Trial& trial, const std::string& usual, Report& report) {
+// What a check cannot do ends the process with its words, and is a finding.
+void Inside(Scene& scene, const Trial& trial, const std::string& usual, Report& report) noexcept {
     Checker checker(report);
     trial.before();
     scene.SetMischief(trial.mischief);
