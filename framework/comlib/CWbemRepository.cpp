@@ -10,11 +10,12 @@ CWbemRepository* CWbemRepository::Create() {
 
 CWbemRepository& CWbemRepository::Process() {
     static CWbemRepository* const repository = [] {
-        auto* const made = new CWbemRepository;
+        const auto release = [](CWbemRepository* made) { made->Release(); };
+        std::unique_ptr<CWbemRepository, decltype(release)> made(Create());
         for (WbemClass& shipped : qel::ShippedClasses()) {
             made->DeclareClass(std::move(shipped));
         }
-        return made;
+        return made.release();
     }();
     return *repository;
 }
