@@ -254,6 +254,23 @@ Seen Rejection(const ToolCommand& command) {
     return FailureAfter(command, 1);
 }
 
+Seen Unreadable(const ToolCommand& command) {
+    Seen seen = Success(command.method);
+    if (command.name == "Version") {
+        return seen;
+    }
+    seen.document = "";
+    seen.returnValue = 0x80000001;
+    seen.reason = "04";
+    seen.runs.resize(command.place + 1);
+    seen.failures = {"Failed to open file output by vdkcli(FILE)."};
+    for (std::string line : command.failures) {
+        seen.failures.push_back(line.replace(line.find("000000a1"), 8, "80000001"));
+    }
+    seen.failures.push_back("CZORBALT_MngSrvRaid::" + command.method + "() Error[reason:04]");
+    return seen;
+}
+
 MisbehaviourTest::MisbehaviourTest() : m_Module(host::Module::Load(TEST_MODULE_FILE)) {
     ::prctl(PR_SET_CHILD_SUBREAPER, 1);  // What a run leaves behind becomes this process's, which ends it.
     m_Root.UseLibrary(TEST_CONVERSION_LIBRARY);

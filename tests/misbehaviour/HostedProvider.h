@@ -66,6 +66,9 @@ void PrintTo(const ToolCommand& command, std::ostream* out);
 /// The same when the tool has rejected the command: without another try.
 [[nodiscard]] Seen Rejection(const ToolCommand& command);
 
+/// The run succeeds, and its report cannot be read. A version is done without.
+[[nodiscard]] Seen Unreadable(const ToolCommand& command);
+
 /// Calls of the module's file through the host's loader, on a server that is well until a test says
 /// otherwise. When a test has ended, the same provider must do its work as if nothing had happened.
 class MisbehaviourTest : public ::testing::Test {
