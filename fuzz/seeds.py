@@ -21,7 +21,7 @@ def all_inputs(scenarios):
     controllers = [pieces(each) for each in reports if each.name.startswith("ctrlinfo_")]
     groups = [pieces(each) for each in reports if each.name.startswith("ldpdinfo_")]
     drives = [pieces(each) for each in reports if each.name.startswith("pdinfo_")]
-    groups_start = [each[0][:600] for each in groups if each]
+    groups_start = [each[0][:150] for each in groups if each]
     # A report that no longer ends well is a first input like any other.
     return {
         "ctrl_report": joined(flat(controllers)),
@@ -50,15 +50,14 @@ def paired(firsts, others):
 
 
 def pieces(path, most=8):
-    """The report in pieces that are short enough, cut at blank lines; whole lines are left out that are not."""
-    result, piece = [], b""
-    for paragraph in path.read_bytes().split(b"\n\n"):
-        paragraph = paragraph[:LONGEST // 2] + b"\n\n"
-        if len(piece) + len(paragraph) > LONGEST * 3 // 4:
-            result.append(piece)
-            piece = b""
-        piece += paragraph
-    return (result + [piece])[:most]
+    """The report's sections, some together and each by itself, all of them short enough."""
+    sections = [each[:LONGEST // 4] + b"\n\n" for each in path.read_bytes().split(b"\n\n")]
+    together = [b""]
+    for section in sections:
+        if len(together[-1]) + len(section) > LONGEST * 3 // 4:
+            together.append(b"")
+        together[-1] += section
+    return together[:most] + sections[:most]
 
 
 def conversions(texts):
