@@ -1,5 +1,6 @@
 #include "fuzz/support/InstallRoots.h"
 
+#include "fuzz/support/CheckedLibrary.h"
 #include "fuzz/support/Property.h"
 
 #include <dlfcn.h>
@@ -17,6 +18,8 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char* kNames[] = {"plain", "with-key", "without-library"};
+std::size_t g_closings = 0;
+
 constexpr const char* kLibraryFile = "libqel_MngSrv_QelLib.so";
 
 }  // namespace
@@ -47,7 +50,12 @@ std::string InstallRoots::PathOf(Root root) const {
 }
 
 void InstallRoots::Use(Root root) const {
+    g_closings = 0;
     ::setenv("ZORBALT_INSTALL_DIR", PathOf(root).c_str(), 1);
+}
+
+std::size_t InstallRoots::LibraryClosings() {
+    return g_closings;
 }
 
 std::size_t InstallRoots::RemoveResultFiles(Root root) const {
@@ -70,3 +78,16 @@ int LowestFreeDescriptor() {
 }
 
 }  // namespace fuzzing
+
+// NOLINTBEGIN(bugprone-reserved-identifier): the linker's names
+extern "C" {
+
+int __real_dlclose(void* handle);
+
+int __wrap_dlclose(void* handle) {
+    fuzzing::CheckedLibrary::RequireNothingAlive();
+    ++fuzzing::g_closings;
+    return __real_dlclose(handle);
+}
+}
+// NOLINTEND(bugprone-reserved-identifier)

@@ -23,8 +23,11 @@ class InstallRoots final {
     InstallRoots(const InstallRoots&) = delete;
     InstallRoots& operator=(const InstallRoots&) = delete;
 
-    /// The root of the calls that follow.
+    /// The root of the calls that follow; starts the count of closings anew.
     void Use(Root root) const;
+
+    /// How often the library has been closed. No item may be alive then.
+    [[nodiscard]] static std::size_t LibraryClosings();
 
     /// Removes the result files that a call left in its root; how many there were.
     [[nodiscard]] std::size_t RemoveResultFiles(Root root) const;

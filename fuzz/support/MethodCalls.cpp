@@ -78,6 +78,10 @@ constexpr std::array<Failure, 8> kFailures = {{{msraid::kToolOrXmlFailed, kToolF
                                                {msraid::kNoAuthority, kNoAuthority},
                                                {msraid::kGeneralFailure, kParameter}}};
 
+void CheckClosings(std::size_t loads) {
+    Require(InstallRoots::LibraryClosings() == loads, "the library is closed as often as it was loaded");
+}
+
 /// Exactly the failures that were scripted happened.
 void CheckReason(const CallPlan& plan, const CallResult& result, std::size_t parameters) {
     const std::string& reason = result.messages.front();
@@ -85,8 +89,7 @@ void CheckReason(const CallPlan& plan, const CallResult& result, std::size_t par
         return each.code == result.returnValue && each.reason == reason;
     });
     Require(isPrescribed, "a failure has its return value and its reason");
-    const std::size_t commands = ScriptedTool::Commands();
-    Require((reason == kNotInstalled) == (ScriptedTool::WasMissed() && commands == 0),
+    Require((reason == kNotInstalled) == ScriptedTool::IsMissingAtFirst(),
             "reason 03: the tool was not there at first");
     Require(
         (reason == kNoAuthority) == (plan.root == Root::WithKey && !plan.hasKey && reason != kNotInstalled),
@@ -95,7 +98,10 @@ void CheckReason(const CallPlan& plan, const CallResult& result, std::size_t par
             "reason 05: the library is not there");
     Require((reason == kConversionFailed) == CheckedLibrary::HasRefusedTheInterface(),
             "reason 02: the library refused");
-    Require(reason != kParameter || plan.parameters.size() < parameters, "reason 09: a parameter is missing");
+    const bool isBeforeParameters = reason == kNotInstalled || reason == kNoAuthority || reason == kNoLibrary;
+    Require((reason == kParameter) == (plan.parameters.size() < parameters && !isBeforeParameters),
+            "reason 09: a parameter is missing");
+    CheckClosings(isBeforeParameters ? 0 : 1);
     if (reason == kToolFailed || reason == kReportNotReadable || reason == kReportNotParsable) {
         const bool failed = ScriptedTool::HasLastCommandFailed();
         const bool noFile = ScriptedTool::HasLastCommandNoFile();
@@ -116,12 +122,29 @@ void CheckSuccess(const CallPlan& plan, const CallResult& result, std::size_t pa
             "no document is made without a report");
     Require(!CheckedLibrary::HasRefusedAnItem() && !CheckedLibrary::HasRefusedTheInterface(),
             "no document lacks an item");
+    CheckClosings(1);
 }
 
-void CheckException(const CallResult& result) {
+/// Whether the version query ends in an exception for this text: a colon ends the line of the version.
+bool HasNoVersionBehindColon(std::string_view text) {
+    const std::size_t key = text.find("Product Version");
+    if (key == std::string_view::npos) {
+        return false;
+    }
+    std::string_view line = text.substr(0, text.find('\n', key));
+    line.remove_prefix(line.rfind('\n') == std::string_view::npos ? 0 : line.rfind('\n') + 1);
+    return line.find(':') == line.size() - 1;
+}
+
+void CheckException(const CallResult& result, bool isInVersionQuery) {
     Require(result.status == WBEM_E_FAILED && result.returnValue == msraid::kDispatchException,
             "an exception has its status and its return value");
     Require(!result.hasDocument && result.messages.empty(), "an exception leaves no document and no message");
+    if (isInVersionQuery) {
+        Require(ScriptedTool::Commands() == 1 && HasNoVersionBehindColon(ScriptedTool::LastText()),
+                "GetInfo throws for one reason only");
+    }
+    CheckClosings(isInVersionQuery ? 0 : 1);
 }
 
 class SilentListener final : public ITraceListener {
@@ -141,8 +164,9 @@ CallResult Call(FrameworkCaller& caller, const Sections& sections, std::size_t p
     const CallResult result = caller.Call(plan.parameters, plan.hasKey);
 
     Require(result.indications == 1 && result.statuses == 1, "a call has one result and one status");
+    const bool failsInVersionQuery = parameters == 0 && result.status != 0;
     if (result.status != 0) {
-        CheckException(result);
+        CheckException(result, failsInVersionQuery);
     } else if (result.returnValue != msraid::kSuccess) {
         Require(result.messages.size() == 1, "a failure has one message");
         CheckReason(plan, result, parameters);
@@ -153,8 +177,7 @@ CallResult Call(FrameworkCaller& caller, const Sections& sections, std::size_t p
     Require(LowestFreeDescriptor() == descriptor, "no descriptor is left open");
 
     // The version query's file stays when a colon ends its line, and only that.
-    const bool keepsFile = parameters == 0 && result.status != 0;
-    Require(roots.RemoveResultFiles(plan.root) == (keepsFile ? 1U : 0U), "no result file is left");
+    Require(roots.RemoveResultFiles(plan.root) == (failsInVersionQuery ? 1U : 0U), "no result file is left");
     return result;
 }
 

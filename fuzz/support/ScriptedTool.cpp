@@ -160,8 +160,8 @@ void ScriptedTool::UninstallFrom(std::size_t question) {
     g_tool.installedFor = question;
 }
 
-bool ScriptedTool::WasMissed() {
-    return g_tool.questions > g_tool.installedFor;
+bool ScriptedTool::IsMissingAtFirst() {
+    return g_tool.installedFor == 0;
 }
 
 std::size_t ScriptedTool::Commands() {
@@ -174,6 +174,10 @@ bool ScriptedTool::HasLastCommandFailed() {
 
 bool ScriptedTool::HasLastCommandNoFile() {
     return !g_tool.command.hasFile;
+}
+
+std::string_view ScriptedTool::LastText() {
+    return g_tool.command.text;
 }
 
 }  // namespace fuzzing

@@ -30,8 +30,8 @@ class ScriptedTool final {
     /// From the given question on (0 is the next) the tool's file is not there.
     static void UninstallFrom(std::size_t question);
 
-    /// Whether the tool was asked for and was not there.
-    [[nodiscard]] static bool WasMissed();
+    /// Whether the tool was not even there at the first question.
+    [[nodiscard]] static bool IsMissingAtFirst();
 
     /// Commands begun, each with a result file of its own and one attempt or more.
     [[nodiscard]] static std::size_t Commands();
@@ -41,6 +41,9 @@ class ScriptedTool final {
 
     /// Whether the last command left no result file.
     [[nodiscard]] static bool HasLastCommandNoFile();
+
+    /// What the last run of the last command printed.
+    [[nodiscard]] static std::string_view LastText();
 };
 
 }  // namespace fuzzing
