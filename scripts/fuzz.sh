@@ -74,7 +74,7 @@ fuzz_target() {
 merge_target() {
     local target=$1 kept=fuzz/corpus/$1 minimal=$TMPDIR/$1
     mkdir -p "$kept" "$RESULTS/corpus/$target" "$minimal"
-    run_fuzzer "$target" -merge=1 "$minimal" "$kept" "$RESULTS/corpus/$target"
+    run_fuzzer "$target" -set_cover_merge=1 "$minimal" "$kept" "$RESULTS/corpus/$target"
     # Inputs that found something have names of their own and stay.
     find "$kept" -type f -regex '.*/[0-9a-f]*' -delete
     cp "$minimal"/* "$kept/"
