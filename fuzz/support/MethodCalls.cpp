@@ -161,7 +161,7 @@ CallResult Call(FrameworkCaller& caller, const Sections& sections, std::size_t p
     InstallRoots& roots = InstallRoots::Process();
     roots.Use(plan.root);
     const int descriptor = LowestFreeDescriptor();
-    const CallResult result = caller.Call(plan.parameters, plan.hasKey);
+    CallResult result = caller.Call(plan.parameters, plan.hasKey);
 
     Require(result.indications == 1 && result.statuses == 1, "a call has one result and one status");
     const bool failsInVersionQuery = parameters == 0 && result.status != 0;
