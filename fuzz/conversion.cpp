@@ -8,6 +8,7 @@
 #include "fuzz/support/Property.h"
 
 #include <algorithm>
+#include <cstring>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -52,7 +53,8 @@ void AddItem(ItemList& items, std::string_view section) {
     std::string* const rewritten[] = {&item->m_ParentName, &item->m_Name, &item->m_Value};
     std::size_t number = 0;
     for (std::string* const text : rewritten) {
-        Require(*text == field(number).c_str(), "an item holds its texts up to their ends");
+        Require(std::strcmp(text->c_str(), field(number).c_str()) == 0,
+                "an item holds its texts up to their ends");
         if (fields.size() > number + std::size(rewritten)) {
             *text = field(number + std::size(rewritten));
         }
