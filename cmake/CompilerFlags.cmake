@@ -24,3 +24,7 @@ if(ZORBALT_SANITIZE)
 elseif(CMAKE_BUILD_TYPE MATCHES "Rel")
   add_compile_options(-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3 -D_GLIBCXX_ASSERTIONS)
 endif()
+# What the fuzzer learns from; comparisons are left out, which cost more than the dictionary leaves to learn.
+if(ZORBALT_FUZZ)
+  add_compile_options(-fsanitize-coverage=inline-8bit-counters,pc-table)
+endif()

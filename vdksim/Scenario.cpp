@@ -194,29 +194,26 @@ std::optional<Scenario::Text> Scenario::MadeUpText(const Command& command) const
     return [=](std::ostream& out) { server.WriteDrive(out, controller, *number); };
 }
 
+// One by one while they are printed: a made-up server may have very many, of which the reader takes few.
 Scenario::Text Scenario::AllControllers() const {
-    std::vector<Text> texts;
-    Command one;
-    one.kind = Command::Kind::Controllers;
-    for (one.controller = 0;; ++*one.controller) {
-        if (auto contents = Contents(one.FileStem() + ".txt")) {
-            // The next controller's first line must not grow onto this one's last.
-            if (!contents->empty() && contents->back() != '\n') {
-                contents->push_back('\n');
+    return [scenario = *this](std::ostream& out) {
+        Command one;
+        one.kind = Command::Kind::Controllers;
+        for (one.controller = 0; out; ++*one.controller) {
+            if (const auto contents = scenario.Contents(one.FileStem() + ".txt")) {
+                out << *contents;
+                // The next controller's first line must not grow onto this one's last.
+                if (!contents->empty() && contents->back() != '\n') {
+                    out << '\n';
+                }
+            } else if (const auto madeUp = scenario.m_MadeUp ? scenario.MadeUpText(one) : std::nullopt) {
+                (*madeUp)(out);
+            } else {
+                break;
             }
-            texts.push_back(TextFrom(std::move(*contents)));
-        } else if (auto madeUp = m_MadeUp ? MadeUpText(one) : std::nullopt) {
-            texts.push_back(std::move(*madeUp));
-        } else {
-            break;
         }
-    }
-    if (texts.empty()) {
-        return TextFrom("No controller is present.\n");
-    }
-    return [texts = std::move(texts)](std::ostream& out) {
-        for (const Text& text : texts) {
-            text(out);
+        if (*one.controller == 0) {
+            out << "No controller is present.\n";
         }
     };
 }

@@ -65,6 +65,15 @@ TEST_F(ScenarioTest, AllControllersAreTheirTextsOneBehindTheOther) {
     EXPECT_EQ(Run("-ctrlinfo -aAll").out, "its own\n");
 }
 
+TEST_F(ScenarioTest, OfVeryManyControllersOnlyThoseThatAreTakenAreMadeUp) {
+    m_Folder.Write("server.conf", "controllers 4294967295\n");
+    m_Folder.Write("any.do", "truncate 100K\n");
+    const Ended ended = Run("-ctrlinfo -aAll");
+    EXPECT_EQ(ended.out.size(), 100U * 1024);
+    EXPECT_EQ(ended.out.find("RAID Controller"), 0U);
+    EXPECT_EQ(ended.ExitStatus(), 0);
+}
+
 TEST_F(ScenarioTest, AServerWithoutControllersAnswersThatItHasNone) {
     const Ended ended = Run("-ctrlinfo -aAll");
     EXPECT_EQ(ended.out, "No controller is present.\n");

@@ -1,0 +1,165 @@
+#!/usr/bin/env python3
+"""Makes first inputs for the fuzz targets out of the scenarios: seeds.py SCENARIOS OUTPUT, a folder per target."""
+import pathlib
+import sys
+
+SECTION, FIELD = b"\x1e", b"\x1f"
+LONGEST = 1024
+
+# A table that the reader leaves by exception while it still holds items back.
+SHORT_ROW = b"""PD0(LD0)
+### General Information ###
+Interface Type: SATA
+
+PD1(GHS)
+### SMART Information ###
+
+Attribute Raw x
+"""
+
+
+def main():
+    scenarios, output = map(pathlib.Path, sys.argv[1:])
+    for name, inputs in all_inputs(scenarios).items():
+        folder = output / name
+        folder.mkdir(parents=True, exist_ok=True)
+        for number, text in enumerate(inputs):
+            (folder / f"seed{number:03}").write_bytes(text)
+
+
+def all_inputs(scenarios):
+    reports = sorted(scenarios.rglob("*.txt"))
+    controllers = [pieces(each) for each in reports if each.name.startswith("ctrlinfo_")]
+    groups = [pieces(each) for each in reports if each.name.startswith("ldpdinfo_")]
+    drives = [pieces(each) for each in reports if each.name.startswith("pdinfo_")]
+    groups_start = [each[0][:150] for each in groups if each]
+    # A report that no longer ends well is a first input like any other.
+    return {
+        "ctrl_report": joined(flat(controllers)),
+        "ld_report": joined(flat(groups)),
+        "pd_report": [SECTION.join(pair) for pair in paired(groups_start, flat(drives))],
+        "smart_report": [SECTION.join(pair) for pair in paired(groups_start, flat(drives))] + [SHORT_ROW],
+        "conversion": conversions(flat(controllers) + flat(groups) + flat(drives)),
+        "get_info": whole_calls(scenarios),
+        "get_pd_info": drive_calls(scenarios),
+        "scenario": scenario_files(scenarios),
+    }
+
+
+def flat(lists):
+    return [each for inner in lists for each in inner]
+
+
+def joined(texts):
+    """Each alone, and each before the next."""
+    pairs = [SECTION.join(pair) for pair in zip(texts, texts[1:]) if sum(map(len, pair)) < LONGEST]
+    return texts + pairs
+
+
+def paired(firsts, others):
+    return [(firsts[number % len(firsts)], other) for number, other in enumerate(others)]
+
+
+def pieces(path, most=8):
+    """The report's sections, some together and each by itself, all of them short enough."""
+    sections = [each[:LONGEST // 4] + b"\n\n" for each in path.read_bytes().split(b"\n\n")]
+    together = [b""]
+    for section in sections:
+        if len(together[-1]) + len(section) > LONGEST * 3 // 4:
+            together.append(b"")
+        together[-1] += section
+    return together[:most] + sections[:most]
+
+
+def conversions(texts):
+    """Key lines as items below the title before them."""
+    inputs = [b"RAID", b"RAID\x1e0", b"9\x1eTa", b"RAID\x1exroot", b"RAID\x1eTnobody\x1fa\x1fb"]
+    for text in texts:
+        items, parent = [b"RAID", b"T\x1froot\x1f"], b"root"
+        for line in text.split(b"\n")[:40]:
+            key, colon, value = line.partition(b":")
+            if line.startswith(b"### "):
+                items.append(b"T" + FIELD.join([b"root", line, b""]))
+                parent = line
+            elif colon:
+                flag = b"T" if value.strip() else b"F"
+                items.append(flag + FIELD.join([parent, key.strip(), value.strip()]))
+        items.append(b"F" + FIELD.join([b"nobody", b"a", b"<&\">\xff\xef\xbf\xbe\t", b"root", b"b\xc3\xa9\x01"]))
+        inputs.append(SECTION.join(items)[:LONGEST])
+    return inputs
+
+
+def text_of(folder, name, longest=500):
+    path = folder / name
+    return path.read_bytes()[:longest] if path.exists() else b""
+
+
+def whole_calls(scenarios):
+    inputs = []
+    for folder in sorted(each for each in scenarios.iterdir() if (each / "v.txt").exists()):
+        version = text_of(folder, "v.txt")
+        for number in (0, 1):
+            controller = text_of(folder, f"ctrlinfo_a{number}.txt", 700)
+            groups = text_of(folder, f"ldpdinfo_a{number}.txt")
+            drives = text_of(folder, f"pdinfo_a{number}.txt", 700)
+            all_controllers = b"RAID Controller : 0\n"
+            again = FIELD + b"=" + b"\x03"
+            runs = [b"", version, all_controllers, controller, groups, again, drives]
+            inputs.append(SECTION.join(runs))
+            inputs.append(SECTION.join(runs[:2] + [all_controllers * 2] + runs[3:] + runs[3:]))
+    runs = [b"", b"Product Version : 4.1\n", b"RAID Controller : 0\n", b"RAID Controller : 0\n", b"RG0\nRG No.: 1\n",
+            b"RG No.: 1\n>>PD0(x)\n", b"PD0(LD0)\n### General Information ###\nPD Status: ONLINE\n"]
+    inputs.append(SECTION.join(runs))
+    marker = b"Error - Invalid input at or near token -v\n"
+    for directive in (b"x\x01", b"x\xff", b"s\x09", b"s\x0b", b"t\x00", b"c\x00", b"f\x00", b"w\x00", b"i\x02", b"n\x00"):
+        for at in range(1, len(runs)):
+            failing = FIELD + directive
+            inputs.append(SECTION.join(runs[:at] + [failing + runs[at]] + runs[at:]))
+            if directive == b"x\x01":
+                inputs.append(SECTION.join(runs[:at] + [failing + marker] + runs[at:]))
+                inputs.append(SECTION.join(runs[:at] + [failing] * 3 + runs[at:]))
+    for option in (b"u\x00", b"u\x01", b"u\x03", b"k\x00", b"k\x01", b"l\x00", b"r\x00", b"r\x05", b"R\x00"):
+        inputs.append(SECTION.join([FIELD + option] + runs[1:]))
+    inputs.append(SECTION.join([b"", b"Product Version :"]))
+    inputs.append(SECTION.join([b"", b"Product Version"]))
+    return inputs
+
+
+def drive_calls(scenarios):
+    inputs = []
+    for path in sorted(scenarios.rglob("pdinfo_pd*_a*.txt")):
+        number = path.stem[-1].encode()
+        groups = text_of(path.parent, f"ldpdinfo_a{path.stem[-1]}.txt", 400)
+        inputs.append(SECTION.join([number + b" 252 3", groups, path.read_bytes()[:1500]]))
+    runs = [b"0 252 3", b"RG No.: 1\n>>PD0(x)\n",
+            b"PD0(LD0)\n### General Information ###\nInterface Type: SATA\n\n### SMART Information ###\nTemperature: 1\n"]
+    for option in (b"u\x00", b"u\x01", b"k\x00", b"k\x01", b"l\x00", b"r\x00", b"r\x05", b"R\x00"):
+        inputs.append(SECTION.join([FIELD + option + runs[0]] + runs[1:]))
+    for directive in (b"x\x01", b"s\x09", b"t\x00", b"f\x00", b"w\x00", b"i\x02", b"n\x00"):
+        inputs.append(SECTION.join([runs[0], FIELD + directive + runs[1], FIELD + directive] + runs[1:]))
+        inputs.append(SECTION.join(runs[:2] + [FIELD + directive] * 3))
+    inputs.append(SECTION.join([b"0"] + runs[1:]))
+    return inputs
+
+
+def scenario_files(scenarios):
+    """Arguments, then server.conf, v.txt, the command's own instructions and text, and any.do."""
+    inputs = []
+    commands = (b"-v", b"-ctrlinfo -a0", b"-ctrlinfo -aAll", b"-ldpdinfo -a1", b"-pdinfo -a0", b"-pdinfo -nosmart -a0",
+                b"-pdinfo -pd[8:3] -a0", b"-pdinfo -x")
+    report = b"PD0(LD0)\n### General Information ###\n a : b\n### SMART Information ###\n c : d\nPD1(GHS)\n"
+    servers = [each.read_bytes() for each in sorted(scenarios.rglob("server.conf"))] + [b""]
+    instructions = [each.read_bytes() for each in sorted(scenarios.rglob("*.do"))]
+    instructions += [b"fail-first 2K 3 # busy\nsleep 0.5\n", b"exit 255\nmarker a\n", b"marker\nsignal SIGTERM\nstop\n",
+                     b"endless\nstderr\nclose-stdout\n", b"repeat 3\nbytes 1G\ntruncate 64K\nspawn-holder 1.5\n", b"exti\n",
+                     b"sleep 90000\n", b""]
+    for number, words in enumerate(commands):
+        for other, lines in enumerate(instructions):
+            server = servers[(number + other) % len(servers)]
+            texts = [words, server, b"Product Version : 4.1\n", lines, report if other % 2 else b"", b"" if other % 3 else lines]
+            inputs.append(SECTION.join(texts))
+    return inputs
+
+
+if __name__ == "__main__":
+    main()
