@@ -31,4 +31,4 @@ need_packages() {
 }
 
 BUILD_PACKAGES=(g++ cmake ninja-build libcli11-dev)
-CHECK_PACKAGES=("${BUILD_PACKAGES[@]}" clang-14 clang-format-14 clang-tidy-14 libgtest-dev libgmock-dev libxml2-utils python3)
+CHECK_PACKAGES=("${BUILD_PACKAGES[@]}" clang-14 clang-format-14 clang-tidy-14 libgtest-dev libgmock-dev libxml2-utils locales python3)
