@@ -48,6 +48,15 @@ TEST_F(SinkTest, OfADriveQueryWithoutInputHearsOfTheMissingParameter) {
     EXPECT_EQ(seen, "status 00000000, return value 1, MSGID_MNGSRV_RAID_0001_F 09");
 }
 
+TEST_F(SinkTest, MayBeMissing) {
+    const std::string seen = InHost([](Host& host) {
+        return Call(host, "GetInfo", nullptr) + "\n" + Call(host, "GetPDInfo", nullptr) + "\n" +
+               Call(host, nullptr, nullptr) + "\n" + host.Ask();
+    });
+    EXPECT_EQ(seen,
+              "status 00000000\nstatus 00000000\n" + Describe(WBEM_E_INVALID_METHOD) + "\n" + KindAnswer());
+}
+
 TEST_F(SinkTest, WithoutAMethodNameHearsThatThereIsNoSuchMethod) {
     const std::string seen = InHost([](Host& host) {
         KeepingSink sink;
