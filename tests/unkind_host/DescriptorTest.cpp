@@ -66,6 +66,9 @@ TEST_F(DescriptorTest, NumbersBeyondAThousandWork) {
 }
 
 TEST_F(DescriptorTest, WhenNoneIsLeftACallFailsAndWorksAgainWhenSomeAre) {
+    if (kHasAddressSanitizer) {
+        GTEST_SKIP() << "the sanitizers look at pointers through descriptors of their own";
+    }
     const std::string seen = InHost([](Host& host) {
         SetLimit(64);
         ManyDescriptors many(64);
@@ -78,6 +81,9 @@ TEST_F(DescriptorTest, WhenNoneIsLeftACallFailsAndWorksAgainWhenSomeAre) {
 }
 
 TEST_F(DescriptorTest, WithFewLeftACallWorksOrFailsWithAReason) {
+    if (kHasAddressSanitizer) {
+        GTEST_SKIP() << "the sanitizers look at pointers through descriptors of their own";
+    }
     const std::string seen = InHost([](Host& host) {
         SetLimit(64);
         ManyDescriptors many(64);

@@ -31,7 +31,7 @@ void RunWithStack(std::size_t bytes, std::function<void()> work) {
 
 TEST_F(ThreadTest, ASmallStackIsEnough) {
     // The address sanitizer surrounds everything on the stack.
-    constexpr std::size_t kStack = (kHasAddressSanitizer ? 4U : 1U) * 128U * 1024U;
+    constexpr std::size_t kStack = (kHasAddressSanitizer ? 8U : 1U) * 64U * 1024U;
     const std::string seen = InHost([](Host& host) {
         std::string text;
         RunWithStack(kStack, [&] { text = host.Ask(); });
