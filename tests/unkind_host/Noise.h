@@ -2,8 +2,9 @@
 
 #include "qel/portable/CTraceOutput.h"
 
-#include <cstddef>
+#include <deque>
 #include <mutex>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -20,17 +21,14 @@ class Noise final {
     Noise& operator=(const Noise&) = delete;
 
   private:
-    // Hears the trace under a lock, as a host's listener may.
+    // Keeps the last lines that it hears, under a lock, as a host's listener may.
     class Listener final : public ITraceListener {
       public:
-        void OnTrace(const TraceLine& line) noexcept override {
-            const std::lock_guard lock(m_Mutex);
-            m_Bytes += line.text.size();
-        }
+        void OnTrace(const TraceLine& line) noexcept override;
 
       private:
         std::mutex m_Mutex;
-        std::size_t m_Bytes = 0;
+        std::deque<std::string> m_Lines;
     };
 
     Listener m_Listener;

@@ -16,8 +16,11 @@ namespace {
 
 constexpr int kStuck = 124;
 
+// Standard error, kept aside: a child may have put something else in its place.
+int g_output = -1;
+
 void Say(std::string_view text) {
-    (void)!::write(STDERR_FILENO, text.data(), text.size());
+    (void)!::write(g_output, text.data(), text.size());
 }
 
 // The children of this thread, as far as a modest text holds them.
@@ -33,7 +36,7 @@ void Report(int /*signal*/) {
     constexpr int kFrames = 64;
     std::array<void*, kFrames> frames{};
     Say("nothing has moved for too long; this process is at\n");
-    ::backtrace_symbols_fd(frames.data(), ::backtrace(frames.data(), kFrames), STDERR_FILENO);
+    ::backtrace_symbols_fd(frames.data(), ::backtrace(frames.data(), kFrames), g_output);
     std::array<char, 256> buffer{};
     std::string_view children = Children(buffer);
     for (pid_t child = 0; !children.empty(); children.remove_prefix(children.find(' ') + 1)) {
@@ -48,6 +51,7 @@ void Report(int /*signal*/) {
 }  // namespace
 
 Watchdog::Watchdog(std::chrono::seconds patience) : m_Patience(patience) {
+    g_output = ::fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
     void* frame = nullptr;
     ::backtrace(&frame, 1);  // It loads a library the first time, which a signal handler must not.
     struct sigaction action {};
@@ -59,6 +63,7 @@ Watchdog::Watchdog(std::chrono::seconds patience) : m_Patience(patience) {
 Watchdog::~Watchdog() {
     ::alarm(0);
     ::signal(SIGALRM, SIG_DFL);
+    ::close(g_output);
 }
 
 void Watchdog::Moved() const {
