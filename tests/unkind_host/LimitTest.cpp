@@ -131,7 +131,7 @@ class LargeEnvironmentTest : public UnkindHostTest {
 };
 
 TEST_F(LargeEnvironmentTest, WithAVariableTooLongForTheSystemNoToolRuns) {
-    const std::string seen = InHost([this](Host& host) {
+    const std::string seen = InHost([](Host& host) {
         ::setenv("LARGE", std::string(200'000, 'x').c_str(), 1);
         const std::string text = host.Ask();
         ::unsetenv("LARGE");
