@@ -32,5 +32,5 @@ need_packages() {
 
 BUILD_PACKAGES=(g++ cmake ninja-build libcli11-dev)
 CHECK_PACKAGES=("${BUILD_PACKAGES[@]}" clang-14 clang-format-14 clang-tidy-14 cppcheck libgtest-dev
-    libgmock-dev libxml2-utils libexpat1-dev python3)
+    libgmock-dev libxml2-utils libexpat1-dev locales python3)
 FUZZ_PACKAGES=("${BUILD_PACKAGES[@]}" clang-14 libclang-rt-14-dev libexpat1-dev)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tests/support/InChild.h"
 #include "tests/support/TempFolder.h"
 
 #include <filesystem>
@@ -10,6 +11,7 @@
 
 namespace host::test {
 
+using testsupport::InChild;
 using testsupport::ReadFile;
 using testsupport::TempFolder;
 using testsupport::WriteFile;
@@ -37,9 +39,6 @@ struct Command {
 
 /// Runs the command with these words.
 [[nodiscard]] Ended RunCommand(std::vector<std::string> words);
-
-/// What `work` returns in a child process of its own, which may enter a sandbox; "threw: ..." when it throws.
-[[nodiscard]] std::string InChild(const std::function<std::string()>& work);
 
 /// An install root of its own: cim/ with the built module and conversion library, as links.
 class InstallRoot final {
