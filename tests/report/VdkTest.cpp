@@ -19,6 +19,7 @@
 #include <functional>
 #include <iterator>
 #include <new>
+#include <sstream>
 #include <stdexcept>
 
 namespace {
@@ -237,6 +238,25 @@ TEST_F(VdkTest, TheResultFileIsEmptiedAndHasTheModeThatTheUmaskLeaves) {
     EXPECT_EQ(Result(), "new\n");
 }
 
+TEST_F(VdkTest, EverybodyMayReadAndWriteTheResultFileWhereNoUmaskForbidsIt) {
+    const mode_t old = ::umask(0);
+    EXPECT_TRUE(CMSRAID_VDK::ExecCli("vdkcli -v >/dev/null 2>&1; true", ResultFile()));
+    ::umask(old);
+    EXPECT_EQ(std::filesystem::status(ResultFile()).permissions(), std::filesystem::perms{0666});
+}
+
+TEST_F(VdkTest, TheToolHasTheResultFileAsItsStandardOutputAndErrorAndNotOnceMore) {
+    // The list names the one that it is made through as well, which is gone then.
+    EXPECT_TRUE(
+        CMSRAID_VDK::ExecCli("vdkcli -v >/dev/null 2>&1; readlink /proc/$$/fd/*; true", ResultFile()));
+    std::istringstream descriptors(Result());
+    int count = 0;
+    for (std::string target; std::getline(descriptors, target);) {
+        count += target == ResultFile() ? 1 : 0;
+    }
+    EXPECT_EQ(count, 2) << Result();
+}
+
 TEST_F(VdkTest, NoDescriptorAndNoChildIsLeft) {
     const auto descriptors = [] {
         return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
@@ -300,6 +320,19 @@ TEST_F(ChildTraceTest, AShellThatIsNotFound) {
 TEST_F(ChildTraceTest, ReachesStandardErrorAlthoughTheToolsOwnGoesToTheResultFile) {
     EXPECT_THAT(TraceWhen([] { ::setenv("PATH", "/nonexistent", 1); }, ResultFile(), true),
                 ::testing::HasSubstr("\tmsraid\t2\tExecForeignModule execlp Error 00000002.\n"));
+}
+
+TEST_F(VdkTest, AResultFileThatIsTheStandardOutputAlreadyStaysOpen) {
+    m_Tool.Answer("v.txt", "Product Version : 4.1\n");
+    const pid_t child = ::fork();
+    if (child == 0) {
+        ::close(1);  // The lowest free descriptor, which the result file gets.
+        ::_exit(CMSRAID_VDK::ExecCli("vdkcli -v; echo more >&2", ResultFile()) ? 0 : 1);
+    }
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(Result(), "Product Version : 4.1\nmore\n");
 }
 
 TEST_F(VdkTest, WithStandardStreamsClosedTheReportStillArrives) {
