@@ -88,9 +88,9 @@ std::span<const Outcome> PrescribedOutcomes(const Order& order, Place place) {
         case Kind::Unlink:
         case Kind::CloseLibrary:
             return Any<Outcome::Success>();
-        case Kind::Stat:  // Asked by the method, by every run, and by the version's.
-            return order.isLasting ? Any<Outcome::Tool03, Outcome::Tool01>()
-                                   : Any<Outcome::Tool03, Outcome::Tool01, Outcome::Success>();
+        case Kind::Stat:  // The tool's file by the method and every run; the result file only for what it is
+                          // not.
+            return Any<Outcome::Tool03, Outcome::Tool01, Outcome::Success>();
         case Kind::MakeDirectory:
             return Any<Outcome::Tool01, Outcome::Success>();
         case Kind::LoadLibrary:

@@ -2,6 +2,7 @@
 
 #include "qel/portable/CTraceOutput.h"
 
+#include <memory>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -27,7 +28,11 @@ class TraceRecorder final : public ITraceListener {
     void Clear();
 
   private:
+    void Keep(const TraceLine& line);
+
     unsigned m_Levels;
+    // For the lines of a test that leaves no memory.
+    std::unique_ptr<char[]> m_Reserve = std::make_unique<char[]>(std::size_t{1} << 20U);
     mutable std::mutex m_Mutex;
     std::vector<std::string> m_Lines;
 };
