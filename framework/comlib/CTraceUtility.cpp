@@ -50,7 +50,7 @@ void CTraceUtility::WriteDebug(const char* category, int level, const char* form
     const qel::ErrnoKeeper keeper;
     va_list arguments;
     va_start(arguments, format);
-    FormatAndEmit(TextOf(category), level, TextOf(format), arguments);
+    FormatAndEmit(TextOf(category), level, format == nullptr ? "(null)" : format, arguments);
     va_end(arguments);
 }
 
