@@ -28,7 +28,7 @@ TOKENS = [(re.compile(pattern), replacement) for pattern, replacement in [
     (r"\bbegin\(\)", "end()"), (r"\bend\(\)", "begin()"),
     (r"\bfront\(\)", "back()"), (r"\bback\(\)", "front()"), (r"\bpop_back\(\)", "pop_front()"),
     (r"\bstd::prev\(", "std::next("), (r"\bstd::next\(", "std::prev("), (r"\bstd::(?:prev|next)\(", "("),
-    (r"\bfind\(", "rfind("), (r"\bfind_first_", "find_last_"), (r"\bfind_last_", "find_first_"),
+    (r"\bfind\((?![^()]*\) [!=]=)", "rfind("), (r"\bfind_first_", "find_last_"), (r"\bfind_last_", "find_first_"),
     (r"\bbreak;", "continue;"), (r"\bcontinue;", "break;"),
     (r"\{(&?\w+), (&?\w+)", r"{\2, \1"),
     # A condition without any operator that could be changed instead.
@@ -116,6 +116,8 @@ def statement_changes(source: str, code: str) -> Iterator[tuple[int, int, str, s
         is_declaration = bool(DECLARATION.match(text))
         if not is_declaration:
             yield start, end, ";", "the statement is left out"
+        if text.startswith("const OperationTrace"):
+            continue
         if previous and previous.indent == indent and not code[previous.end:start].strip():
             other_is_declaration = bool(DECLARATION.match(previous.text))
             name = re.match(r"[^=(]*?(\w+)(?: =|;|\(|\{)", previous.text) if other_is_declaration else None
