@@ -417,6 +417,11 @@ TEST_F(LDInfoGetterTest, HeldItemsDoNotOutliveTheirReport) {
     EXPECT_THAT(ToolBench::Runs(), ElementsAre("-ldpdinfo -a0", "-ldpdinfo -a0", "-ldpdinfo -a1"));
 }
 
+TEST_F(LDInfoGetterTest, HeldItemsAreDeletedGroupKeysFirstThenTheLDListThenTheAccessPolicy) {
+    EXPECT_THAT(DeletedBy(kGeneral + "\nAccess Policy : 1\n\nRG0\n>LD0\nRG1\nA : 1\nB : 2\n"),
+                ElementsAre("Access Policy", "A", "B", "LD List", "Access Policy"));
+}
+
 TEST_F(LDInfoGetterTest, KeysOutsideTheSectionsAreTestedAsReadAndBlankLinesEndNothing) {
     EXPECT_EQ(ItemsOf("### T ###\n: 1\n : 2\n\nno key\nA : 3\n"),
               (Lines{"|### T ###||TRUE", "### T ###||2|TRUE", "### T ###|A|3|TRUE"}));
