@@ -121,7 +121,7 @@ def statement_changes(source: str, code: str) -> Iterator[tuple[int, int, str, s
         if previous and previous.indent == indent and not code[previous.end:start].strip():
             other_is_declaration = bool(DECLARATION.match(previous.text))
             name = re.match(r"[^=(]*?(\w+)(?: =|;|\(|\{)", previous.text) if other_is_declaration else None
-            if not (is_declaration and other_is_declaration) and "(" in text + previous.text and not (
+            if not (is_declaration and other_is_declaration) and "(" in text and "(" in previous.text and not (
                     name and re.search(rf"\b{name[1]}\b", text)):
                 yield (previous.start, end,
                        source[start:end] + source[previous.end:start] + source[previous.start:previous.end],
