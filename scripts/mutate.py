@@ -26,7 +26,7 @@ SOURCES = [*sorted((ROOT / "readers").glob("*.cpp")), ROOT / "report" / "CMSRAID
 # In the order of asking: nearest first, since most changes are noticed there.
 PROGRAMS = {"readers": ["readers_test", "provider_test"], "report": ["report_test", "readers_test", "provider_test"]}
 SHORTEST_LIMIT_S = 60
-LIMIT_CPU_S = 20
+LIMIT_CPU_S = 10
 LIMIT_MEMORY = 2 << 30
 NOTICED, LEFT, NOT_COMPILED = "noticed", "LEFT", "not compiled"
 

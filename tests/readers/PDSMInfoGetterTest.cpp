@@ -352,6 +352,11 @@ TEST_F(PDSMInfoGetterTest, ASATARowWithAnotherNumberOfCellsFailsBehindItsGroupIt
     EXPECT_EQ(m_Library.ItemsDeleted() - before, 7U);
 }
 
+TEST_F(PDSMInfoGetterTest, ARowWhoseOwnItemIsRefusedIsNotBlamedForItsCells) {
+    m_Library.FailCreationsFrom(7);
+    EXPECT_EQ(FailuresOf(TypeLine("SATA") + kSMART + "\n" + kKeys + "ID Attribute Flag\nline\n7\n"), Lines{});
+}
+
 TEST_F(PDSMInfoGetterTest, ASATARowThatEndsWithinItsNamesWidthLeavesByException) {
     const std::string header = "ID Attribute Flag\nline\n";
     const Lines rows{"1 short name", "1 " + std::string(38, 'n') + " x", "1 n\t" + std::string(30, 'x')};
