@@ -14,6 +14,7 @@ import signal
 import subprocess
 import sys
 import time
+from collections import Counter
 from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
 from typing import NamedTuple
@@ -146,15 +147,17 @@ class Workshop:
             shutil.rmtree(temporary, ignore_errors=True)
 
 
-def not_observable() -> dict[tuple[str, str, str], str]:
-    """Reasons by file, line and change. An entry is three lines: "file: line", "-> change" and "why: reason"."""
+def not_observable() -> set[tuple[str, str, str, str]]:
+    """Keys of mutants. An entry is three lines: "file function: line", "-> change" and "why: reason"."""
     lines = [line.strip() for line in NOT_OBSERVABLE.read_text().splitlines()
              if line.strip() and not line.startswith("#")]
-    reasons = {}
-    for place, change, why in zip(*[iter(lines)] * 3, strict=True):
-        file, original = place.split(": ", 1)
-        reasons[file, original, change.removeprefix("-> ")] = why.removeprefix("why: ")
-    return reasons
+    keys = set()
+    for where, change, why in zip(*[iter(lines)] * 3, strict=True):
+        place, original = where.split(": ", 1)
+        if not why.startswith("why: "):
+            sys.exit(f"{NOT_OBSERVABLE.name} gives no reason for: {where}")
+        keys.add((*place.split(" "), original, change.removeprefix("-> ")))
+    return keys
 
 
 def arguments() -> argparse.Namespace:
@@ -167,22 +170,22 @@ def arguments() -> argparse.Namespace:
     return parser.parse_args()
 
 
-def chosen_mutants(sources: list[str], reasons: dict[tuple[str, str, str], str]) -> list[Mutant]:
+def chosen_mutants(sources: list[str], excused: set[tuple[str, str, str, str]]) -> list[Mutant]:
     chosen = []
     for name in sources or map(str, SOURCES):
         file, _, line = name.partition(":")
         path = Path(file).resolve().relative_to(ROOT)
         chosen += [mutant for mutant in mutants(str(path), (ROOT / path).read_text())
                    if not line or mutant.line == int(line)]
-        if not line:
-            known = {mutant[0:1] + mutant[2:4] for mutant in chosen}
-            for stale in (key for key in reasons if key[0] == str(path) and key not in known):
-                sys.exit(f"{NOT_OBSERVABLE.name} explains a change that is not made: {stale}")
-    return [mutant for mutant in chosen if (mutant.file, mutant.original, mutant.change) not in reasons]
+        made = Counter(mutant.key for mutant in chosen)
+        for key in excused:
+            if not line and key[0] == str(path) and made[key] != 1:
+                sys.exit(f"An entry of {NOT_OBSERVABLE.name} fits {made[key]} changes, not one: {key}")
+    return [mutant for mutant in chosen if mutant.key not in excused]
 
 
 def describe(mutant: Mutant) -> str:
-    return f"{mutant.file}:{mutant.line}: {mutant.original}\n    -> {mutant.change}"
+    return f"{mutant.file}:{mutant.line} {mutant.function}: {mutant.original}\n    -> {mutant.change}"
 
 
 def main() -> int:

@@ -6,12 +6,18 @@ from typing import Iterator, NamedTuple
 
 
 class Mutant(NamedTuple):
-    """One changed source. `file`, `original` and `change` name it whatever happens to the lines around it."""
+    """One changed source."""
     file: str
     line: int
+    function: str
     original: str  # the text of the line
     change: str  # that line as changed, or what became of its statement
     text: str  # the whole source
+
+    @property
+    def key(self) -> tuple[str, str, str, str]:
+        """Names it whatever becomes of the lines in front of it."""
+        return self.file, self.function, self.original, self.change
 
 
 # Not in comments, texts and preprocessor lines.
@@ -46,6 +52,9 @@ NO_STATEMENT = re.compile(r"(if|for|while|else|return|break|continue|try|using|c
                           r"|[{}#:\])&|?]")
 DECLARATION = re.compile(r"(?!const OperationTrace)(?:static |const |constexpr |auto |unsigned |long |bool "
                          r"|(?:std::)?[\w:<>]+[&*]? (?:\*?const )?\w+(?: =|;|\(|\{))")
+
+
+FUNCTION = re.compile(r"^\w[^\n]*?(~?\w+)\(", re.MULTILINE)
 
 
 class Statement(NamedTuple):
@@ -111,11 +120,11 @@ def statement_changes(source: str, code: str) -> Iterator[tuple[int, int, str, s
                        if line.strip() and len(line) - len(line.lstrip()) < indent][-1].strip()
             closing = code[end:].lstrip().split("\n")[0].strip()
             if closing == "}" and re.match(r"if|for|while|\} else", opening):
-                yield start, end, ";", "the return is left out"
+                yield start, end, ";", f"left out behind: {opening}"
             continue
         is_declaration = bool(DECLARATION.match(text))
         if not is_declaration:
-            yield start, end, ";", "the statement is left out"
+            yield start, end, ";", "left out"
         if text.startswith("const OperationTrace"):
             continue
         if previous and previous.indent == indent and not code[previous.end:start].strip():
@@ -125,7 +134,7 @@ def statement_changes(source: str, code: str) -> Iterator[tuple[int, int, str, s
                     name and re.search(rf"\b{name[1]}\b", text)):
                 yield (previous.start, end,
                        source[start:end] + source[previous.end:start] + source[previous.start:previous.end],
-                       "it and the next statement change places")
+                       f"changes places with: {source[start:end].splitlines()[0]}")
         previous = statement
 
 
@@ -143,7 +152,7 @@ def mutants(file: str, source: str) -> Iterator[Mutant]:
         seen.add(text)
         line_start = source.rfind("\n", 0, start) + 1
         line_end = source.find("\n", end)
-        yield Mutant(file, source.count("\n", 0, start) + 1,
+        yield Mutant(file, source.count("\n", 0, start) + 1, (FUNCTION.findall(code, 0, start) or ["-"])[-1],
                      source[line_start:source.find("\n", start)].strip(),
                      change or " ".join((source[line_start:start] + replacement + source[end:line_end]).split()),
                      text)

@@ -208,7 +208,8 @@ TEST_F(CtrlInfoGetterTest, VersionAndBuildTimePlaceholdersAreCrossed) {
             keys += name + " : 1\n";
             expected.push_back(name + "|1|TRUE");
         }
-        EXPECT_EQ(FirmwareOf(keys), expected) << row.present;
+        expected.emplace_back("Last|0|TRUE");
+        EXPECT_EQ(FirmwareOf(keys + "Last : 0\n"), expected) << row.present;
     }
 }
 

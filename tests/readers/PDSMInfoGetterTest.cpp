@@ -188,7 +188,8 @@ TEST_F(PDSMInfoGetterTest, TheKeysPassOverLinesWithoutAUsableColonAndEndAtABlank
 }
 
 TEST_F(PDSMInfoGetterTest, WithoutATableThePlaceholderNamesTheInterfaceType) {
-    for (const std::string rest : {"", "\n", "\n \t\r\n\n", " \t", "no table\n", "no table", "attribute\n"}) {
+    for (const std::string rest :
+         {"", "\n", "\n \t\r\n\n", " \t", "no table\n", "no table", "attribute\n", "Attribut e\n"}) {
         EXPECT_EQ(TableOf("SAS", rest), Lines{kNoSASTable}) << rest;
         EXPECT_EQ(TableOf("SATA", rest), Lines{kNoSATATable}) << rest;
         for (const std::string type : {"", "NVMe", "sas", "SAS 12G", "SATA3", "S"}) {
@@ -393,6 +394,7 @@ TEST_F(PDSMInfoGetterTest, ASASRowThatEndsBeforeAColumnStartsLeavesByException) 
     ExpectOutOfRange("SAS", kSASHeader + "ReadAllTheThing\n", "ParseSMARTSAS");
     ExpectOutOfRange("SAS", kSASHeader + "Read      12    3\nRead\n", "ParseSMARTSAS");
     ExpectOutOfRange("SAS", kSASHeader + "[head 0]\n", "ParseSMARTSAS");
+    ExpectOutOfRange("SAS", kSASHeader + "[Hea d]\n", "ParseSMARTSAS");
 }
 
 TEST_F(PDSMInfoGetterTest, AHeadLabelsTheFirstCellsOfTheRowsBelowItUntilTheNext) {

@@ -275,7 +275,7 @@ TEST_F(InfoGetterTest, KeyLinesAreSplitAtTheFirstColon) {
 
 TEST_F(InfoGetterTest, ALineWithoutAUsableColonIsNoKeyLine) {
     m_Reader.m_pMngLib = m_Library.Wrapper();
-    for (const std::string line : {":value", "key", "", ":"}) {
+    for (const std::string line : {":value", ":a:b", "key", "", ":"}) {
         m_Trace.Clear();
         EXPECT_EQ(m_Reader.ParseKeyValue(m_NoFile, line, m_Items), 0x80000001U);
         EXPECT_THAT(m_Trace.Lines(), ElementsAre("2 Failed to parse ParseKeyValue.(" + line + ")"));
