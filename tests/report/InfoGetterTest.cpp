@@ -191,6 +191,7 @@ TEST_F(InfoGetterTest, AResultFileThatIsGoneIsAFailureOfItsOwn) {
     EXPECT_EQ(m_Reader.m_Reason, "04");
     ASSERT_EQ(Failures().size(), 2U);
     EXPECT_THAT(Failures()[0], StartsWith("Failed to open file output by vdkcli(" + m_Root.Path().string()));
+    EXPECT_THAT(Failures()[0], EndsWith("_MngSrvRaid.txt)."));
     EXPECT_THAT(Failures()[1], StartsWith("Failed to delete file(" + m_Root.Path().string()));
 }
 
