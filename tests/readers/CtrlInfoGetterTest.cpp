@@ -93,6 +93,7 @@ TEST_F(CtrlInfoGetterTest, ANumberLineStartsATreeOnlyWithTheWholeHeadInFrontAndA
     EXPECT_EQ(ItemsOf("RAID Controllers of this server: 0\n"), tree);
     EXPECT_EQ(ItemsOf("RAID Controller\n"), Lines{});
     EXPECT_EQ(ItemsOf(" RAID Controller : 0\n"), Lines{"|RAID Controller|0|TRUE"});
+    EXPECT_EQ(ItemsOf("RAID Controlle : 0\n"), Lines{"|RAID Controlle|0|TRUE"});
     EXPECT_EQ(ItemsOf("RAID controller : 0\n"), Lines{"|RAID controller|0|TRUE"});
 }
 
@@ -208,7 +209,8 @@ TEST_F(CtrlInfoGetterTest, VersionAndBuildTimePlaceholdersAreCrossed) {
             keys += name + " : 1\n";
             expected.push_back(name + "|1|TRUE");
         }
-        EXPECT_EQ(FirmwareOf(keys), expected) << row.present;
+        expected.emplace_back("Last|0|TRUE");
+        EXPECT_EQ(FirmwareOf(keys + "Last : 0\n"), expected) << row.present;
     }
 }
 

@@ -215,6 +215,7 @@ TEST_F(LDInfoGetterTest, AnLDLineIsReadAsFarAsItsTextGoes) {
         {">LD0(a, b c,", {list, number, name, capacity}},
         {">LD0(a, b c, d)", {list, number, name, capacity, "LD List|State|d|TRUE"}},
         {">LD0(a, b c, d e, f) g", {list, number, name, capacity, "LD List|State|d e|TRUE"}},
+        {">LD0(a, b c, d, e, f)", {list, number, name, capacity, "LD List|State|d|TRUE"}},
         {">LD0(a, b c, d ) e)", {list, number, name, capacity, "LD List|State|d|TRUE"}},
         {">LD0(a, b c, d ) e, f", {list, number, name, capacity, "LD List|State|d ) e|TRUE"}},
         {">LD0(a, b c, d\r", {list, number, name, capacity, "LD List|State|d|TRUE"}},
@@ -333,7 +334,7 @@ TEST_F(LDInfoGetterTest, EveryAssociatedLineMakesAGroupItemAndIsReadAsFarAsItsTe
     EXPECT_EQ(
         ItemsOf(kGeneral +
                 "\nAssociated CacheCade LD\nno bracket : x\n LD0 (a)\n(\nLD1(a, b\nLD2(a,b,c)\n### T ###\n" +
-                "Associated CacheCade LD\n>>LD3(a, b, c , d)\n \t\nA : 1\n"),
+                "Associated CacheCade LD\n>>LD3(a, b, c , d)\nLD4(a(b)\n \t\nA : 1\n"),
         (Lines{"|" + kGeneral + "||TRUE",
                group,
                group,
@@ -355,6 +356,8 @@ TEST_F(LDInfoGetterTest, EveryAssociatedLineMakesAGroupItemAndIsReadAsFarAsItsTe
                key + "Name|a|TRUE",
                key + "Capacity|b|TRUE",
                key + "State|c|TRUE",
+               group,
+               key + "LD No.|LD4|TRUE",
                kGeneral + "|Stripe Size||FALSE",
                kGeneral + "|A|1|TRUE"}));
 }
@@ -415,6 +418,11 @@ TEST_F(LDInfoGetterTest, HeldItemsDoNotOutliveTheirReport) {
     EXPECT_EQ(TakeItems(),
               (Lines{"|" + kGeneral + "||TRUE", kGeneral + "|" + kNoCache, "|" + kSettings + "||TRUE"}));
     EXPECT_THAT(ToolBench::Runs(), ElementsAre("-ldpdinfo -a0", "-ldpdinfo -a0", "-ldpdinfo -a1"));
+}
+
+TEST_F(LDInfoGetterTest, HeldItemsAreDeletedGroupKeysFirstThenTheLDListThenTheAccessPolicy) {
+    EXPECT_THAT(DeletedBy(kGeneral + "\nAccess Policy : 1\n\nRG0\n>LD0\nRG1\nA : 1\nB : 2\n"),
+                ElementsAre("Access Policy", "A", "B", "LD List", "Access Policy"));
 }
 
 TEST_F(LDInfoGetterTest, KeysOutsideTheSectionsAreTestedAsReadAndBlankLinesEndNothing) {
@@ -566,6 +574,7 @@ TEST_F(LDInfoGetterTest, DrivesAreMappedToTheGroupInForce) {
     EXPECT_EQ(GroupsIn("RG0\n RG No. : RG0\n>>PD3(ONLINE)\n  >>PD 12 (x\r\nRG No.:\tscRG1 \r\nRG1\n>>PD5(\n"),
               (GroupMap{{3, "RG0"}, {12, "RG0"}, {5, "scRG1"}}));
     EXPECT_EQ(GroupsIn("RG No. : a : b\n>>PD0(x)"), (GroupMap{{0, "a : b"}}));
+    EXPECT_EQ(GroupsIn(" \t  RG No.:RG0\n>>PD0(x)"), (GroupMap{{0, "RG0"}}));
     EXPECT_THAT(ToolBench::Runs(), ::testing::Each("-ldpdinfo -a3"));
 }
 

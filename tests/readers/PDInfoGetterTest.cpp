@@ -188,7 +188,7 @@ TEST_F(PDInfoGetterTest, ADedicatedSparesGroupLosesItsLastCharacterWhateverItIs)
 
 TEST_F(PDInfoGetterTest, OnlyAnUnknownMembershipPutsTheLogicalDriveBeforeTheGroup) {
     for (const std::string membership :
-         {"XYZ)", "UNCONFIG", " LD0)", " GHS)", "ghs)", "D", ")", "(LD0)", "RL"}) {
+         {"XYZ)", "UNCONFIG", " LD0)", " GHS)", "ghs)", "D", ")", "(LD0)", "RL", "L0)"}) {
         EXPECT_EQ(HeaderItems("PD0(" + membership),
                   (Lines{"PD No.|PD0|TRUE", "LD No.|None|TRUE", "RG No.|-|TRUE"}))
             << membership;
@@ -200,6 +200,17 @@ TEST_F(PDInfoGetterTest, ADriveThatIsInNoGroupShowsADashAndIsNoFailure) {
     EXPECT_EQ(HeaderItems(" PD7(LD3)").size(), 0U);  // No header.
     EXPECT_EQ(HeaderItems("PD7(LD3) "), (Lines{"PD No.|PD7|TRUE", "RG No.|-|TRUE", "LD No.|LD3|TRUE"}));
     EXPECT_THAT(Failures(), ElementsAre("m_MapRGNo search error.(PD7(LD3) )"));
+}
+
+TEST_F(PDInfoGetterTest, ADedicatedSpareWithoutItsGroupIsTracedBeforeItsItemIsMade) {
+    // Root and drive number come first.
+    m_Library.OnCreate([creation = 0]() mutable {
+        if (++creation == 3) {
+            throw std::bad_alloc();
+        }
+    });
+    EXPECT_THROW(static_cast<void>(Read("PD5(DHS)\n")), std::bad_alloc);
+    EXPECT_THAT(Failures(), ElementsAre("ParsePDLDNo is FAILED.(PD5(DHS))"));
 }
 
 TEST_F(PDInfoGetterTest, AHeaderThatCannotBeSplitFails) {
@@ -279,9 +290,10 @@ TEST_F(PDInfoGetterTest, TheSlotSectionIsShownUnderAnotherTitleAndAlwaysBeginsWi
 }
 
 TEST_F(PDInfoGetterTest, OnlyTheWholeTitlesStartTheirSections) {
-    const Lines titles{
-        "### Slot Information",  "### Slot Information ### x",    "### slot Information ###",     kEnclosure,
-        "### SMART Information", "### General Information ### x", "### The SMART Information ###"};
+    const Lines titles{"### Slot Information",         "### Slot Information ### x",
+                       "### slot Information ###",     kEnclosure,
+                       "### SMART Information ##",     "### General Information ### x",
+                       "### The SMART Information ###"};
     for (const std::string& title : titles) {
         EXPECT_EQ(ItemsOf("PD0(x)\n" + title + "\nA : 1\n\nB : 2\n"),
                   (Lines{"|" + kRoot + "||TRUE", kRoot + "|" + title + "||TRUE"}));

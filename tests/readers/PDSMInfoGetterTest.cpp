@@ -188,7 +188,8 @@ TEST_F(PDSMInfoGetterTest, TheKeysPassOverLinesWithoutAUsableColonAndEndAtABlank
 }
 
 TEST_F(PDSMInfoGetterTest, WithoutATableThePlaceholderNamesTheInterfaceType) {
-    for (const std::string rest : {"", "\n", "\n \t\r\n\n", " \t", "no table\n", "no table", "attribute\n"}) {
+    for (const std::string rest :
+         {"", "\n", "\n \t\r\n\n", " \t", "no table\n", "no table", "attribute\n", "Attribut e\n"}) {
         EXPECT_EQ(TableOf("SAS", rest), Lines{kNoSASTable}) << rest;
         EXPECT_EQ(TableOf("SATA", rest), Lines{kNoSATATable}) << rest;
         for (const std::string type : {"", "NVMe", "sas", "SAS 12G", "SATA3", "S"}) {
@@ -352,6 +353,11 @@ TEST_F(PDSMInfoGetterTest, ASATARowWithAnotherNumberOfCellsFailsBehindItsGroupIt
     EXPECT_EQ(m_Library.ItemsDeleted() - before, 7U);
 }
 
+TEST_F(PDSMInfoGetterTest, ARowWhoseOwnItemIsRefusedIsNotBlamedForItsCells) {
+    m_Library.FailCreationsFrom(7);
+    EXPECT_EQ(FailuresOf(TypeLine("SATA") + kSMART + "\n" + kKeys + "ID Attribute Flag\nline\n7\n"), Lines{});
+}
+
 TEST_F(PDSMInfoGetterTest, ASATARowThatEndsWithinItsNamesWidthLeavesByException) {
     const std::string header = "ID Attribute Flag\nline\n";
     const Lines rows{"1 short name", "1 " + std::string(38, 'n') + " x", "1 n\t" + std::string(30, 'x')};
@@ -388,6 +394,7 @@ TEST_F(PDSMInfoGetterTest, ASASRowThatEndsBeforeAColumnStartsLeavesByException) 
     ExpectOutOfRange("SAS", kSASHeader + "ReadAllTheThing\n", "ParseSMARTSAS");
     ExpectOutOfRange("SAS", kSASHeader + "Read      12    3\nRead\n", "ParseSMARTSAS");
     ExpectOutOfRange("SAS", kSASHeader + "[head 0]\n", "ParseSMARTSAS");
+    ExpectOutOfRange("SAS", kSASHeader + "[Hea d]\n", "ParseSMARTSAS");
 }
 
 TEST_F(PDSMInfoGetterTest, AHeadLabelsTheFirstCellsOfTheRowsBelowItUntilTheNext) {

@@ -146,6 +146,15 @@ class ReaderTest : public ModuleTest {
         return left;
     }
 
+    /// Names of the items that a report's reader deletes itself, in order.
+    Lines DeletedBy(const std::string& report) {
+        s_Delete = std::exchange(m_Library.Wrapper()->DeleteItemDisp, DeleteAndNote);
+        s_Deleted.clear();
+        EXPECT_EQ(Read(report), 0U);
+        m_Library.Wrapper()->DeleteItemDisp = s_Delete;
+        return s_Deleted;
+    }
+
     /// Calls the line hook of a reader with a stream that has failed already; the reader's items are
     /// "Items()".
     ResultCode HookOnFailedStream(CMSRAID_InfoGetter& reader, const std::string& line) {
@@ -185,10 +194,16 @@ class ReaderTest : public ModuleTest {
         s_Made.push_back(s_Create(parentName, name, value, flag));
         return s_Made.back();
     }
+    static void DeleteAndNote(CItemDisp* item) {
+        s_Deleted.push_back(item->m_Name);
+        s_Delete(item);
+    }
 
     static inline CreateItemDispFunction* s_Create = nullptr;
+    static inline DeleteItemDispFunction* s_Delete = nullptr;
     static inline std::size_t s_CreationsLeft = 0;
     static inline ItemList s_Made;
+    static inline Lines s_Deleted;
 };
 
 }  // namespace testsupport

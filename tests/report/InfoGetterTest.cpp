@@ -206,6 +206,7 @@ TEST_F(InfoGetterTest, AResultFileThatIsGoneIsAFailureOfItsOwn) {
     EXPECT_EQ(m_Reader.m_Reason, "04");
     ASSERT_EQ(Failures().size(), 2U);
     EXPECT_THAT(Failures()[0], StartsWith("Failed to open file output by vdkcli(" + m_Root.Path().string()));
+    EXPECT_THAT(Failures()[0], EndsWith("_MngSrvRaid.txt)."));
     EXPECT_THAT(Failures()[1], StartsWith("Failed to delete file(" + m_Root.Path().string()));
 }
 
@@ -290,7 +291,7 @@ TEST_F(InfoGetterTest, KeyLinesAreSplitAtTheFirstColon) {
 
 TEST_F(InfoGetterTest, ALineWithoutAUsableColonIsNoKeyLine) {
     m_Reader.m_pMngLib = m_Library.Wrapper();
-    for (const std::string line : {":value", "key", "", ":"}) {
+    for (const std::string line : {":value", ":a:b", "key", "", ":"}) {
         m_Trace.Clear();
         EXPECT_EQ(m_Reader.ParseKeyValue(m_NoFile, line, m_Items), 0x80000001U);
         EXPECT_THAT(m_Trace.Lines(), ElementsAre("2 Failed to parse ParseKeyValue.(" + line + ")"));
