@@ -117,7 +117,7 @@ std::string Answer(const Command& command, std::string_view ownText) {
         Require(ownText.empty(), "a command that has a text is answered");
         return "refused";
     }
-    const std::string printed = Printed(*text);
+    std::string printed = Printed(*text);
     Require(Printed(*text) == printed, "a text is the same every time");
     if (!ownText.empty()) {
         Require(printed == ownText.substr(0, kMostPrinted), "a text is printed byte for byte");

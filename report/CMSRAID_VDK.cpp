@@ -50,6 +50,14 @@ bool IsRejectedByTool(const std::string& resultFilePath) {
     ::_exit(1);
 }
 
+// A shell in a directory that is gone complains, and the report would begin with its complaint.
+void LeaveDeletedDirectory() noexcept {
+    std::array<char, 1> tooShort{};
+    if (::getcwd(tooShort.data(), tooShort.size()) == nullptr && errno == ENOENT) {
+        [[maybe_unused]] const int result = ::chdir("/");  // Without a root it complains all the same.
+    }
+}
+
 // Only what is safe between fork() and exec() in a process with other threads.
 [[noreturn]] void BecomeTool(const char* commandLine, const char* resultFilePath,
                              char** environment) noexcept {
@@ -69,6 +77,7 @@ bool IsRejectedByTool(const std::string& resultFilePath) {
     if (::dup2(standardOutput, ::fileno(stderr)) < 0) {
         FailInChild("dup2");
     }
+    LeaveDeletedDirectory();
     ::execlp("sh", "sh", "-c", commandLine, static_cast<char*>(nullptr));
     FailInChild("execlp");
 }

@@ -6,7 +6,6 @@
 
 #include <cstdlib>
 #include <filesystem>
-#include <regex>
 
 namespace fs = std::filesystem;
 
@@ -113,8 +112,7 @@ TEST_F(EnvironmentTest, WithFilesThatTheHostMayNotReadACallFailsWithItsReason) {
     EXPECT_EQ(seen, failed + "\n" + failed);
 }
 
-// The shell may complain of it, on its standard error and thus in every report.
-TEST_F(EnvironmentTest, AWorkingDirectoryThatIsGoneShowsAtMostAsTheShellsOwnLine) {
+TEST_F(EnvironmentTest, AWorkingDirectoryThatIsGoneDoesNotShowInTheDocument) {
     const std::string seen = InHost([this](Host& host) {
         const fs::path folder = m_Root.Path() / "working";
         fs::create_directory(folder);
@@ -122,7 +120,7 @@ TEST_F(EnvironmentTest, AWorkingDirectoryThatIsGoneShowsAtMostAsTheShellsOwnLine
         fs::remove(folder);
         return host.Ask();
     });
-    EXPECT_EQ(std::regex_replace(seen, std::regex(" *<Item [^\n]*getcwd[^\n]*/>\n"), ""), KindAnswer());
+    EXPECT_EQ(seen, KindAnswer());
 }
 
 }  // namespace
