@@ -29,7 +29,7 @@ check_cppcheck() {
 build_and_test() {
     cmake --preset "$1"
     cmake --build --preset "$1"
-    ctest --preset "$1" -j "$(nproc)"
+    ctest --preset "$1" -j "$((2 * $(nproc)))"  # Many a test waits for a child.
 }
 
 check_clang() {

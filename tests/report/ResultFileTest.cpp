@@ -4,7 +4,10 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
 #include <filesystem>
+#include <fstream>
 #include <string>
 
 namespace {
@@ -44,6 +47,24 @@ TEST_F(ResultFileTest, KeptItStays) {
         file.Keep();
     }
     EXPECT_TRUE(IsThere());
+}
+
+TEST(OpenReportTest, OpensWhatIsThereAndFailsWhereNothingIs) {
+    const testsupport::TempFolder folder;
+    folder.Write("report", "RAID Controller : 0\n");
+    std::string line;
+    std::ifstream report = OpenReport(folder / "report");
+    EXPECT_TRUE(std::getline(report, line));
+    EXPECT_EQ(line, "RAID Controller : 0");
+    EXPECT_FALSE(OpenReport(folder / "missing").good());
+}
+
+TEST(OpenReportTest, DoesNotWaitForTheOtherEndOfAPipe) {
+    const testsupport::TempFolder folder;
+    const std::string pipe = folder / "pipe";
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    EXPECT_TRUE(IsPipe(pipe));
+    EXPECT_FALSE(OpenReport(pipe).good());
 }
 
 }  // namespace

@@ -332,6 +332,22 @@ TEST_F(VdkTest, WithStandardStreamsClosedTheReportStillArrives) {
     EXPECT_EQ(Result(), "Product Version : 4.1\nmore\n");
 }
 
+TEST_F(VdkTest, ADirectoryThatIsGoneIsNothingForTheToolToComplainOf) {
+    m_Tool.Answer("v.txt", "Product Version : 4.1\n");
+    const pid_t child = ::fork();
+    if (child == 0) {
+        const std::filesystem::path gone = m_Root.Path() / "gone";
+        std::filesystem::create_directory(gone);
+        std::filesystem::current_path(gone);
+        std::filesystem::remove(gone);
+        ::_exit(CMSRAID_VDK::ExecCli("vdkcli -v; pwd", ResultFile()) ? 0 : 1);
+    }
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(Result(), "Product Version : 4.1\n/\n");
+}
+
 TEST_F(VdkTest, AFailingChildDoesNotFlushWhatTheHostHadBuffered) {
     const std::string captured = m_Root.Path() / "captured";
     const pid_t child = ::fork();
