@@ -135,6 +135,7 @@ bool CMSRAID_VDK::ExecCli(std::string command, std::string resultFilePath) {
 }
 
 bool CMSRAID_VDK::ExecForeignModule(const std::string& commandLine, const std::string& resultFilePath) {
+    // A pipe, which only an earlier run can have put there, would keep the child in open() for ever.
     if (commandLine.empty() || resultFilePath.empty() || IsPipe(resultFilePath)) {
         return true;
     }
