@@ -4,13 +4,10 @@
 #include "fuzz/support/Property.h"
 
 #include <dlfcn.h>
-#include <fcntl.h>
 #include <stdlib.h>
-#include <unistd.h>
 
 #include <filesystem>
 #include <string>
-#include <string_view>
 
 namespace fuzzing {
 namespace {
@@ -39,7 +36,6 @@ InstallRoots::InstallRoots() {
             fs::create_symlink(FUZZ_FORWARDING_LIBRARY, library);
             Require(::dlopen(library.c_str(), RTLD_NOW) != nullptr, "the forwarding library can be loaded");
         }
-        m_ResultFolders[static_cast<int>(root)].reset(::opendir((path / "tmp" / "MSRAID").c_str()));
     }
     fs::create_directories(fs::path(PathOf(Root::WithKey)) / "etc");
     testsupport::WriteFile(PathOf(Root::WithKey) + "/etc/app.key", kKey);
@@ -56,25 +52,6 @@ void InstallRoots::Use(Root root) const {
 
 std::size_t InstallRoots::LibraryClosings() {
     return g_closings;
-}
-
-std::size_t InstallRoots::RemoveResultFiles(Root root) const {
-    DIR* const directory = m_ResultFolders[static_cast<int>(root)].get();
-    std::size_t count = 0;
-    ::rewinddir(directory);
-    while (const dirent* const entry = ::readdir(directory)) {
-        if (std::string_view(entry->d_name).ends_with(".txt")) {
-            ::unlinkat(::dirfd(directory), entry->d_name, 0);
-            ++count;
-        }
-    }
-    return count;
-}
-
-int LowestFreeDescriptor() {
-    const int descriptor = ::fcntl(STDIN_FILENO, F_DUPFD, 0);
-    ::close(descriptor);
-    return descriptor;
 }
 
 }  // namespace fuzzing

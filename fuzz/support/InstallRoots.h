@@ -2,10 +2,8 @@
 
 #include "tests/support/TempFolder.h"
 
-#include <dirent.h>
-
 #include <cstddef>
-#include <memory>
+#include <string>
 
 namespace fuzzing {
 
@@ -29,23 +27,11 @@ class InstallRoots final {
     /// How often the library has been closed. No item may be alive then.
     [[nodiscard]] static std::size_t LibraryClosings();
 
-    /// Removes the result files that a call left in its root; how many there were.
-    [[nodiscard]] std::size_t RemoveResultFiles(Root root) const;
-
   private:
-    struct DirectoryCloser {
-        void operator()(DIR* directory) const { ::closedir(directory); }
-    };
-    using Directory = std::unique_ptr<DIR, DirectoryCloser>;
-
     InstallRoots();
     [[nodiscard]] std::string PathOf(Root root) const;
 
     testsupport::TempFolder m_Folder;
-    Directory m_ResultFolders[3];  ///< kept open: a look into one must not cost a path
 };
-
-/// The number that the next descriptor gets: it grows when one is left open.
-[[nodiscard]] int LowestFreeDescriptor();
 
 }  // namespace fuzzing

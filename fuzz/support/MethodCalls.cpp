@@ -4,6 +4,7 @@
 #include "fuzz/support/FrameworkCaller.h"
 #include "fuzz/support/InstallRoots.h"
 #include "fuzz/support/Property.h"
+#include "fuzz/support/ResultFiles.h"
 #include "fuzz/support/ScriptedTool.h"
 #include "itemconv/ResultCode.h"
 
@@ -158,9 +159,7 @@ CallResult Call(FrameworkCaller& caller, const Sections& sections, std::size_t p
     CheckedLibrary::Begin();
     ScriptedTool::Begin(sections);
     const CallPlan plan = Prepare(sections.front());
-    InstallRoots& roots = InstallRoots::Process();
-    roots.Use(plan.root);
-    const int descriptor = LowestFreeDescriptor();
+    InstallRoots::Process().Use(plan.root);
     CallResult result = caller.Call(plan.parameters, plan.hasKey);
 
     Require(result.indications == 1 && result.statuses == 1, "a call has one result and one status");
@@ -174,10 +173,10 @@ CallResult Call(FrameworkCaller& caller, const Sections& sections, std::size_t p
         CheckSuccess(plan, result, parameters);
     }
     CheckedLibrary::RequireNothingAlive();
-    Require(LowestFreeDescriptor() == descriptor, "no descriptor is left open");
+    Require(!ResultFiles::IsOneOpen(), "no report is left open");
 
     // The version query's file stays when a colon ends its line, and only that.
-    Require(roots.RemoveResultFiles(plan.root) == (failsInVersionQuery ? 1U : 0U), "no result file is left");
+    Require(ResultFiles::RemoveAll() == (failsInVersionQuery ? 1U : 0U), "no result file is left");
     return result;
 }
 

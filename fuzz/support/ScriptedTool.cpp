@@ -1,11 +1,11 @@
 #include "fuzz/support/ScriptedTool.h"
 
 #include "fuzz/support/Property.h"
+#include "fuzz/support/ResultFiles.h"
 
 #include "qel/CFileUtility.h"
 #include "qel/QelWindows.h"
 
-#include <fcntl.h>
 #include <sys/types.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -117,21 +117,12 @@ ToolRun NextRun() {
     return run;
 }
 
-void WriteResultFile(const std::string& path, std::string_view text) {
-    constexpr mode_t kMode = 0600;
-    const int file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, kMode);
-    Require(file >= 0, "the result file can be written");
-    Require(::write(file, text.data(), text.size()) == static_cast<ssize_t>(text.size()),
-            "the result file can be written");
-    ::close(file);
-}
-
 void Play(const ToolRun& run) {
     ToolCommand& command = g_tool.command;
     if (run.leavesNoFile) {
-        ::unlink(command.resultFile.c_str());
+        ResultFiles::Remove(command.resultFile);
     } else if (!command.hasFile || command.text != run.text) {
-        WriteResultFile(command.resultFile, run.text);
+        ResultFiles::Write(command.resultFile, run.text);
     }
     command.hasFile = !run.leavesNoFile;
     command.text = run.text;
