@@ -1,0 +1,39 @@
+#pragma once
+
+#include "inventory/Snapshot.h"
+
+#include <cstddef>
+#include <string>
+
+namespace views {
+
+// One server in different clothes. Every function takes a snapshot with whatever texts a report may hold and
+// gives a whole text in UTF-8 that ends with a line feed; nothing but std::bad_alloc is thrown. Any thread.
+
+/// How a terminal wants it.
+struct TerminalStyle {
+    std::size_t columns = 0;  ///< 0: as wide as it takes
+    bool hasColors = false;
+};
+
+/// Aligned tables for people: the headline, what needs attention, then each controller with its groups and
+/// drives. A document about one drive: the drive, its SMART keys and its table.
+[[nodiscard]] std::string Table(const inventory::Snapshot& snapshot, const TerminalStyle& style);
+
+/// Every item of the document, indented, with its value:
+///
+///     Controller Information
+///       ### General Information ###
+///         Controller No. = 0
+[[nodiscard]] std::string Tree(const inventory::Snapshot& snapshot);
+
+/// JSON as docs/schema.json describes it: the roll-up, the parts, and every item of the documents.
+[[nodiscard]] std::string Json(const inventory::Snapshot& snapshot);
+
+/// One page that needs nothing from elsewhere.
+[[nodiscard]] std::string Html(const inventory::Snapshot& snapshot);
+
+/// Series for the node exporter's textfile collector.
+[[nodiscard]] std::string Prometheus(const inventory::Snapshot& snapshot);
+
+}  // namespace views
