@@ -10,6 +10,7 @@ namespace {
 
 constexpr std::size_t kGap = 2;
 constexpr std::size_t kShortest = 8;
+constexpr std::size_t kShortestTitle = 5;
 constexpr char kNotTold = '-';
 
 std::size_t TotalOf(const std::vector<std::size_t>& widths) {
@@ -49,7 +50,8 @@ std::vector<std::size_t> Grid::WidthsFor(const TerminalStyle& style, std::size_t
     const std::size_t room = style.columns > indentation ? style.columns - indentation : 1;
     const auto excess = [&] { return TotalOf(widths) > room ? TotalOf(widths) - room : 0; };
     for (std::size_t column = m_Columns.size(); column-- > 0 && excess() > 0;) {
-        widths[column] -= std::min(excess(), widths[column] - texts[column]);
+        const std::size_t shortest = std::max(texts[column], std::min(widths[column], kShortestTitle));
+        widths[column] -= std::min(excess(), widths[column] - shortest);
     }
     for (std::size_t column = m_Columns.size(); column-- > 0 && excess() > 0;) {
         widths[column] = m_Columns[column].fit == Fit::Omit ? 0 : widths[column];

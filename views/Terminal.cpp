@@ -76,11 +76,11 @@ Grid GroupsOf(const Controller& controller) {
     Grid grid({{"GROUP"},
                {"LEVEL"},
                {"DRIVES", Fit::Shorten},
-               {"LOGICAL DRIVE"},
+               {"LD"},
                {"STATE"},
                {"SIZE", Fit::Omit, true},
                {"NAME", Fit::Omit},
-               {"CACHED BY", Fit::Omit}});
+               {"CACHE", Fit::Omit}});
     for (const Group& group : controller.groups) {
         const std::vector<LogicalDrive> none(1);
         const bool isEmpty = group.logicalDrives.empty();
@@ -103,31 +103,37 @@ Grid GroupsOf(const Controller& controller) {
     return grid;
 }
 
+std::string SlotOf(const Drive& drive) {
+    return drive.enclosure.empty() ? drive.slot
+                                   : drive.enclosure + ':' + (drive.slot.empty() ? "?" : drive.slot);
+}
+
+std::string TypeOf(const Drive& drive) {
+    return drive.interfaceType + (drive.interfaceType.empty() || drive.media.empty() ? "" : " ") +
+           drive.media;
+}
+
 Grid DrivesOf(const Controller& controller) {
     Grid grid({{"DRIVE"},
-               {"ENCL", Fit::Fixed, true},
-               {"SLOT", Fit::Fixed, true},
+               {"SLOT"},
                {"STATUS"},
-               {"ROLE"},
+               {"ROLE", Fit::Shorten},
                {"GROUP"},
                {"SIZE", Fit::Omit, true},
                {"TYPE", Fit::Omit},
                {"TEMP", Fit::Omit, true},
-               {"NOTES", Fit::Shorten},
+               {"NOTES", Fit::Omit},
                {"MODEL", Fit::Omit},
                {"SERIAL NUMBER", Fit::Omit}});
     for (const Drive& drive : controller.drives) {
         const bool hasNoGroup = drive.group == "-";
-        std::string type = drive.interfaceType;
-        type += (type.empty() || drive.media.empty() ? "" : " ") + drive.media;
         grid.AddRow({{drive.number},
-                     {drive.enclosure},
-                     {drive.slot},
+                     {SlotOf(drive)},
                      {StatusOf(drive), inventory::LevelOf(drive)},
                      {inventory::RoleOf(drive)},
                      {hasNoGroup ? "" : drive.group, {}, hasNoGroup},
                      {drive.capacity},
-                     {type},
+                     {TypeOf(drive)},
                      {drive.temperature},
                      {NotesOn(drive), {}, true},
                      {drive.product},
@@ -201,12 +207,17 @@ std::string Section(const Controller& controller, const TerminalStyle& style) {
 }
 
 std::string Attention(const inventory::Health& health, const TerminalStyle& style) {
-    Grid grid({{""}, {"NEEDS ATTENTION", Fit::Shorten}, {"BECAUSE", Fit::Shorten}});
+    constexpr std::size_t kLevelWidth = 10;
+    std::string text;
     for (const inventory::Finding& finding : health.findings) {
-        grid.AddRow(
-            {{std::string(NameOf(finding.level)), finding.level}, {PlaceOf(finding)}, {finding.what}});
+        const std::string level = PadRight(std::string(NameOf(finding.level)), kLevelWidth);
+        const std::string line = Wrapped(
+            std::string(kIndentation, ' ') + level + Printable(PlaceOf(finding) + ": " + finding.what),
+            kIndentation + kLevelWidth, style);
+        text += std::string(kIndentation, ' ') + Colored(level, finding.level, style) +
+                line.substr(kIndentation + kLevelWidth) + '\n';
     }
-    return Block(grid, style);
+    return text.empty() ? "" : '\n' + Heading("Needs attention", style) + '\n' + text;
 }
 
 std::string SmartBlock(const Drive& drive, const TerminalStyle& style) {
