@@ -17,6 +17,7 @@ using inventory::Level;
 using inventory::LogicalDrive;
 
 constexpr std::size_t kIndentation = 2;
+constexpr std::size_t kLongest = 60;  // of a text in a line of them
 constexpr Grid::Cell kBlank{"", {}, true};
 
 using Fit = Grid::Fit;
@@ -142,34 +143,35 @@ Grid DrivesOf(const Controller& controller) {
     return grid;
 }
 
-/// Lines no longer than the terminal is wide, the last one without its end: broken where a blank is, and hung
-/// under their beginning.
-std::string Wrapped(const std::string& text, std::size_t hang, const TerminalStyle& style) {
-    if (style.columns == 0) {
-        return text;
-    }
+/// The text in lines no longer than the terminal is wide, broken at blanks; the first one begins in column
+/// `column`, the others in column `hang`.
+std::string Wrapped(const std::string& text, std::size_t column, std::size_t hang,
+                    const TerminalStyle& style) {
     std::string wrapped;
-    std::string line;
-    for (std::size_t at = 0; at < text.size();) {
+    bool isFirst = true;
+    for (std::size_t at = 0; at <= text.size();) {
         const std::size_t end = std::min(text.find(' ', at), text.size());
         const std::string word = text.substr(at, end - at);
-        const std::size_t width = WidthOf(line) + 1 + WidthOf(word);
-        if (!line.empty() && width > style.columns && line.find_first_not_of(' ') != std::string::npos) {
-            wrapped += line + '\n';
-            line.assign(hang, ' ');
-            line += word;
-        } else {
-            line += (line.empty() || at == 0 ? "" : " ") + word;
+        const std::size_t width = WidthOf(word);
+        if (style.columns != 0 && !isFirst && column + 1 + width > style.columns) {
+            wrapped.append(1, '\n').append(hang, ' ');
+            column = hang;
+        } else if (!isFirst) {
+            wrapped += ' ';
+            ++column;
         }
+        wrapped += word;
+        column += width;
+        isFirst = false;
         at = end + 1;
     }
-    return wrapped + line;
+    return wrapped;
 }
 
 std::string TitleOf(const Controller& controller) {
     std::string title = "Controller";
     const auto add = [&title](const char* before, const std::string& text) {
-        title += text.empty() ? "" : before + Printable(text);
+        title += text.empty() ? "" : before + Shortened(Printable(text), kLongest);
     };
     add(" ", controller.number);
     add(": ", controller.product);
@@ -180,12 +182,13 @@ std::string TitleOf(const Controller& controller) {
 
 std::string StatesOf(const Controller& controller, const TerminalStyle& style) {
     std::string states = "  status ";
-    states += controller.status.empty()
-                  ? "not told"
-                  : Colored(Printable(controller.status), inventory::LevelOf(controller), style);
+    states += controller.status.empty() ? "not told"
+                                        : Colored(Shortened(Printable(controller.status), kLongest),
+                                                  inventory::LevelOf(controller), style);
     for (const inventory::BackupUnit& unit : controller.backupUnits) {
-        const std::string state = Printable(unit.status.empty() ? unit.presence : unit.status);
-        states += ", " + Printable(unit.name) + " ";
+        const std::string& told = unit.status.empty() ? unit.presence : unit.status;
+        const std::string state = Shortened(Printable(told), kLongest);
+        states += ", " + Shortened(Printable(unit.name), kLongest) + " ";
         states += state.empty() ? "not told" : Colored(state, inventory::LevelOf(unit), style);
     }
     return states + '\n';
@@ -196,7 +199,7 @@ std::string Block(const Grid& grid, const TerminalStyle& style) {
 }
 
 std::string Section(const Controller& controller, const TerminalStyle& style) {
-    std::string text = '\n' + Heading(Wrapped(TitleOf(controller), kIndentation, style), style) + '\n';
+    std::string text = '\n' + Heading(Wrapped(TitleOf(controller), 0, kIndentation, style), style) + '\n';
     if (controller.item != nullptr) {
         text += StatesOf(controller, style);
     }
@@ -211,13 +214,18 @@ std::string Attention(const inventory::Health& health, const TerminalStyle& styl
     std::string text;
     for (const inventory::Finding& finding : health.findings) {
         const std::string level = PadRight(std::string(NameOf(finding.level)), kLevelWidth);
-        const std::string line = Wrapped(
-            std::string(kIndentation, ' ') + level + Printable(PlaceOf(finding) + ": " + finding.what),
-            kIndentation + kLevelWidth, style);
         text += std::string(kIndentation, ' ') + Colored(level, finding.level, style) +
-                line.substr(kIndentation + kLevelWidth) + '\n';
+                Wrapped(Printable(PlaceOf(finding) + ": " + finding.what), kIndentation + kLevelWidth,
+                        kIndentation + kLevelWidth, style) +
+                '\n';
     }
     return text.empty() ? "" : '\n' + Heading("Needs attention", style) + '\n' + text;
+}
+
+std::string Verdict(const inventory::Health& health, const std::string& text, const TerminalStyle& style) {
+    const std::string level(NameOf(health.level));
+    return Colored(level, health.level, style) + ": " + Wrapped(text, level.size() + 2, kIndentation, style) +
+           '\n';
 }
 
 std::string SmartBlock(const Drive& drive, const TerminalStyle& style) {
@@ -276,8 +284,7 @@ std::string Identity(const Drive& drive, const TerminalStyle& style) {
 }
 
 std::string DrivePage(const Drive& drive, const inventory::Health& health, const TerminalStyle& style) {
-    return Colored(std::string(NameOf(health.level)), health.level, style) + ": " + NameOf(drive) + '\n' +
-           Attention(health, style) + Identity(drive, style) +
+    return Verdict(health, NameOf(drive), style) + Attention(health, style) + Identity(drive, style) +
            (drive.smart == nullptr ? "\n  no SMART data\n" : SmartBlock(drive, style));
 }
 
@@ -297,8 +304,7 @@ std::string Table(const inventory::Snapshot& snapshot, const TerminalStyle& styl
     if (const Drive* const drive = OnlyDrive(server)) {
         return DrivePage(*drive, health, style);
     }
-    std::string text = Colored(std::string(NameOf(health.level)), health.level, style) + ": " +
-                       Wrapped(Headline(health), kIndentation, style) + '\n' + Attention(health, style);
+    std::string text = Verdict(health, Headline(health), style) + Attention(health, style);
     for (const Controller& controller : server.controllers) {
         text += Section(controller, style);
         for (const Drive& drive : controller.drives) {
