@@ -310,8 +310,11 @@ std::size_t CountOf(const Health& health, Level level) {
 }
 
 bool LeadingNumber(std::string_view text, double& number) {
-    return std::from_chars(text.data(), text.data() + text.size(), number, std::chars_format::fixed).ec ==
-           std::errc();
+    // Not "inf" and "nan", which from_chars takes for numbers.
+    const std::size_t digit = text.starts_with('-') ? 1 : 0;
+    return digit < text.size() && '0' <= text[digit] && text[digit] <= '9' &&
+           std::from_chars(text.data(), text.data() + text.size(), number, std::chars_format::fixed).ec ==
+               std::errc();
 }
 
 }  // namespace inventory
