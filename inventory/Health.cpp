@@ -261,6 +261,22 @@ Level LevelOf(const Controller& controller, const Group& group) {
     return level;
 }
 
+Level OverallLevelOf(const Controller& controller) {
+    Level level = LevelOf(controller);
+    for (const BackupUnit& unit : controller.backupUnits) {
+        level = std::max(level, LevelOf(unit));
+    }
+    for (const Group& group : controller.groups) {
+        for (const LogicalDrive& drive : group.logicalDrives) {
+            level = std::max(level, LevelOf(controller, group, drive));
+        }
+    }
+    for (const Drive& drive : controller.drives) {
+        level = std::max(level, LevelOf(drive));
+    }
+    return level;
+}
+
 Health Judge(const Server& server) {
     Inspection inspection;
     for (const Controller& controller : server.controllers) {
