@@ -10,6 +10,7 @@
 #include "host/Progress.h"
 #include "host/Sandbox.h"
 #include "host/ScenarioFolder.h"
+#include "host/Supervisor.h"
 
 #include "qel/CFileUtility.h"
 #include "qel/CStringUtil.h"
@@ -87,9 +88,13 @@ void UseSimulator(const std::string& scenario) {
     EnterSandbox(simulation / "vdkcli", FindScenario(scenario, simulation / "scenarios"));
 }
 
+std::string ResultDirectory() {
+    return CFileUtility::GetInstallPath(INSTALLPATH_ROOT) + "/tmp/MSRAID";
+}
+
 // The directory that result files go to, or its nearest one that there is, when it cannot be written.
 std::optional<std::string> UnwritableResultDirectory() {
-    fs::path directory = CFileUtility::GetInstallPath(INSTALLPATH_ROOT) + "/tmp/MSRAID";
+    fs::path directory = ResultDirectory();
     std::error_code ignored;
     while (!fs::exists(directory, ignored) && directory.has_relative_path()) {
         directory = directory.parent_path();
@@ -179,6 +184,7 @@ void Run(const Options& options) {
             return;
         case Options::Action::GetInfo:
         case Options::Action::GetPDInfo:
+            Supervise({.resultDirectory = ResultDirectory(), .drawsProgress = WantsProgress(options)});
             Answer(options);
             return;
     }
