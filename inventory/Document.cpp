@@ -1,0 +1,82 @@
+#include "inventory/Document.h"
+
+#include <pugixml.hpp>
+
+namespace inventory {
+namespace {
+
+constexpr std::string_view kDocumentElement = "RAID";
+constexpr std::string_view kItemElement = "Item";
+constexpr std::string_view kVersion = "1";
+
+/// Takes over the items of a parsed text in the order in which they stand there.
+class Reader final : public pugi::xml_tree_walker {
+  public:
+    bool for_each(pugi::xml_node& node) override {
+        const auto level = static_cast<std::size_t>(depth());
+        if (node.type() != pugi::node_element || node.name() != kItemElement) {
+            throw DocumentError(std::string("it holds something that is no item: ") + node.name());
+        }
+        if (level >= Document::kMaxDepth) {
+            throw DocumentError("its items stand deeper than " + std::to_string(Document::kMaxDepth) +
+                                " levels");
+        }
+        CloseFrom(level);
+        m_Open.push_back(m_Items.size());
+        m_Items.push_back(ItemOf(node));
+        return true;
+    }
+
+    [[nodiscard]] std::vector<Item> Take() {
+        CloseFrom(0);
+        return std::move(m_Items);
+    }
+
+  private:
+    static Item ItemOf(const pugi::xml_node& node) {
+        const pugi::xml_attribute value = node.attribute("Value");
+        Item item;
+        item.name = node.attribute("Name").value();
+        item.value = value.value();
+        item.lostParent = node.attribute("Parent").value();
+        item.hasValue = !value.empty();
+        item.isPlaceholder = node.attribute("Valid").value() == std::string_view("FALSE");
+        return item;
+    }
+
+    void CloseFrom(std::size_t level) {
+        for (; m_Open.size() > level; m_Open.pop_back()) {
+            m_Items[m_Open.back()].size = m_Items.size() - m_Open.back();
+        }
+    }
+
+    std::vector<Item> m_Items;
+    std::vector<std::size_t> m_Open;  ///< of every level, the item that goes on
+};
+
+}  // namespace
+
+Document Document::Read(std::string_view xml) {
+    pugi::xml_document parsed;
+    // Line ends in values are written as references, which stay what they are; blanks between items mean
+    // nothing.
+    const pugi::xml_parse_result result = parsed.load_buffer(
+        xml.data(), xml.size(), pugi::parse_default & ~pugi::parse_eol, pugi::encoding_utf8);
+    if (!result) {
+        throw DocumentError("it is no XML (at byte " + std::to_string(result.offset) +
+                            "): " + result.description());
+    }
+    pugi::xml_node root = parsed.document_element();
+    if (root.name() != kDocumentElement) {
+        throw DocumentError(std::string("its document element is ") + root.name() + ", not RAID");
+    }
+    if (root.attribute("version").value() != kVersion) {
+        throw DocumentError(std::string("its version is \"") + root.attribute("version").value() +
+                            "\", and only 1 is known");
+    }
+    Reader reader;
+    root.traverse(reader);
+    return Document(reader.Take());
+}
+
+}  // namespace inventory

@@ -1,0 +1,228 @@
+#include "inventory/Server.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace inventory {
+namespace {
+
+constexpr std::string_view kControllerRoot = "Controller Information";
+constexpr std::string_view kGroupRoot = "Logical Drive Information";
+constexpr std::string_view kDriveRoot = "Physical Drive Information";
+
+constexpr std::string_view kGeneral = "### General Information ###";
+constexpr std::string_view kFirmware = "### Firmware/BIOS/Driver Information ###";
+constexpr std::string_view kEnclosure = "### Enclosure Properties Information ###";
+constexpr std::string_view kSmart = "### SMART Information ###";
+constexpr std::string_view kTitleMark = "### ";
+constexpr std::string_view kTitleEnd = " Information ###";
+constexpr std::string_view kBackupUnit = "Backup Unit";
+
+/// Calls `work` with every child of that name.
+template <typename Work>
+void ForEach(const Item& parent, std::string_view name, Work work) {
+    for (const Item& child : ChildrenOf(parent)) {
+        if (child.name == name) {
+            work(child);
+        }
+    }
+}
+
+/// The value of a key in the sections of that title.
+std::string ValueIn(const Item& root, std::string_view title, std::string_view key) {
+    std::string value;
+    ForEach(root, title, [&](const Item& section) {
+        if (value.empty()) {
+            value = ValueOf(section, key);
+        }
+    });
+    return value;
+}
+
+std::vector<BackupUnit> BackupUnitsOf(const Item& root) {
+    std::vector<BackupUnit> units;
+    for (const Item& section : ChildrenOf(root)) {
+        if (!section.name.starts_with(kTitleMark) || !section.name.ends_with(kTitleEnd) ||
+            section.name.find(kBackupUnit) == std::string::npos) {
+            continue;
+        }
+        BackupUnit unit;
+        unit.name = section.name.substr(kTitleMark.size(),
+                                        section.name.size() - kTitleMark.size() - kTitleEnd.size());
+        for (const std::string_view key : {"BBU", "FBU"}) {
+            unit.presence = unit.presence.empty() ? ValueOf(section, key) : unit.presence;
+        }
+        unit.status = ValueOf(section, "Status");
+        unit.replacement = ValueOf(section, "Replacement Required");
+        units.push_back(std::move(unit));
+    }
+    return units;
+}
+
+Controller ControllerFrom(const Item& root) {
+    Controller controller;
+    controller.number = ValueIn(root, kGeneral, "Controller No.");
+    controller.product = ValueIn(root, kGeneral, "Product Name");
+    controller.serial = ValueIn(root, kGeneral, "Serial Number");
+    controller.status = ValueIn(root, kGeneral, "Controller Status");
+    controller.firmware = ValueIn(root, kFirmware, "Firmware Package Version");
+    if (controller.firmware.empty()) {
+        controller.firmware = ValueIn(root, kFirmware, "Firmware Version");
+    }
+    controller.backupUnits = BackupUnitsOf(root);
+    controller.item = &root;
+    return controller;
+}
+
+std::vector<LogicalDrive> LogicalDrivesOf(const Item& section, std::string_view name) {
+    std::vector<LogicalDrive> drives;
+    ForEach(section, name, [&](const Item& item) {
+        if (!item.isPlaceholder) {
+            drives.push_back({ValueOf(item, "LD No."), ValueOf(item, "Name"), ValueOf(item, "Capacity"),
+                              ValueOf(item, "State")});
+        }
+    });
+    return drives;
+}
+
+void Append(std::vector<LogicalDrive>& drives, std::vector<LogicalDrive> more) {
+    std::move(more.begin(), more.end(), std::back_inserter(drives));
+}
+
+Group GroupFrom(const Item& root) {
+    Group group;
+    group.number = ValueIn(root, kGeneral, "RG No.");
+    group.level = ValueIn(root, kGeneral, "RAID Level");
+    group.capacity = ValueIn(root, kGeneral, "Total Capacity");
+    ForEach(root, kGeneral, [&](const Item& section) {
+        Append(group.logicalDrives, LogicalDrivesOf(section, "LD List"));
+        Append(group.caches, LogicalDrivesOf(section, "Associated CacheCade LD"));
+    });
+    ForEach(root, "PD List", [&](const Item& item) {
+        group.members.push_back({ValueOf(item, "PD No."), ValueOf(item, "Enclosure No."),
+                                 ValueOf(item, "Slot No."), ValueOf(item, "Capacity")});
+    });
+    group.item = &root;
+    return group;
+}
+
+Drive DriveFrom(const Item& root) {
+    const auto general = [&](std::string_view key) { return ValueIn(root, kGeneral, key); };
+    const auto place = [&](std::string_view key) { return ValueIn(root, kEnclosure, key); };
+    Drive drive;
+    drive.number = general("PD No.");
+    drive.group = general("RG No.");
+    drive.membership = general("LD No.");
+    ForEach(root, kGeneral, [&](const Item& section) {
+        ForEach(section, "PD Status", [&](const Item& status) { drive.statuses.push_back(status.value); });
+    });
+    ForEach(root, kGeneral, [&](const Item& section) {
+        ForEach(section, "PD Status(Detail)", [&](const Item& detail) {
+            const bool isNew = drive.detail.find(detail.value) == std::string::npos;
+            drive.detail += !isNew ? "" : drive.detail.empty() ? detail.value : ", " + detail.value;
+        });
+    });
+    drive.enclosure = place("Enclosure No.");
+    drive.slot = place("Slot No.");
+    drive.position = place("Enclosure Position");
+    drive.vendor = general("Vendor");
+    drive.product = general("Product ID");
+    drive.serial = general("Serial Number");
+    drive.firmware = general("Firmware Version");
+    drive.interfaceType = general("Interface Type");
+    drive.media = general("Media Type");
+    drive.capacity = general("Capacity");
+    drive.temperature = general("Temperature");
+    drive.power = general("Power Status");
+    drive.mediaErrors = general("Media Error Count");
+    drive.otherErrors = general("Other Error Count");
+    drive.predictiveFailures = general("Predictive Failure Count");
+    drive.item = &root;
+    for (const Item& section : ChildrenOf(root)) {
+        if (section.name.starts_with(kSmart)) {
+            drive.smart = &section;
+        }
+    }
+    return drive;
+}
+
+/// Puts roots under controllers. A document tells of each controller in turn: itself, its groups, its drives.
+/// So a root that does not come behind the one before it begins the next controller, even where that is not
+/// named.
+class Surveyor final {
+  public:
+    explicit Surveyor(std::string_view controller) : m_Number(controller) {}
+
+    void Take(const Item& root) {
+        if (root.name == kControllerRoot) {
+            m_Server.controllers.push_back(ControllerFrom(root));
+            m_Stage = Stage::Controller;
+        } else if (root.name == kGroupRoot) {
+            Behind(Stage::Groups).groups.push_back(GroupFrom(root));
+        } else if (root.name == kDriveRoot) {
+            Behind(Stage::Drives).drives.push_back(DriveFrom(root));
+        }
+    }
+
+    [[nodiscard]] Server Result() { return std::move(m_Server); }
+
+  private:
+    enum class Stage { Start, Controller, Groups, Drives };
+
+    Controller& Behind(Stage stage) {
+        if (m_Server.controllers.empty() || stage < m_Stage) {
+            m_Server.controllers.emplace_back().number = m_Number;
+        }
+        m_Stage = stage;
+        return m_Server.controllers.back();
+    }
+
+    std::string m_Number;
+    Server m_Server;
+    Stage m_Stage = Stage::Start;
+};
+
+}  // namespace
+
+Server Survey(const Document& document, std::string_view controller) {
+    Surveyor surveyor(controller);
+    for (const Item& root : document.Roots()) {
+        surveyor.Take(root);
+    }
+    return surveyor.Result();
+}
+
+std::string ValueOf(const Item& parent, std::string_view name) {
+    for (const Item& child : ChildrenOf(parent)) {
+        if (child.name == name && !child.isPlaceholder && !child.value.empty()) {
+            return child.value;
+        }
+    }
+    return "";
+}
+
+const Group* GroupOf(const Controller& controller, const Drive& drive) {
+    const auto found =
+        std::find_if(controller.groups.begin(), controller.groups.end(),
+                     [&](const Group& group) { return !drive.group.empty() && group.number == drive.group; });
+    return found == controller.groups.end() ? nullptr : &*found;
+}
+
+const Drive* DriveOf(const Controller& controller, const Member& member) {
+    const auto found = std::find_if(
+        controller.drives.begin(), controller.drives.end(),
+        [&](const Drive& drive) { return !member.number.empty() && drive.number == member.number; });
+    return found == controller.drives.end() ? nullptr : &*found;
+}
+
+std::string RoleOf(const Drive& drive) {
+    if (drive.membership == "GHS") {
+        return "global spare";
+    }
+    if (drive.membership == "DHS") {
+        return "spare of " + (drive.group.empty() ? "a group" : drive.group);
+    }
+    return drive.membership == "None" ? "unused" : drive.membership;
+}
+
+}  // namespace inventory

@@ -1,0 +1,55 @@
+#pragma once
+
+#include "inventory/Health.h"
+#include "inventory/Server.h"
+
+#include <chrono>
+#include <string>
+#include <vector>
+
+namespace inventory {
+
+/// The tool's runs behind an answer, as far as they could be watched.
+struct ToolRuns {
+    std::size_t commands = 0;
+    std::size_t failures = 0;  ///< commands that came to no good end
+    std::chrono::duration<double> duration{0};
+};
+
+/// The answer about one drive, SMART data included, with what was asked for.
+struct DriveAnswer {
+    std::string controller, enclosure, slot;
+    Document document;
+};
+
+/// What a server told at one time, with what it comes to. Not copied; where it is moved, what leads into its
+/// documents stays good.
+class Snapshot final {
+  public:
+    /// `controller` is the one that a document about a single drive was asked for.
+    explicit Snapshot(Document document, const std::string& controller = "");
+    Snapshot(Snapshot&&) = default;
+    Snapshot& operator=(Snapshot&&) = default;
+    Snapshot(const Snapshot&) = delete;
+    Snapshot& operator=(const Snapshot&) = delete;
+    ~Snapshot() = default;
+
+    /// Adds the SMART data of a drive that is there; an answer about another one changes nothing but
+    /// `Answers`.
+    void Add(DriveAnswer answer);
+
+    [[nodiscard]] const Document& Main() const { return m_Document; }
+    [[nodiscard]] const std::vector<DriveAnswer>& Answers() const { return m_Answers; }
+    [[nodiscard]] const Server& TheServer() const { return m_Server; }
+    [[nodiscard]] Health Judge() const { return inventory::Judge(m_Server); }
+
+    ToolRuns runs;
+    std::chrono::system_clock::time_point takenAt = std::chrono::system_clock::now();
+
+  private:
+    Document m_Document;
+    std::vector<DriveAnswer> m_Answers;
+    Server m_Server;
+};
+
+}  // namespace inventory

@@ -1,0 +1,51 @@
+#pragma once
+
+#include "inventory/Changes.h"
+#include "inventory/Snapshot.h"
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace views {
+
+// One server in different clothes. Every function takes a snapshot with whatever texts a report may hold and
+// gives a whole text in UTF-8 that ends with a line feed; nothing but std::bad_alloc is thrown. Any thread.
+
+/// How a terminal wants it.
+struct TerminalStyle {
+    std::size_t columns = 0;  ///< 0: as wide as it takes
+    bool hasColors = false;
+};
+
+/// Aligned tables for people: the headline, what needs attention, then each controller with its groups and
+/// drives. A document about one drive: the drive, its SMART keys and its table.
+[[nodiscard]] std::string Table(const inventory::Snapshot& snapshot, const TerminalStyle& style);
+
+/// Every item of the document, indented, with its value:
+///
+///     Controller Information
+///       ### General Information ###
+///         Controller No. = 0
+[[nodiscard]] std::string Tree(const inventory::Snapshot& snapshot);
+
+/// JSON as docs/schema.json describes it: the roll-up, the parts, and every item of the documents.
+[[nodiscard]] std::string Json(const inventory::Snapshot& snapshot);
+
+/// One page that needs nothing from elsewhere.
+[[nodiscard]] std::string Html(const inventory::Snapshot& snapshot);
+
+/// Series for the node exporter's textfile collector.
+[[nodiscard]] std::string Prometheus(const inventory::Snapshot& snapshot);
+
+/// What a monitoring system wants: one line with the level, the findings (no more than fit; all, a line each,
+/// when `isVerbose`), and the figures behind a bar:
+///
+///     RAID WARNING - 1 warning in 1 controller, 3 drives; controller 0, PD1 in ...: REBUILD | drives=3
+///     critical=0 ...
+[[nodiscard]] std::string MonitoringLine(const inventory::Health& health, bool isVerbose);
+
+/// The differences, one a line, and what they come to.
+[[nodiscard]] std::string Differences(const std::vector<inventory::Change>& changes);
+
+}  // namespace views
