@@ -50,8 +50,10 @@ std::vector<std::string> NamesOf(const Register<Content>& before, const Register
         }
     };
     for (const auto& [name, content] : before.Entries()) {
-        for (; next != after.Entries().end() && before.Find(next->first) == nullptr; ++next) {
-            take(next->first);
+        if (after.Find(name) != nullptr) {
+            for (; next != after.Entries().end() && before.Find(next->first) == nullptr; ++next) {
+                take(next->first);
+            }
         }
         take(name);
         if (next != after.Entries().end() && next->first == name) {

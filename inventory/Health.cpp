@@ -261,6 +261,22 @@ Level LevelOf(const Controller& controller, const Group& group) {
     return level;
 }
 
+Level OverallLevelOf(const Controller& controller) {
+    Level level = LevelOf(controller);
+    for (const BackupUnit& unit : controller.backupUnits) {
+        level = std::max(level, LevelOf(unit));
+    }
+    for (const Group& group : controller.groups) {
+        for (const LogicalDrive& drive : group.logicalDrives) {
+            level = std::max(level, LevelOf(controller, group, drive));
+        }
+    }
+    for (const Drive& drive : controller.drives) {
+        level = std::max(level, LevelOf(drive));
+    }
+    return level;
+}
+
 Health Judge(const Server& server) {
     Inspection inspection;
     for (const Controller& controller : server.controllers) {
@@ -310,8 +326,11 @@ std::size_t CountOf(const Health& health, Level level) {
 }
 
 bool LeadingNumber(std::string_view text, double& number) {
-    return std::from_chars(text.data(), text.data() + text.size(), number, std::chars_format::fixed).ec ==
-           std::errc();
+    // Not "inf" and "nan", which from_chars takes for numbers.
+    const std::size_t digit = text.starts_with('-') ? 1 : 0;
+    return digit < text.size() && '0' <= text[digit] && text[digit] <= '9' &&
+           std::from_chars(text.data(), text.data() + text.size(), number, std::chars_format::fixed).ec ==
+               std::errc();
 }
 
 }  // namespace inventory

@@ -51,6 +51,8 @@ struct Health {
 [[nodiscard]] Level LevelOf(const Controller& controller);
 /// The worst of a group's logical drives and members.
 [[nodiscard]] Level LevelOf(const Controller& controller, const Group& group);
+/// The worst of a controller's own status and of everything that belongs to it.
+[[nodiscard]] Level OverallLevelOf(const Controller& controller);
 
 /// What there is, in words: "2 controllers, 5 groups, 6 logical drives, 26 drives".
 [[nodiscard]] std::string Describe(const Counts& counts);

@@ -54,7 +54,12 @@ std::vector<std::size_t> Grid::WidthsFor(const TerminalStyle& style, std::size_t
         widths[column] -= std::min(excess(), widths[column] - shortest);
     }
     for (std::size_t column = m_Columns.size(); column-- > 0 && excess() > 0;) {
-        widths[column] = m_Columns[column].fit == Fit::Omit ? 0 : widths[column];
+        const bool mayShorten = m_Columns[column].fit == Fit::ShortenOrOmit;
+        if (mayShorten && widths[column] >= excess() + kShortest) {
+            widths[column] -= excess();
+        } else if (mayShorten || m_Columns[column].fit == Fit::Omit) {
+            widths[column] = 0;
+        }
     }
     while (excess() > 0) {
         const std::size_t widest = WidestToShorten(widths);

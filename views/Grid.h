@@ -21,7 +21,7 @@ namespace views {
 /// then the widest of those that may be shortened.
 class Grid final {
   public:
-    enum class Fit { Fixed, Shorten, Omit };
+    enum class Fit { Fixed, Shorten, ShortenOrOmit, Omit };
 
     struct Column {
         std::string title;

@@ -123,7 +123,7 @@ Grid DrivesOf(const Controller& controller) {
                {"SIZE", Fit::Omit, true},
                {"TYPE", Fit::Omit},
                {"TEMP", Fit::Omit, true},
-               {"NOTES", Fit::Omit},
+               {"NOTES", Fit::ShortenOrOmit},
                {"MODEL", Fit::Omit},
                {"SERIAL NUMBER", Fit::Omit}});
     for (const Drive& drive : controller.drives) {
@@ -180,18 +180,21 @@ std::string TitleOf(const Controller& controller) {
     return title;
 }
 
-std::string StatesOf(const Controller& controller, const TerminalStyle& style) {
-    std::string states = "  status ";
-    states += controller.status.empty() ? "not told"
-                                        : Colored(Shortened(Printable(controller.status), kLongest),
-                                                  inventory::LevelOf(controller), style);
-    for (const inventory::BackupUnit& unit : controller.backupUnits) {
-        const std::string& told = unit.status.empty() ? unit.presence : unit.status;
-        const std::string state = Shortened(Printable(told), kLongest);
-        states += ", " + Shortened(Printable(unit.name), kLongest) + " ";
-        states += state.empty() ? "not told" : Colored(state, inventory::LevelOf(unit), style);
+std::string StateLine(const std::string& of, const std::string& state, Level level, const TerminalStyle& style) {
+    const std::string name = std::string(kIndentation, ' ') + Shortened(Printable(of), kLongest) + ' ';
+    if (state.empty()) {
+        return name + "not told\n";
     }
-    return states + '\n';
+    const std::size_t room = style.columns > WidthOf(name) ? style.columns - WidthOf(name) : kLongest;
+    return name + Colored(Shortened(Printable(state), std::min(room, kLongest)), level, style) + '\n';
+}
+
+std::string StatesOf(const Controller& controller, const TerminalStyle& style) {
+    std::string states = StateLine("status", controller.status, inventory::LevelOf(controller), style);
+    for (const inventory::BackupUnit& unit : controller.backupUnits) {
+        states += StateLine(unit.name, unit.status.empty() ? unit.presence : unit.status, inventory::LevelOf(unit), style);
+    }
+    return states;
 }
 
 std::string Block(const Grid& grid, const TerminalStyle& style) {
@@ -228,6 +231,13 @@ std::string Verdict(const inventory::Health& health, const std::string& text, co
            '\n';
 }
 
+bool HoldsNumbers(const inventory::Smart& smart, std::size_t column) {
+    return std::all_of(smart.rows.begin(), smart.rows.end(), [column](const std::vector<std::string>& row) {
+        double number = 0;
+        return inventory::LeadingNumber(row[column], number);
+    });
+}
+
 std::string SmartBlock(const Drive& drive, const TerminalStyle& style) {
     const inventory::Smart smart = inventory::SmartOf(drive);
     Grid keys({{"SMART"}, {"VALUE", Fit::Shorten}});
@@ -235,8 +245,8 @@ std::string SmartBlock(const Drive& drive, const TerminalStyle& style) {
         keys.AddRow({{key}, {value}});
     }
     std::vector<Grid::Column> columns;
-    for (const std::string& name : smart.columns) {
-        columns.push_back({Printable(name), Fit::Fixed});
+    for (std::size_t column = 0; column < smart.columns.size(); ++column) {
+        columns.push_back({Printable(smart.columns[column]), Fit::Fixed, HoldsNumbers(smart, column)});
     }
     Grid table(std::move(columns));
     for (const std::vector<std::string>& row : smart.rows) {
