@@ -18,14 +18,12 @@ namespace {
 namespace fs = std::filesystem;
 
 std::unique_ptr<Progress> ProgressFor(const Options& options) {
-    const bool isTraceOnStandardError = options.traceLevels != 0 && !options.traceFile;
-    const bool isShown = ::isatty(STDERR_FILENO) == 1 && !isTraceOnStandardError;
-    return isShown ? std::make_unique<Progress>(STDERR_FILENO) : nullptr;
+    return ShowsProgress(options) ? std::make_unique<Progress>(STDERR_FILENO) : nullptr;
 }
 
 // The directory that result files go to, or its nearest one that there is, when it cannot be written.
 std::optional<std::string> UnwritableResultDirectory() {
-    fs::path directory = CFileUtility::GetInstallPath(INSTALLPATH_ROOT) + "/tmp/MSRAID";
+    fs::path directory = ResultDirectory();
     std::error_code ignored;
     while (!fs::exists(directory, ignored) && directory.has_relative_path()) {
         directory = directory.parent_path();
@@ -64,6 +62,15 @@ std::string Inquiry::Ask(const char* method, const std::vector<Options::Paramete
         throw HostError(ExitStatus::StatusFailed, DescribeCallFailure(outcome, setting));
     }
     return std::move(*outcome.document);
+}
+
+bool ShowsProgress(const Options& options) {
+    const bool isTraceOnStandardError = options.traceLevels != 0 && !options.traceFile;
+    return ::isatty(STDERR_FILENO) == 1 && !isTraceOnStandardError;
+}
+
+std::string ResultDirectory() {
+    return CFileUtility::GetInstallPath(INSTALLPATH_ROOT) + "/tmp/MSRAID";
 }
 
 std::vector<Options::Parameter> DriveParameters(const std::string& controller, const std::string& enclosure,

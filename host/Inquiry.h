@@ -41,6 +41,12 @@ class Inquiry final {
     Module m_Module;
 };
 
+/// Whether an inquiry draws its progress on standard error.
+[[nodiscard]] bool ShowsProgress(const Options& options);
+
+/// Where the module puts result files.
+[[nodiscard]] std::string ResultDirectory();
+
 /// The three parameters that name a drive to GetPDInfo.
 [[nodiscard]] std::vector<Options::Parameter> DriveParameters(const std::string& controller,
                                                               const std::string& enclosure,

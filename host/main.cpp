@@ -4,10 +4,12 @@
 #include "host/DocumentTarget.h"
 #include "host/ExitStatus.h"
 #include "host/FailureText.h"
+#include "host/Inquiry.h"
 #include "host/Module.h"
 #include "host/Options.h"
 #include "host/Sandbox.h"
 #include "host/ScenarioFolder.h"
+#include "host/Supervisor.h"
 
 #include "qel/CStringUtil.h"
 #include "qel/portable/CTraceOutput.h"
@@ -102,6 +104,9 @@ bool AsksTheServer(const Options& options) {
 }
 
 int Answer(const Options& options) {
+    if (AsksTheServer(options)) {
+        Supervise({.resultDirectory = ResultDirectory(), .drawsProgress = ShowsProgress(options)});
+    }
     StartTrace(options);
     if (options.scenario && AsksTheServer(options)) {
         UseSimulator(*options.scenario);
