@@ -42,8 +42,8 @@ std::string DocumentOf(const std::string& scenario, const std::vector<std::strin
     return host::test::RunCommand(std::move(words)).out;
 }
 
-inventory::Snapshot SnapshotOf(const std::string& scenario) {
-    return SnapshotOfXml(DocumentOf(scenario));
+inventory::Snapshot SnapshotOf(const std::string& scenario, const std::vector<std::string>& drive) {
+    return SnapshotOfXml(DocumentOf(scenario, drive));
 }
 
 inventory::Snapshot SnapshotWithSmart(const std::string& scenario) {
@@ -72,7 +72,7 @@ std::string ItemXml(const std::string& name, const std::string& value) {
     return "<Item Name=\"" + Escaped(name) + "\" Value=\"" + Escaped(value) + "\" Valid=\"TRUE\"/>";
 }
 
-std::string ItemXml(const std::string& name, const std::vector<std::string>& items) {
+std::string ParentXml(const std::string& name, const std::vector<std::string>& items) {
     return "<Item Name=\"" + Escaped(name) + "\" Valid=\"TRUE\">" + Joined(items) + "</Item>";
 }
 
@@ -81,17 +81,18 @@ std::string DriveXml(const std::string& slot, const std::vector<std::string>& ke
     std::vector<std::string> general = {ItemXml("PD No.", "PD" + slot), ItemXml("PD Status", "NO ERROR"),
                                         ItemXml("PD Status(Detail)", "ONLINE")};
     general.insert(general.begin(), keys.begin(), keys.end());  // The first of a name is the one that counts.
-    std::vector<std::string> items = {ItemXml("### General Information ###", general),
-                                      ItemXml("### Enclosure Properties Information ###",
-                                              {ItemXml("Enclosure No.", "252"), ItemXml("Slot No.", slot)})};
+    std::vector<std::string> items = {
+        ParentXml("### General Information ###", general),
+        ParentXml("### Enclosure Properties Information ###",
+                  {ItemXml("Enclosure No.", "252"), ItemXml("Slot No.", slot)})};
     items.insert(items.end(), sections.begin(), sections.end());
-    return ItemXml("Physical Drive Information", items);
+    return ParentXml("Physical Drive Information", items);
 }
 
 std::string ControllerXml(const std::vector<std::string>& keys) {
     std::vector<std::string> general = keys;
     general.push_back(ItemXml("Controller No.", "0"));
-    return ItemXml("Controller Information", {ItemXml("### General Information ###", general)});
+    return ParentXml("Controller Information", {ParentXml("### General Information ###", general)});
 }
 
 std::string Ask(const std::string& script, std::vector<std::string> arguments) {

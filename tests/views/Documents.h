@@ -15,7 +15,8 @@ inline constexpr const char* kScenarios[] = {"awkward", "empty", "huge", "large"
 [[nodiscard]] std::string DocumentOf(const std::string& scenario, const std::vector<std::string>& drive = {});
 
 /// What that document says, taken at 2031-04-05 06:07:08 UTC.
-[[nodiscard]] inventory::Snapshot SnapshotOf(const std::string& scenario);
+[[nodiscard]] inventory::Snapshot SnapshotOf(const std::string& scenario,
+                                             const std::vector<std::string>& drive = {});
 
 /// With the SMART data of every drive that can be asked for them.
 [[nodiscard]] inventory::Snapshot SnapshotWithSmart(const std::string& scenario);
@@ -23,10 +24,12 @@ inline constexpr const char* kScenarios[] = {"awkward", "empty", "huge", "large"
 /// A snapshot of a document written by hand: `items` stand inside the document element.
 [[nodiscard]] inventory::Snapshot SnapshotFrom(const std::string& items);
 
-/// `<Item Name="..." Value="..." Valid="TRUE"/>`, with the text escaped.
+// Items, with their texts escaped.
+
+/// `<Item Name="..." Value="..." Valid="TRUE"/>`
 [[nodiscard]] std::string ItemXml(const std::string& name, const std::string& value);
 /// An item with others in it.
-[[nodiscard]] std::string ItemXml(const std::string& name, const std::vector<std::string>& items);
+[[nodiscard]] std::string ParentXml(const std::string& name, const std::vector<std::string>& items);
 
 /// The root of a drive in slot `slot` of enclosure 252, with more keys, "Media Error Count" say.
 [[nodiscard]] std::string DriveXml(const std::string& slot, const std::vector<std::string>& keys = {},

@@ -92,12 +92,12 @@ TEST(Json, EmptyValueOfAnItemIsNotAMissingOne) {
 }
 
 TEST(Json, SmartKeysAndRowsStandWithTheDrive) {
-    const std::string smart =
-        ItemXml("### SMART Information ###",
-                {ItemXml("SMART Status", "OK"), ItemXml("Temperature", ""),
-                 ItemXml("SMART Detail(SATA)",
-                         {ItemXml("ID", "5"), ItemXml("Attribute", "Reallocated"), ItemXml("Raw Data", "0")}),
-                 ItemXml("SMART Detail(SATA)", {ItemXml("ID", "9"), ItemXml("Attribute", "Power-On")})});
+    const std::string smart = ParentXml(
+        "### SMART Information ###",
+        {ItemXml("SMART Status", "OK"), ItemXml("Temperature", ""),
+         ParentXml("SMART Detail(SATA)",
+                   {ItemXml("ID", "5"), ItemXml("Attribute", "Reallocated"), ItemXml("Raw Data", "0")}),
+         ParentXml("SMART Detail(SATA)", {ItemXml("ID", "9"), ItemXml("Attribute", "Power-On")})});
     const std::string text = Json(SnapshotFrom(DriveXml("3", {}, {smart})));
     EXPECT_EQ(Validate(text), "");
     EXPECT_EQ(Parsed::parse(text)["controllers"][0]["drives"][0]["smart"].dump(),
