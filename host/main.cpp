@@ -107,12 +107,15 @@ int Answer(const Options& options) {
     if (AsksTheServer(options)) {
         Supervise({.resultDirectory = ResultDirectory(), .drawsProgress = ShowsProgress(options)});
     }
+    // Before the view of the file system changes.
+    const DocumentTarget target =
+        options.output ? DocumentTarget(*options.output) : DocumentTarget::StandardOutput();
     StartTrace(options);
     if (options.scenario && AsksTheServer(options)) {
         UseSimulator(*options.scenario);
     }
     WarnOfOddParameters(options);
-    return RunCommand(options);
+    return RunCommand(options, target);
 }
 
 std::string VersionText() {
