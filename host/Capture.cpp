@@ -6,7 +6,6 @@
 
 #include "inventory/Server.h"
 
-#include <algorithm>
 #include <array>
 #include <ctime>
 #include <set>
@@ -23,11 +22,11 @@ std::string Now() {
     return text.data();
 }
 
-// The values of a key, each once.
+// The values of a key, in their order.
 std::vector<std::string> ValuesOf(const std::string& text, std::string_view wanted) {
     std::vector<std::string> values;
     ForEachKeyLine(text, [&](std::string_view key, std::string_view value) {
-        if (key == wanted && std::find(values.begin(), values.end(), value) == values.end()) {
+        if (key == wanted) {
             values.emplace_back(OneLine(std::string(value)));
         }
     });
@@ -68,12 +67,12 @@ int Capture::Run() {
 
 void Capture::Ask() {
     Inquiry inquiry(m_Options);
-    const auto document = Call("get-info", [&] { return inquiry.AskForServer(); });
+    const auto document = Call("", [&] { return inquiry.AskForServer(); });
     if (document) {
         try {
             AskForDrives(inquiry, *document);
         } catch (const HostError& error) {
-            m_Failures.push_back({"the document of get-info", error});
+            m_Failures.push_back({"", error});
         }
     } else {
         m_Notes.emplace_back(
@@ -96,7 +95,7 @@ void Capture::AskForDrives(Inquiry& inquiry, const std::string& document) {
     for (const DrivePlace& place : places) {
         inquiry.ShowDone(m_DriveCount, places.size());
         const auto parameters = DriveParameters(place.controller, place.enclosure, place.slot);
-        (void)Call("get-pd-info " + place.controller + " " + place.enclosure + " " + place.slot,
+        (void)Call("drive " + place.controller + " " + place.enclosure + " " + place.slot + ": ",
                    [&] { return inquiry.AskForDrive(parameters); });
         ++m_DriveCount;
     }
@@ -156,7 +155,7 @@ std::string Capture::Readme() const {
     text += "- Complete: all that could be asked was asked.\n";
     std::vector<std::string> lines;
     for (const MethodFailure& failure : m_Failures) {
-        lines.push_back(failure.call + ": " + failure.error.what());
+        lines.push_back(failure.call + failure.error.what());
     }
     text += Section("What failed", lines);
     lines.clear();
@@ -187,11 +186,11 @@ void Capture::TellFailure() const {
         return;
     }
     const MethodFailure& first = m_Failures.front();
-    const std::string more = m_Failures.size() == 1
-                                 ? ""
-                                 : " (and " + std::to_string(m_Failures.size() - 1) + " more calls failed)";
+    const std::string more = m_Failures.size() == 1 ? ""
+                                                    : " (and " + std::to_string(m_Failures.size() - 1) +
+                                                          " more, told in its README.md)";
     throw HostError(first.error.Status(), std::string("what failed is recorded in ") + m_Folder.Path() +
-                                              ": " + first.call + ": " + first.error.what() + more);
+                                              ": " + first.call + first.error.what() + more);
 }
 
 }  // namespace host

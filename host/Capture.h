@@ -30,7 +30,7 @@ class Capture final {
 
   private:
     struct MethodFailure {
-        std::string call;  ///< "get-pd-info 0 252 3"
+        std::string call;  ///< "drive 0 252 3: "; "" where it is the server
         HostError error;
     };
 

@@ -137,6 +137,18 @@ TEST(Progress, CountsTheSecondsOfOneCommand) {
     EXPECT_THAT(Watch({"--scenario", "faults/killed", "get-info"}, 80), HasSubstr(" 2 s"));
 }
 
+TEST(Progress, CaptureTellsHowManyDrivesAreDone) {
+    const TempFolder folder;
+    const std::filesystem::path server = folder.Path() / "server";
+    std::filesystem::copy(std::filesystem::path(HOST_TEST_SCENARIOS) / "small", server,
+                          std::filesystem::copy_options::recursive);
+    WriteFile(server / "pdinfo_pd252.1_a0.do", "sleep 1.5");
+    const std::string sent = Watch({"--scenario", server.string(), "capture", folder / "mine"}, 120);
+    EXPECT_THAT(sent,
+                HasSubstr("\r1 of 3 done, controller 0: drive 252:1 (vdkcli -pdinfo -pd[252:1] -a0) 1 s"));
+    EXPECT_EQ(Screen(sent).line, "");
+}
+
 TEST(Progress, IsSilentWhenTheTraceGoesToTheTerminal) {
     EXPECT_THAT(Watch({"--scenario", "small", "--trace", "2", "get-info"}, 80), testing::StrEq(""));
 }
