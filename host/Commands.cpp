@@ -60,17 +60,8 @@ void AnswerOnce(const Options& options, const DocumentTarget& target) {
 
 /// Adds the SMART data of every drive whose place is known.
 void AskForAllDrives(Inquiry& inquiry, Snapshot& snapshot) {
-    struct Place {
-        std::string controller, enclosure, slot;
-    };
-    std::vector<Place> places;
-    for (const inventory::Controller& controller : snapshot.TheServer().controllers) {
-        for (const inventory::Drive& drive : controller.drives) {
-            places.push_back({controller.number, drive.enclosure, drive.slot});
-        }
-    }
-    for (const Place& place : places) {
-        if (place.controller.empty() || place.enclosure.empty() || place.slot.empty()) {
+    for (const DrivePlace& place : DrivePlaces(snapshot.TheServer())) {
+        if (!place.IsKnown()) {
             continue;
         }
         const std::string xml =
