@@ -60,13 +60,15 @@ void AnswerOnce(const Options& options, const DocumentTarget& target) {
 
 /// Adds the SMART data of every drive whose place is known.
 void AskForAllDrives(Inquiry& inquiry, Snapshot& snapshot) {
-    for (const DrivePlace& place : DrivePlaces(snapshot.TheServer())) {
-        if (!place.IsKnown()) {
-            continue;
+    const std::vector<DrivePlace> places = DrivePlaces(snapshot.TheServer());
+    for (std::size_t number = 0; number < places.size(); ++number) {
+        const DrivePlace& place = places[number];
+        inquiry.ShowDone(number, places.size());
+        if (place.IsKnown()) {
+            const std::string xml =
+                inquiry.AskForDrive(DriveParameters(place.controller, place.enclosure, place.slot));
+            snapshot.Add({place.controller, place.enclosure, place.slot, ReadDocument(xml, kFromModule)});
         }
-        const std::string xml =
-            inquiry.AskForDrive(DriveParameters(place.controller, place.enclosure, place.slot));
-        snapshot.Add({place.controller, place.enclosure, place.slot, ReadDocument(xml, kFromModule)});
     }
 }
 

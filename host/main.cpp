@@ -130,7 +130,11 @@ int Answer(const Options& options) {
         UseSimulator(*options.scenario);
     }
     WarnOfOddParameters(options);
-    return capture ? capture->Run() : RunCommand(options, target);
+    if (capture) {
+        target.Store(capture->Run());
+        return 0;
+    }
+    return RunCommand(options, target);
 }
 
 std::string VersionText() {
