@@ -74,10 +74,10 @@ std::string DrivePlaces::AnchorOf(const inventory::Finding& finding) const {
 
 std::string DrivePlaces::StateOf(const inventory::Controller& controller,
                                  const inventory::Drive& drive) const {
-    const std::string wrong =
-        LevelOf(drive) == inventory::Level::Ok ? "" : ValueAt(m_Wrongs, KeyOf(controller, drive));
-    if (!wrong.empty()) {
-        return wrong;
+    if (LevelOf(drive) != inventory::Level::Ok) {
+        if (const auto wrong = m_Wrongs.find(KeyOf(controller, drive)); wrong != m_Wrongs.end()) {
+            return wrong->second;
+        }
     }
     if (!drive.detail.empty()) {
         return drive.detail;

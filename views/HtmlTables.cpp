@@ -2,6 +2,7 @@
 #include "views/HtmlParts.h"
 
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 namespace views::html {
@@ -170,10 +171,9 @@ void AddSmartOf(const Drive& drive, bool isOpen, Markup& page) {
     page.In("details", {{"open", isOpen ? "open" : ""}}, [&] {
         page.Element("summary", name);
         page.In("dl", {}, [&] {
-            for (const auto& [key, value] : smart.keys) {
-                page.In("div", {}, [&] {
-                    page.Element("dt", key).Element("dd", value.empty() ? kNotTold : std::string_view(value));
-                });
+            for (const std::pair<std::string, std::string>& key : smart.keys) {
+                const std::string_view value = key.second.empty() ? kNotTold : std::string_view(key.second);
+                page.In("div", {}, [&] { page.Element("dt", key.first).Element("dd", value); });
             }
         });
         if (!smart.tableName.empty()) {
