@@ -9,9 +9,13 @@ namespace {
 constexpr std::string_view kFailureMessage = "MSGID_MNGSRV_RAID_0001_F ";
 constexpr std::string_view kCommandStart = "execute vdkcli command.(";
 constexpr char kCommandEnd = ')';
+constexpr std::string_view kCommandFailure = "Failed to execute vdkcli command.(";
+constexpr std::string_view kAttempt =
+    "ExecForeignModule";  // a failed attempt, after which there may be another
 
 constexpr int kMessageLevel = 0;
 constexpr int kResultLevel = 1;
+constexpr int kFailureLevel = 2;
 
 }  // namespace
 
@@ -23,7 +27,24 @@ void CallListener::OnTrace(const TraceLine& line) noexcept {
     }
 }
 
+// A command ends with the first line that is traced behind it: while the tool runs, nothing is.
+void CallListener::Clock(const TraceLine& line) {
+    const auto now = std::chrono::steady_clock::now();
+    const std::lock_guard lock(m_Mutex);
+    if (m_RunsSince && !line.text.starts_with(kAttempt)) {
+        m_Runs.duration += now - *m_RunsSince;
+        m_RunsSince.reset();
+    }
+    if (line.level == kResultLevel && line.text.starts_with(kCommandStart)) {
+        m_RunsSince = now;
+        ++m_Runs.commands;
+    } else if (line.level == kFailureLevel && line.text.starts_with(kCommandFailure)) {
+        ++m_Runs.failures;
+    }
+}
+
 void CallListener::Hear(const TraceLine& line) {
+    Clock(line);
     if (line.level == kMessageLevel && line.text.starts_with(kFailureMessage)) {
         const std::lock_guard lock(m_Mutex);
         m_Reasons = line.text.substr(kFailureMessage.size());
@@ -38,6 +59,11 @@ void CallListener::Hear(const TraceLine& line) {
 std::optional<std::string> CallListener::Reasons() const {
     const std::lock_guard lock(m_Mutex);
     return m_Reasons;
+}
+
+inventory::ToolRuns CallListener::Runs() const {
+    const std::lock_guard lock(m_Mutex);
+    return m_Runs;
 }
 
 }  // namespace host

@@ -4,14 +4,18 @@
 
 #include "qel/portable/CTraceOutput.h"
 
+#include "inventory/Snapshot.h"
+
+#include <chrono>
 #include <mutex>
 #include <optional>
 #include <string>
 
 namespace host {
 
-/// Hears from the trace what a method call does not return: the reason text of a failure, and which command
-/// of the tool is running. Listens from construction to destruction; one at a time in a process.
+/// Hears from the trace what a method call does not return: the reason text of a failure, which command of
+/// the tool is running, and how such runs went. Listens from construction to destruction; one at a time in a
+/// process.
 class CallListener final : public ITraceListener {
   public:
     /// `progress` may be null; not owned, must outlive the listener.
@@ -23,12 +27,18 @@ class CallListener final : public ITraceListener {
     /// Two-digit reason codes, newest first; nothing when the module gave none.
     [[nodiscard]] std::optional<std::string> Reasons() const;
 
+    /// Of all calls so far.
+    [[nodiscard]] inventory::ToolRuns Runs() const;
+
   private:
     void Hear(const TraceLine& line);
+    void Clock(const TraceLine& line);
 
     Progress* m_Progress;
     mutable std::mutex m_Mutex;
     std::optional<std::string> m_Reasons;
+    inventory::ToolRuns m_Runs;
+    std::optional<std::chrono::steady_clock::time_point> m_RunsSince;  ///< while the tool runs
 };
 
 }  // namespace host

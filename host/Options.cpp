@@ -15,27 +15,47 @@ namespace {
 
 constexpr const char* kName = "mngsrvraid";
 constexpr const char* kDescription =
-    "Asks the RAID provider of this server, or of a scenario, for its XML document.";
+    "Says whether the drives of this server are well, and what else there is to know of them.";
 constexpr const char* kFooter =
     R"(CTRL, ENCL and PD are the numbers of the controller, of the enclosure, and of the
-drive in it. The document goes to standard output, or to the file named by
---output, only when it is whole. Options may stand before or behind the
-subcommand; what stands behind "--" is no option.
+drive's slot in it; show prints them as controller and SLOT (252:3). What a
+subcommand prints goes to standard output, or to the file named by --output, only
+when it is whole. Options may stand before or behind the subcommand; what stands
+behind "--" is no option. Colours are for terminals only, and never with NO_COLOR.
 
 Exit status:
   0  success
-  1  the method failed; standard error has its return value and the reasons
+  1  the method failed; standard error has its return value and the reasons.
+     Of diff: there are differences
   2  the command line is wrong
   3  the call failed with a WBEM status, or gave no result
   4  the surroundings failed: the module, the scenario, the private view of the
-     file system, or the output
+     file system, a file to read, or the output
+  Of health: 0 well, 1 warning, 2 critical, 3 unknown, as monitoring plug-ins have it
 
 Examples:
-  mngsrvraid get-info                     the RAID configuration of this server
-  mngsrvraid --output raid.xml get-info   the same, into a file
-  mngsrvraid get-pd-info 0 252 3          drive 3 in enclosure 252, controller 0
-  mngsrvraid --scenario small get-info    a made-up server
-  mngsrvraid --scenario ./my-server --trace-file trace.txt get-info)";
+  mngsrvraid show                              is everything well, and what is there
+  mngsrvraid health                            one line for a monitoring system
+  mngsrvraid smart 0 252 3                     drive in slot 3 of enclosure 252, controller 0
+  mngsrvraid --output raid.html show --smart --format html
+  mngsrvraid get-info                          the RAID document of this server
+  mngsrvraid --output raid.xml get-info        the same, into a file
+  mngsrvraid show --document raid.xml          a saved document instead of this server
+  mngsrvraid diff old.xml raid.xml             what has changed
+  mngsrvraid capture ./my-server --redact      record this server for support
+  mngsrvraid --scenario ./my-server show       show what was recorded
+  mngsrvraid --scenario small get-pd-info 0 252 0
+  mngsrvraid --scenario small --trace-file trace.txt get-info)";
+
+struct FormatName {
+    std::string_view name;
+    Options::Format format;
+};
+constexpr FormatName kFormats[] = {
+    {"xml", Options::Format::Xml},     {"tree", Options::Format::Tree},
+    {"table", Options::Format::Table}, {"json", Options::Format::Json},
+    {"html", Options::Format::Html},   {"prometheus", Options::Format::Prometheus},
+};
 
 std::string Quoted(const std::string& text) {
     return '"' + text + '"';
@@ -90,13 +110,18 @@ class Parser final {
         AddOption("--trace-file", m_Options.traceFile, "FILE",
                   "Trace to this file; all levels without --trace");
         AddOption("--app-key", m_Options.appKey, "KEY", "Application key of the caller");
-        AddOption("--output", m_Options.output, "FILE", "Store the document in this file");
-        m_GetInfo = AddSubcommand("get-info", "The whole RAID configuration");
-        m_GetPDInfo = AddSubcommand("get-pd-info", "CTRL ENCL PD: one drive, with its SMART data");
-        for (const auto& [place, name] :
-             {std::pair{&m_Drive[0], "CTRL"}, {&m_Drive[1], "ENCL"}, {&m_Drive[2], "PD"}}) {
-            m_GetPDInfo->add_option(name, *place);
-        }
+        AddOption("--output", m_Options.output, "FILE", "Store what is printed in this file");
+        AddOption("--format", m_Format, "FORMAT",
+                  "Of show, smart, get-info and get-pd-info: xml, tree, table, json,\nhtml or prometheus");
+        AddShow();
+        AddDrive("smart", "CTRL ENCL PD: one drive, its SMART values and its attribute table",
+                 Options::Action::Smart);
+        AddHealth();
+        AddSubcommand("get-info", "The RAID document: controllers, groups, drives", Options::Action::GetInfo);
+        AddDrive("get-pd-info", "CTRL ENCL PD: the document of one drive, with its SMART data",
+                 Options::Action::GetPDInfo);
+        AddCapture();
+        AddDiff();
     }
     Parser(const Parser&) = delete;
     Parser& operator=(const Parser&) = delete;
@@ -121,18 +146,66 @@ class Parser final {
     }
 
   private:
-    void AddOption(const char* name, std::optional<std::string>& place, const char* type, const char* help) {
-        m_App
+    void AddOption(const char* name, std::optional<std::string>& place, const char* type, const char* help,
+                   CLI::App* owner = nullptr) {
+        (owner == nullptr ? m_App : *owner)
             .add_option_function<std::string>(
                 name, [&place](const std::string& text) { place = text; }, help)
             ->type_name(type);
     }
 
-    CLI::App* AddSubcommand(const char* name, const char* help) {
+    CLI::App* AddSubcommand(const char* name, const char* help, Options::Action action) {
         CLI::App* const subcommand = m_App.add_subcommand(name, help);
         subcommand->set_help_flag();
         subcommand->fallthrough();
+        m_Subcommands.push_back({subcommand, action});
         return subcommand;
+    }
+
+    void AddShow() {
+        CLI::App* const show = AddSubcommand("show",
+                                             "What needs attention, then everything, in tables\n"
+                                             "  --document FILE  of this saved document, not of the server\n"
+                                             "  --smart          with the SMART data of all drives",
+                                             Options::Action::Show);
+        AddOption("--document", m_Options.document, "FILE", "", show);
+        show->add_flag("--smart", m_Options.hasSmart);
+    }
+
+    void AddHealth() {
+        CLI::App* const health =
+            AddSubcommand("health",
+                          "One line and an exit status for monitoring systems\n"
+                          "  --document FILE  of this saved document, not of the server\n"
+                          "  --verbose        with a line for each finding",
+                          Options::Action::Health);
+        AddOption("--document", m_Options.document, "FILE", "", health);
+        health->add_flag("--verbose", m_Options.isVerbose);
+    }
+
+    void AddDrive(const char* name, const char* help, Options::Action action) {
+        CLI::App* const subcommand = AddSubcommand(name, help, action);
+        for (const auto& [place, parameter] :
+             {std::pair{&m_Drive[0], "CTRL"}, {&m_Drive[1], "ENCL"}, {&m_Drive[2], "PD"}}) {
+            subcommand->add_option(parameter, *place);
+        }
+    }
+
+    void AddCapture() {
+        CLI::App* const capture =
+            AddSubcommand("capture",
+                          "DIR: record what the tool answers, as a scenario in this new folder\n"
+                          "  --redact         without serial numbers and world-wide names",
+                          Options::Action::Capture);
+        capture->add_option("DIR", m_Options.folder);
+        capture->add_flag("--redact", m_Options.isRedacted);
+    }
+
+    void AddDiff() {
+        CLI::App* const diff = AddSubcommand(
+            "diff", "OLD NEW: what changed from one saved document to another", Options::Action::Diff);
+        diff->add_option("OLD", m_Options.before);
+        diff->add_option("NEW", m_Options.after);
     }
 
     void CheckValues() {
@@ -140,6 +213,7 @@ class Parser final {
         RejectEmpty("--install-dir", m_Options.installDir);
         RejectEmpty("--trace-file", m_Options.traceFile);
         RejectEmpty("--output", m_Options.output);
+        RejectEmpty("--document", m_Options.document);
         m_Options.traceLevels = m_Options.traceFile ? CTraceOutput::ALL_LEVELS : 0;
         if (m_Trace) {
             const auto levels = ParseTraceLevels(*m_Trace);
@@ -155,34 +229,119 @@ class Parser final {
             m_Options.action = Options::Action::Version;
             return;
         }
-        if (m_App.got_subcommand(m_GetInfo)) {
-            m_Options.action = Options::Action::GetInfo;
+        const auto chosen =
+            std::find_if(m_Subcommands.begin(), m_Subcommands.end(),
+                         [this](const Subcommand& each) { return m_App.got_subcommand(each.app); });
+        if (chosen == m_Subcommands.end()) {
+            Reject("a subcommand is missing: " + SubcommandNames());
+        }
+        m_Options.action = chosen->action;
+        ChooseFormat(chosen->app->get_name());
+        switch (m_Options.action) {
+            case Options::Action::Smart:
+            case Options::Action::GetPDInfo:
+                ChooseDrive(chosen->app->get_name());
+                break;
+            case Options::Action::Show:
+                CheckShow();
+                break;
+            case Options::Action::Capture:
+                Need(m_Options.folder, "capture needs a folder to make: DIR");
+                break;
+            case Options::Action::Diff:
+                Need(m_Options.after, "diff needs two saved documents: OLD NEW");
+                break;
+            default:
+                break;
+        }
+    }
+
+    [[nodiscard]] std::string SubcommandNames() const {
+        std::string names;
+        for (const Subcommand& each : m_Subcommands) {
+            names += (names.empty()                    ? ""
+                      : &each == &m_Subcommands.back() ? " or "
+                                                       : ", ") +
+                     each.app->get_name();
+        }
+        return names;
+    }
+
+    static void Need(const std::string& argument, const char* complaint) {
+        if (argument.empty()) {
+            Reject(complaint);
+        }
+    }
+
+    void ChooseFormat(const std::string& subcommand) {
+        switch (m_Options.action) {
+            case Options::Action::Show:
+            case Options::Action::Smart:
+                m_Options.format = Options::Format::Table;
+                break;
+            case Options::Action::GetInfo:
+            case Options::Action::GetPDInfo:
+                m_Options.format = Options::Format::Xml;
+                break;
+            default:
+                if (m_Format) {
+                    Reject("--format does not go with " + subcommand);
+                }
+                return;
+        }
+        if (!m_Format) {
             return;
         }
-        if (!m_App.got_subcommand(m_GetPDInfo)) {
-            Reject("a subcommand is missing: get-info or get-pd-info");
+        const auto* const found =
+            std::find_if(std::begin(kFormats), std::end(kFormats),
+                         [this](const FormatName& each) { return each.name == *m_Format; });
+        if (found == std::end(kFormats)) {
+            Reject("--format takes xml, tree, table, json, html or prometheus, not " + Quoted(*m_Format));
         }
+        m_Options.format = found->format;
+    }
+
+    void CheckShow() const {
+        if (m_Options.hasSmart && m_Options.document) {
+            Reject("--smart asks the server, which --document leaves alone");
+        }
+        if (m_Options.hasSmart && m_Options.format == Options::Format::Xml) {
+            Reject(
+                "--smart has no xml: the document of a server holds none; get-pd-info has it drive by drive");
+        }
+    }
+
+    void ChooseDrive(const std::string& subcommand) {
         if (!m_Drive.back()) {
-            Reject("get-pd-info needs three parameters: CTRL ENCL PD");
+            Reject(subcommand + " needs three parameters: CTRL ENCL PD");
         }
-        m_Options.action = Options::Action::GetPDInfo;
         m_Options.parameters = {
             {"CTRL", "CtrlNo", *m_Drive[0]}, {"ENCL", "EnclNo", *m_Drive[1]}, {"PD", "PDNo", *m_Drive[2]}};
     }
 
+    struct Subcommand {
+        CLI::App* app;
+        Options::Action action;
+    };
+
     Options m_Options;
     std::optional<std::string> m_Trace;
+    std::optional<std::string> m_Format;
     std::array<std::optional<std::string>, 3> m_Drive;
     bool m_Version = false;
     CLI::App m_App{kDescription, kName};
-    CLI::App* m_GetInfo = nullptr;
-    CLI::App* m_GetPDInfo = nullptr;
+    std::vector<Subcommand> m_Subcommands;
 };
 
 }  // namespace
 
 Options ParseOptions(int count, const char* const* words) {
     return Parser().Parse(count, words);
+}
+
+bool AsksForHealth(int count, const char* const* words) {
+    return std::any_of(words + std::min(count, 1), words + count,
+                       [](const char* word) { return word == std::string_view("health"); });
 }
 
 std::optional<unsigned> ParseTraceLevels(std::string_view text) {

@@ -1,17 +1,16 @@
 // The command mngsrvraid: hosts the RAID provider module in a process of its own.
 
-#include "host/CallListener.h"
+#include "host/Commands.h"
 #include "host/DocumentTarget.h"
 #include "host/ExitStatus.h"
 #include "host/FailureText.h"
-#include "host/MethodCall.h"
+#include "host/Inquiry.h"
 #include "host/Module.h"
 #include "host/Options.h"
-#include "host/Progress.h"
 #include "host/Sandbox.h"
 #include "host/ScenarioFolder.h"
+#include "host/Supervisor.h"
 
-#include "qel/CFileUtility.h"
 #include "qel/CStringUtil.h"
 #include "qel/portable/CTraceOutput.h"
 #include "qel/portable/CVersionLog.h"
@@ -23,7 +22,6 @@
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
-#include <memory>
 #include <new>
 #include <string>
 #include <system_error>
@@ -87,29 +85,6 @@ void UseSimulator(const std::string& scenario) {
     EnterSandbox(simulation / "vdkcli", FindScenario(scenario, simulation / "scenarios"));
 }
 
-// The directory that result files go to, or its nearest one that there is, when it cannot be written.
-std::optional<std::string> UnwritableResultDirectory() {
-    fs::path directory = CFileUtility::GetInstallPath(INSTALLPATH_ROOT) + "/tmp/MSRAID";
-    std::error_code ignored;
-    while (!fs::exists(directory, ignored) && directory.has_relative_path()) {
-        directory = directory.parent_path();
-    }
-    if (::access(directory.c_str(), W_OK | X_OK) == 0) {
-        return std::nullopt;
-    }
-    return directory.string();
-}
-
-bool WantsProgress(const Options& options) {
-    const bool isTraceOnStandardError = options.traceLevels != 0 && !options.traceFile;
-    return ::isatty(STDERR_FILENO) == 1 && !isTraceOnStandardError;
-}
-
-FailureSetting SettingOf(const Options& options) {
-    const bool isDrive = options.action == Options::Action::GetPDInfo;
-    return {isDrive ? "get-pd-info" : "get-info", options.scenario.value_or(""), UnwritableResultDirectory()};
-}
-
 void WarnOfOddParameters(const Options& options) {
     for (const Options::Parameter& parameter : options.parameters) {
         if (!IsDriveNumber(parameter.text)) {
@@ -123,35 +98,24 @@ void WarnOfOddParameters(const Options& options) {
     }
 }
 
-// The document, or HostError.
-std::string FetchDocument(const Options& options) {
-    const FailureSetting setting = SettingOf(options);
-    const std::unique_ptr<Progress> progress =
-        WantsProgress(options) ? std::make_unique<Progress>(STDERR_FILENO) : nullptr;
-    const CallListener listener(progress.get());
-    const Module module = Module::Load(Module::DefaultPath());
-    const bool isDrive = options.action == Options::Action::GetPDInfo;
-    MethodOutcome outcome = CallMethod(
-        module.Provider(), {isDrive ? "GetPDInfo" : "GetInfo", options.parameters, options.appKey});
-    if (outcome.status == WBEM_S_NO_ERROR && outcome.returnValue.value_or(0) != 0) {
-        throw HostError(ExitStatus::MethodFailed,
-                        DescribeMethodFailure(*outcome.returnValue, listener.Reasons(), setting));
-    }
-    if (!outcome.document) {
-        throw HostError(ExitStatus::StatusFailed, DescribeCallFailure(outcome, setting));
-    }
-    return std::move(*outcome.document);
+/// Whether the subcommand runs the tool, here or in a scenario.
+bool AsksTheServer(const Options& options) {
+    return options.action != Options::Action::Diff && !options.document;
 }
 
-void Answer(const Options& options) {
+int Answer(const Options& options) {
+    if (AsksTheServer(options)) {
+        Supervise({.resultDirectory = ResultDirectory(), .drawsProgress = ShowsProgress(options)});
+    }
+    // Before the view of the file system changes.
     const DocumentTarget target =
         options.output ? DocumentTarget(*options.output) : DocumentTarget::StandardOutput();
     StartTrace(options);
-    if (options.scenario) {
+    if (options.scenario && AsksTheServer(options)) {
         UseSimulator(*options.scenario);
     }
     WarnOfOddParameters(options);
-    target.Store(FetchDocument(options));
+    return RunCommand(options, target);
 }
 
 std::string VersionText() {
@@ -168,35 +132,46 @@ std::string VersionText() {
     return text;
 }
 
-void Run(const Options& options) {
+int Run(const Options& options) {
     ChooseInstallRoot(options);
     switch (options.action) {
         case Options::Action::Help:
             DocumentTarget::StandardOutput().Store(options.helpText);
-            return;
+            return 0;
         case Options::Action::Version:
             DocumentTarget::StandardOutput().Store(VersionText());
-            return;
-        case Options::Action::GetInfo:
-        case Options::Action::GetPDInfo:
-            Answer(options);
-            return;
+            return 0;
+        default:
+            return Answer(options);
     }
 }
 
-ExitStatus RunAndReport(int count, const char* const* words) {
-    try {
-        Run(ParseOptions(count, words));
-        return ExitStatus::Success;
-    } catch (const HostError& error) {
-        Say(error.what());
-        return error.Status();
-    } catch (const SandboxError& error) {
-        Say(std::string("the scenario cannot take the tool's place: ") + error.what());
-    } catch (const std::exception& error) {
-        Say(std::string("the command cannot go on: ") + error.what());
+/// Words for standard error, and the exit status.
+struct Failure {
+    std::string line;
+    ExitStatus status = ExitStatus::Surroundings;
+};
+
+int Tell(const Failure& failure, bool isHealth) noexcept {
+    if (isHealth) {
+        return TellUnknownHealth(failure.line);
     }
-    return ExitStatus::Surroundings;
+    Say(failure.line);
+    return static_cast<int>(failure.status);
+}
+
+int RunAndReport(int count, const char* const* words) {
+    Failure failure;
+    try {
+        return Run(ParseOptions(count, words));
+    } catch (const HostError& error) {
+        failure = {error.what(), error.Status()};
+    } catch (const SandboxError& error) {
+        failure.line = std::string("the scenario cannot take the tool's place: ") + error.what();
+    } catch (const std::exception& error) {
+        failure.line = std::string("the command cannot go on: ") + error.what();
+    }
+    return Tell(failure, AsksForHealth(count, words));
 }
 
 }  // namespace
@@ -204,5 +179,5 @@ ExitStatus RunAndReport(int count, const char* const* words) {
 
 int main(int count, char** words) {
     host::OccupyStandardDescriptors();
-    return static_cast<int>(host::RunAndReport(count, words));
+    return host::RunAndReport(count, words);
 }

@@ -99,15 +99,19 @@ bool IsRebuilding(const Controller& controller, const Group& group) {
     });
 }
 
-std::string StateText(const std::string& state) {
-    return state.empty() ? "no state is told" : state;
+/// A state as a reason: one that has no rule is quoted, since it may be any text.
+std::string Reason(const std::string& state, Level level) {
+    if (state.empty()) {
+        return "no state is told";
+    }
+    return level == Level::Unknown ? "unknown state \"" + state + '"' : state;
 }
 
 std::string WhatOf(const Drive& drive) {
     std::string what;
     const auto add = [&what](const std::string& text) { what += (what.empty() ? "" : ", ") + text; };
     if (StatusLevel(drive) != Level::Ok) {
-        add(StateText(drive.detail));
+        add(Reason(drive.detail, StatusLevel(drive)));
     }
     if (PredictsFailure(drive)) {
         add("failure predicted (" + drive.predictiveFailures + ")");
@@ -120,14 +124,18 @@ std::string WhatOf(const Drive& drive) {
 
 std::string WhatOf(const Controller& controller, const Group& group, const LogicalDrive& drive) {
     if (!IsDegraded(drive)) {
-        return StateText(drive.state);
+        return Reason(drive.state, LevelOf(controller, group, drive));
     }
     return drive.state + (IsRebuilding(controller, group) ? ", being rebuilt" : ", nothing is being rebuilt");
 }
 
 std::string WhatOf(const BackupUnit& unit) {
-    std::string what = unit.status.empty() ? StateText(unit.presence) : unit.status;
+    const std::string what = Reason(unit.status.empty() ? unit.presence : unit.status, LevelOf(unit));
     return IsSameWord(unit.replacement, "Yes") ? what + ", replacement required" : what;
+}
+
+std::string NameOr(const std::string& name, const char* unnamed) {
+    return name.empty() ? unnamed : name;
 }
 
 /// Collects what is not well.
@@ -135,19 +143,20 @@ class Inspection final {
   public:
     void Inspect(const Controller& controller) {
         m_Controller = controller.number;
-        Note(LevelOf(controller), {}, {}, "status " + controller.status);
+        Note(LevelOf(controller), {}, {}, Reason(controller.status, LevelOf(controller)));
         for (const BackupUnit& unit : controller.backupUnits) {
             Note(LevelOf(unit), {}, unit.name, WhatOf(unit));
         }
         for (const Group& group : controller.groups) {
             for (const LogicalDrive& drive : group.logicalDrives) {
-                Note(LevelOf(controller, group, drive), group.number, drive.number,
+                Note(LevelOf(controller, group, drive), group.number, NameOr(drive.number, "a logical drive"),
                      WhatOf(controller, group, drive));
             }
         }
         for (const Drive& drive : controller.drives) {
             const std::string group = drive.group == "-" ? "" : drive.group;
-            if (Finding* const finding = Note(LevelOf(drive), group, drive.number, WhatOf(drive))) {
+            if (Finding* const finding =
+                    Note(LevelOf(drive), group, NameOr(drive.number, "a drive"), WhatOf(drive))) {
                 finding->enclosure = drive.enclosure;
                 finding->slot = drive.slot;
             }
@@ -297,8 +306,7 @@ std::string Describe(const Counts& counts) {
 
 std::string Headline(const Health& health) {
     if (health.findings.empty()) {
-        return health.level == Level::Ok ? "all well: " + Describe(health.counts)
-                                         : "nothing to judge: " + Describe(health.counts);
+        return Describe(health.counts) + (health.level == Level::Ok ? ", all well" : ", nothing to judge");
     }
     std::string text;
     for (const Level level : {Level::Critical, Level::Warning, Level::Unknown}) {
@@ -308,7 +316,7 @@ std::string Headline(const Health& health) {
             text += level == Level::Warning && count > 1 ? "s" : "";
         }
     }
-    return text + " of " + Describe(health.counts);
+    return text + " in " + Describe(health.counts);
 }
 
 std::size_t CountOf(const Health& health, Level level) {
@@ -318,8 +326,11 @@ std::size_t CountOf(const Health& health, Level level) {
 }
 
 bool LeadingNumber(std::string_view text, double& number) {
-    return std::from_chars(text.data(), text.data() + text.size(), number, std::chars_format::fixed).ec ==
-           std::errc();
+    // Not "inf" and "nan", which from_chars takes for numbers.
+    const std::size_t digit = text.starts_with('-') ? 1 : 0;
+    return digit < text.size() && '0' <= text[digit] && text[digit] <= '9' &&
+           std::from_chars(text.data(), text.data() + text.size(), number, std::chars_format::fixed).ec ==
+               std::errc();
 }
 
 }  // namespace inventory

@@ -23,7 +23,7 @@ struct Finding {
     std::string group;            ///< "RG1"; empty where none is concerned
     std::string part;             ///< "PD9", "LD1", "Battery Backup Unit"; empty for the controller itself
     std::string enclosure, slot;  ///< of a drive
-    std::string what;             ///< "FAILED"; "DEGRADED, and nothing is being rebuilt"
+    std::string what;             ///< "FAILED"; "DEGRADED, nothing is being rebuilt"
 };
 
 /// The place of a finding: "controller 0, RG1, PD9 in enclosure 16 slot 1".
@@ -57,7 +57,7 @@ struct Health {
 /// What there is, in words: "2 controllers, 5 groups, 6 logical drives, 26 drives".
 [[nodiscard]] std::string Describe(const Counts& counts);
 
-/// What it comes to, in one line without the level: "3 drives FAILED or OFFLINE ...".
+/// What it comes to, in one line without the level: "4 critical, 3 warnings in 2 controllers, 26 drives".
 [[nodiscard]] std::string Headline(const Health& health);
 
 /// How many findings are of that level.

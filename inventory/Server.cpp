@@ -116,7 +116,12 @@ Drive DriveFrom(const Item& root) {
     ForEach(root, kGeneral, [&](const Item& section) {
         ForEach(section, "PD Status", [&](const Item& status) { drive.statuses.push_back(status.value); });
     });
-    drive.detail = general("PD Status(Detail)");
+    ForEach(root, kGeneral, [&](const Item& section) {
+        ForEach(section, "PD Status(Detail)", [&](const Item& detail) {
+            const bool isNew = drive.detail.find(detail.value) == std::string::npos;
+            drive.detail += !isNew ? "" : drive.detail.empty() ? detail.value : ", " + detail.value;
+        });
+    });
     drive.enclosure = place("Enclosure No.");
     drive.slot = place("Slot No.");
     drive.position = place("Enclosure Position");

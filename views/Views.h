@@ -1,9 +1,11 @@
 #pragma once
 
+#include "inventory/Changes.h"
 #include "inventory/Snapshot.h"
 
 #include <cstddef>
 #include <string>
+#include <vector>
 
 namespace views {
 
@@ -35,5 +37,15 @@ struct TerminalStyle {
 
 /// Series for the node exporter's textfile collector.
 [[nodiscard]] std::string Prometheus(const inventory::Snapshot& snapshot);
+
+/// What a monitoring system wants: one line with the level, the findings (no more than fit; all, a line each,
+/// when `isVerbose`), and the figures behind a bar:
+///
+///     RAID WARNING - 1 warning in 1 controller, 3 drives; controller 0, PD1 in ...: REBUILD | drives=3
+///     critical=0 ...
+[[nodiscard]] std::string MonitoringLine(const inventory::Health& health, bool isVerbose);
+
+/// The differences, one a line, and what they come to.
+[[nodiscard]] std::string Differences(const std::vector<inventory::Change>& changes);
 
 }  // namespace views

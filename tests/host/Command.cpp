@@ -50,18 +50,22 @@ int Ended::ExitStatus() const {
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
-Ended Command::Run() const {
-    const TempFolder captured;
+std::unique_ptr<Running> Command::Start() const {
+    auto running = std::make_unique<Running>(standardOutput);
+    const TempFolder& captured = running->m_Captured;
     const std::string out = standardOutput.empty() ? captured / "out" : standardOutput;
-    const std::string err = captured / "err";
-    const pid_t child = ::fork();
-    if (child == 0) {
-        Become(*this, out, err);
+    running->m_Process = ::fork();
+    if (running->m_Process == 0) {
+        Become(*this, out, captured / "err");
     }
+    return running;
+}
+
+Ended Running::Wait() const {
     Ended ended;
-    EXPECT_EQ(::waitpid(child, &ended.status, 0), child);
-    ended.out = standardOutput.empty() ? ReadFile(out) : "";
-    ended.err = ReadFile(err);
+    EXPECT_EQ(::waitpid(m_Process, &ended.status, 0), m_Process);
+    ended.out = m_Out.empty() ? ReadFile(m_Captured / "out") : "";
+    ended.err = ReadFile(m_Captured / "err");
     return ended;
 }
 

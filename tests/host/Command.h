@@ -3,9 +3,12 @@
 #include "tests/support/InChild.h"
 #include "tests/support/TempFolder.h"
 
+#include <sys/types.h>
+
 #include <filesystem>
 #include <functional>
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -26,6 +29,21 @@ struct Ended {
     [[nodiscard]] int ExitStatus() const;  ///< -1 when a signal ended it
 };
 
+/// A command that has been started. `Wait` is to be called once.
+class Running final {
+  public:
+    explicit Running(std::string standardOutput) : m_Out(std::move(standardOutput)) {}
+
+    [[nodiscard]] pid_t Process() const { return m_Process; }
+    [[nodiscard]] Ended Wait() const;
+
+  private:
+    friend struct Command;
+    TempFolder m_Captured;
+    std::string m_Out;  ///< empty: captured
+    pid_t m_Process = -1;
+};
+
 /// The built command with its arguments, to be run as a user would.
 struct Command {
     std::vector<std::string> words;
@@ -34,7 +52,8 @@ struct Command {
     std::string standardOutput = {};                      ///< empty: kept in `out`
     std::filesystem::path program = HOST_TEST_PROGRAM;
 
-    [[nodiscard]] Ended Run() const;
+    [[nodiscard]] std::unique_ptr<Running> Start() const;
+    [[nodiscard]] Ended Run() const { return Start()->Wait(); }
 };
 
 /// Runs the command with these words.

@@ -12,6 +12,8 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <csignal>
+#include <utility>
 
 namespace host::test {
 namespace {
@@ -19,8 +21,10 @@ namespace {
 using std::chrono::seconds;
 using testing::HasSubstr;
 
-// What a terminal of this width is sent on standard error while the command runs.
-std::string Watch(std::vector<std::string> words, unsigned short columns) {
+// What a terminal of this width is sent on standard error while the command runs. `typed` is typed there as
+// soon as something is shown.
+std::string Watch(std::vector<std::string> words, unsigned short columns, std::string typed = "",
+                  int* endStatus = nullptr) {
     const winsize size{24, columns, 0, 0};
     int terminal = -1;
     const pid_t child = ::forkpty(&terminal, nullptr, nullptr, &size);
@@ -43,10 +47,15 @@ std::string Watch(std::vector<std::string> words, unsigned short columns) {
             break;
         }
         text.append(chunk, static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+        const std::string due = std::exchange(typed, "");
+        EXPECT_EQ(::write(terminal, due.data(), due.size()), static_cast<ssize_t>(due.size()));
     }
     int status = 0;
     EXPECT_EQ(::waitpid(child, &status, 0), child);
     ::close(terminal);
+    if (endStatus != nullptr) {
+        *endStatus = status;
+    }
     return text;
 }
 
@@ -124,6 +133,13 @@ TEST(Progress, FailureStandsOnALineOfItsOwn) {
     const std::size_t message = sent.find("mngsrvraid: get-info failed");
     ASSERT_NE(message, std::string::npos) << sent;
     EXPECT_EQ(Screen(sent.substr(0, message)).line, "");
+}
+
+TEST(Progress, InterruptionIsToldOnAFreshLine) {
+    int status = 0;
+    const std::string sent = Watch({"--scenario", "faults/endless", "get-info"}, 80, "\x03", &status);
+    EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGINT) << status;
+    EXPECT_TRUE(sent.ends_with("\r\nmngsrvraid: interrupted\r\n")) << sent;
 }
 
 }  // namespace

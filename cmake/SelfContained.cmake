@@ -1,0 +1,17 @@
+# Links a program so that it starts quickly and without looking for libraries: for programs that stand in for others,
+# are run inside a private view of the file system, or with somebody else's library path.
+include(CheckCXXSourceCompiles)
+
+function(link_self_contained target)
+  if(ZORBALT_SANITIZE)
+    return()
+  endif()
+  set(CMAKE_REQUIRED_LINK_OPTIONS -static)
+  check_cxx_source_compiles("#include <string>\nint main() { return std::string().size() != 0; }"
+                            ZORBALT_CAN_LINK_STATIC)
+  if(ZORBALT_CAN_LINK_STATIC)
+    target_link_options(${target} PRIVATE -static)
+  else()
+    target_link_options(${target} PRIVATE -static-libstdc++ -static-libgcc)
+  endif()
+endfunction()

@@ -1,0 +1,158 @@
+#include "host/Commands.h"
+
+#include "host/DocumentTarget.h"
+#include "host/FailureText.h"
+#include "host/Inquiry.h"
+#include "host/SavedFile.h"
+#include "host/Screen.h"
+
+#include "views/Views.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <exception>
+#include <string_view>
+
+namespace host {
+namespace {
+
+using inventory::Level;
+using inventory::Snapshot;
+
+std::string Present(const Snapshot& snapshot, const Options& options) {
+    switch (options.format) {
+        case Options::Format::Tree:
+            return views::Tree(snapshot);
+        case Options::Format::Json:
+            return views::Json(snapshot);
+        case Options::Format::Html:
+            return views::Html(snapshot);
+        case Options::Format::Prometheus:
+            return views::Prometheus(snapshot);
+        default:
+            return views::Table(snapshot, options.output ? views::TerminalStyle() : StyleOfStandardOutput());
+    }
+}
+
+/// A document that was asked for or saved, in the format that is wanted: XML is passed on as it is.
+std::string InFormat(std::string xml, const std::string& source, const Inquiry* inquiry,
+                     const Options& options) {
+    if (options.format == Options::Format::Xml) {
+        return xml;
+    }
+    const bool isDrive = !options.parameters.empty();
+    Snapshot snapshot(ReadDocument(xml, source), isDrive ? options.parameters.front().text : "");
+    if (inquiry != nullptr) {
+        snapshot.runs = inquiry->Runs();
+    }
+    return Present(snapshot, options);
+}
+
+constexpr const char* kFromModule = "what the module returned";
+
+void AnswerOnce(const Options& options, const DocumentTarget& target) {
+    Inquiry inquiry(options);
+    std::string xml =
+        options.parameters.empty() ? inquiry.AskForServer() : inquiry.AskForDrive(options.parameters);
+    target.Store(InFormat(std::move(xml), kFromModule, &inquiry, options));
+}
+
+/// Adds the SMART data of every drive whose place is known.
+void AskForAllDrives(Inquiry& inquiry, Snapshot& snapshot) {
+    struct Place {
+        std::string controller, enclosure, slot;
+    };
+    std::vector<Place> places;
+    for (const inventory::Controller& controller : snapshot.TheServer().controllers) {
+        for (const inventory::Drive& drive : controller.drives) {
+            places.push_back({controller.number, drive.enclosure, drive.slot});
+        }
+    }
+    for (const Place& place : places) {
+        if (place.controller.empty() || place.enclosure.empty() || place.slot.empty()) {
+            continue;
+        }
+        const std::string xml =
+            inquiry.AskForDrive(DriveParameters(place.controller, place.enclosure, place.slot));
+        snapshot.Add({place.controller, place.enclosure, place.slot, ReadDocument(xml, kFromModule)});
+    }
+}
+
+void Show(const Options& options, const DocumentTarget& target) {
+    if (options.document) {
+        target.Store(InFormat(ReadFile(*options.document), *options.document, nullptr, options));
+        return;
+    }
+    if (!options.hasSmart) {
+        AnswerOnce(options, target);
+        return;
+    }
+    Inquiry inquiry(options);
+    Snapshot snapshot(ReadDocument(inquiry.AskForServer(), kFromModule));
+    AskForAllDrives(inquiry, snapshot);
+    snapshot.runs = inquiry.Runs();
+    target.Store(Present(snapshot, options));
+}
+
+/// As monitoring plug-ins end.
+int StatusOf(Level level) {
+    switch (level) {
+        case Level::Ok:
+            return 0;
+        case Level::Warning:
+            return 1;
+        case Level::Critical:
+            return 2;
+        default:
+            return 3;
+    }
+}
+
+int TellHealth(const Options& options, const DocumentTarget& target) {
+    const std::string xml = options.document ? ReadFile(*options.document) : Inquiry(options).AskForServer();
+    const Snapshot snapshot(ReadDocument(xml, options.document.value_or(kFromModule)));
+    const inventory::Health health = snapshot.Judge();
+    target.Store(views::MonitoringLine(health, options.isVerbose));
+    return StatusOf(health.level);
+}
+
+int ShowChanges(const Options& options, const DocumentTarget& target) {
+    const inventory::Document before = ReadDocument(ReadFile(options.before), options.before);
+    const inventory::Document after = ReadDocument(ReadFile(options.after), options.after);
+    const std::vector<inventory::Change> changes = inventory::ChangesBetween(before, after);
+    target.Store(views::Differences(changes));
+    return changes.empty() ? 0 : 1;
+}
+
+}  // namespace
+
+int RunCommand(const Options& options, const DocumentTarget& target) {
+    switch (options.action) {
+        case Options::Action::Health:
+            return TellHealth(options, target);
+        case Options::Action::Diff:
+            return ShowChanges(options, target);
+        case Options::Action::Show:
+            Show(options, target);
+            return 0;
+        default:
+            AnswerOnce(options, target);
+            return 0;
+    }
+}
+
+int TellUnknownHealth(const std::string& why) noexcept {
+    try {
+        std::string text = "RAID UNKNOWN - " + OneLine(why);
+        std::replace(text.begin(), text.end(), '|', '/');
+        text += '\n';
+        // Who cannot be told is not told: the exit status still is.
+        [[maybe_unused]] const ssize_t written = ::write(STDOUT_FILENO, text.data(), text.size());
+    } catch (const std::bad_alloc&) {
+        return StatusOf(Level::Unknown);
+    }
+    return StatusOf(Level::Unknown);
+}
+
+}  // namespace host

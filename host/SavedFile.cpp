@@ -1,0 +1,43 @@
+#include "host/SavedFile.h"
+
+#include "host/Descriptor.h"
+#include "host/ExitStatus.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <system_error>
+
+namespace host {
+namespace {
+
+[[noreturn]] void Fail(const std::string& path) {
+    throw HostError(ExitStatus::Surroundings, (path == "-" ? "standard input" : path) + " cannot be read: " +
+                                                  std::generic_category().message(errno));
+}
+
+}  // namespace
+
+std::string ReadFile(const std::string& path) {
+    constexpr std::size_t kPiece = std::size_t{64} * 1024;
+    const bool isStandardInput = path == "-";
+    const Descriptor opened(isStandardInput ? ::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0)
+                                            : ::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    if (!opened.IsOpen()) {
+        Fail(path);
+    }
+    std::string text;
+    std::array<char, kPiece> piece;
+    for (ssize_t size = 1; size != 0;) {
+        size = ::read(opened.Number(), piece.data(), piece.size());
+        if (size < 0 && errno != EINTR) {
+            Fail(path);
+        }
+        text.append(piece.data(), size < 0 ? 0 : static_cast<std::size_t>(size));
+    }
+    return text;
+}
+
+}  // namespace host

@@ -1,0 +1,147 @@
+#include "inventory/Health.h"
+
+#include "tests/inventory/DocumentText.h"
+
+#include <gtest/gtest.h>
+
+namespace inventory::test {
+namespace {
+
+Health HealthOf(const std::string& items) {
+    const Document document = Read(items);
+    return Judge(Survey(document));
+}
+
+Level LevelOfDrive(const std::string& status, const std::string& more = "") {
+    return HealthOf(ControllerItem("0") + DriveItem("PD0", status, "x", more)).level;
+}
+
+Level LevelOfLogicalDrive(const std::string& state, const std::string& driveStatus = "NO ERROR",
+                          const std::string& driveGroup = "RG0") {
+    const Document document = Read(ControllerItem("0") + GroupItem("RG0", LogicalDriveItem("LD0", state)) +
+                                   DriveItem("PD0", driveStatus, "x", "", driveGroup));
+    const Server server = Survey(document);
+    const Controller& controller = server.controllers[0];
+    return LevelOf(controller, controller.groups[0], controller.groups[0].logicalDrives[0]);
+}
+
+Level LevelOfUnit(const std::string& keys) {
+    return HealthOf(Node("Controller Information", Node("### Battery Backup Unit Information ###", keys)) +
+                    DriveItem("PD0", "NO ERROR", "ONLINE"))
+        .level;
+}
+
+TEST(HealthTest, AFailedDriveIsCriticalARebuildingOneAWarning) {
+    EXPECT_EQ(LevelOfDrive("NO ERROR"), Level::Ok);
+    EXPECT_EQ(LevelOfDrive("REBUILD"), Level::Warning);
+    EXPECT_EQ(LevelOfDrive("ERROR"), Level::Critical);
+}
+
+TEST(HealthTest, AStateThatNobodyKnowsIsNeverWell) {
+    EXPECT_EQ(LevelOfDrive("UNKNOWN"), Level::Unknown);
+    EXPECT_EQ(LevelOfDrive(""), Level::Unknown);
+    EXPECT_EQ(LevelOfDrive("FINE"), Level::Unknown);
+    EXPECT_EQ(
+        HealthOf(ControllerItem("0") + Node("Physical Drive Information", General(Key("PD No.", "PD0"))))
+            .level,
+        Level::Unknown);
+    EXPECT_EQ(LevelOfLogicalDrive("ODD"), Level::Unknown);
+    EXPECT_EQ(LevelOfLogicalDrive(""), Level::Unknown);
+    EXPECT_EQ(LevelOfUnit(Key("Status", "Odd")), Level::Unknown);
+    EXPECT_EQ(LevelOfUnit(Key("BBU", "Odd")), Level::Unknown);
+    EXPECT_EQ(HealthOf(ControllerItem("0", Key("Controller Status", "Odd"))).level, Level::Unknown);
+}
+
+TEST(HealthTest, OfTwoStatusesTheWorseCounts) {
+    EXPECT_EQ(LevelOfDrive("NO ERROR", Key("PD Status", "ERROR")), Level::Critical);
+    EXPECT_EQ(LevelOfDrive("ERROR", Key("PD Status", "NO ERROR")), Level::Critical);
+}
+
+TEST(HealthTest, APredictedFailureIsAWarning) {
+    EXPECT_EQ(LevelOfDrive("NO ERROR", Key("Predictive Failure Count", "0")), Level::Ok);
+    EXPECT_EQ(LevelOfDrive("NO ERROR", Key("Predictive Failure Count", "1")), Level::Warning);
+    EXPECT_EQ(LevelOfDrive("NO ERROR", Key("Predictive Failure Count", "-")), Level::Ok);
+    EXPECT_EQ(LevelOfDrive("ERROR", Key("Predictive Failure Count", "1")), Level::Critical);
+}
+
+TEST(HealthTest, SmartDataHaveASay) {
+    const auto levelOf = [](const std::string& status) {
+        return HealthOf(Node("Physical Drive Information",
+                             General(Key("PD Status", "NO ERROR")) +
+                                 Node("### SMART Information ###", Key("SMART Status", status))))
+            .level;
+    };
+    EXPECT_EQ(levelOf("OK"), Level::Ok);
+    EXPECT_EQ(levelOf("Alert"), Level::Warning);
+    EXPECT_EQ(levelOf("Odd"), Level::Unknown);
+}
+
+TEST(HealthTest, ADegradedLogicalDriveIsCriticalUnlessItsGroupIsBeingRebuilt) {
+    EXPECT_EQ(LevelOfLogicalDrive("OPTIMAL"), Level::Ok);
+    EXPECT_EQ(LevelOfLogicalDrive("Optimal"), Level::Ok);
+    EXPECT_EQ(LevelOfLogicalDrive("DEGRADED"), Level::Critical);
+    EXPECT_EQ(LevelOfLogicalDrive("PARTIALLY DEGRADED"), Level::Critical);
+    EXPECT_EQ(LevelOfLogicalDrive("DEGRADED", "REBUILD"), Level::Warning);
+    EXPECT_EQ(LevelOfLogicalDrive("DEGRADED", "REBUILD", "RG1"), Level::Critical);
+    EXPECT_EQ(LevelOfLogicalDrive("OFFLINE"), Level::Critical);
+    EXPECT_EQ(LevelOfLogicalDrive("FAILED"), Level::Critical);
+}
+
+TEST(HealthTest, ABackupUnitMayBeAbsentButNotWorn) {
+    EXPECT_EQ(LevelOfUnit(Key("BBU", "Absent")), Level::Ok);
+    EXPECT_EQ(LevelOfUnit(Key("BBU", "Present") + Key("Status", "Optimal")), Level::Ok);
+    EXPECT_EQ(LevelOfUnit(Key("Status", "Learning")), Level::Ok);
+    EXPECT_EQ(LevelOfUnit(Key("Status", "Failed")), Level::Warning);
+    EXPECT_EQ(LevelOfUnit(Key("Status", "Optimal") + Key("Replacement Required", "Yes")), Level::Warning);
+}
+
+TEST(HealthTest, AControllerMayTellNoStatusOfItsOwn) {
+    const std::string drive = DriveItem("PD0", "NO ERROR", "ONLINE");
+    EXPECT_EQ(HealthOf(ControllerItem("0") + drive).level, Level::Ok);
+    EXPECT_EQ(HealthOf(ControllerItem("0", Key("Controller Status", "OK")) + drive).level, Level::Ok);
+    EXPECT_EQ(HealthOf(ControllerItem("0", Key("Controller Status", "Needs Attention")) + drive).level,
+              Level::Warning);
+    EXPECT_EQ(HealthOf(ControllerItem("0", Key("Controller Status", "Failed")) + drive).level,
+              Level::Critical);
+}
+
+TEST(HealthTest, NothingToJudgeIsUnknownAndSaysSo) {
+    EXPECT_EQ(HealthOf("").level, Level::Unknown);
+    EXPECT_EQ(Headline(HealthOf("")), "no controller, nothing to judge");
+    EXPECT_EQ(HealthOf(ControllerItem("0")).level, Level::Unknown);
+    EXPECT_EQ(Headline(HealthOf(ControllerItem("0"))), "1 controller, no drive, nothing to judge");
+}
+
+TEST(HealthTest, PutsTheWorstFirstAndKeepsTheOrderOtherwise) {
+    const Health health = HealthOf(ControllerItem("0") + DriveItem("PD0", "REBUILD", "REBUILD") +
+                                   DriveItem("PD1", "UNKNOWN", "odd") + DriveItem("PD2", "ERROR", "FAILED") +
+                                   DriveItem("PD3", "ERROR", "OFFLINE"));
+    ASSERT_EQ(health.findings.size(), 4U);
+    EXPECT_EQ(health.level, Level::Critical);
+    EXPECT_EQ(health.findings[0].part, "PD2");
+    EXPECT_EQ(health.findings[1].part, "PD3");
+    EXPECT_EQ(health.findings[2].part, "PD0");
+    EXPECT_EQ(health.findings[3].part, "PD1");
+    EXPECT_EQ(health.findings[3].what, "unknown state \"odd\"");
+    EXPECT_EQ(PlaceOf(health.findings[0]), "controller 0, RG0, PD2 in enclosure 252 slot 2");
+    EXPECT_EQ(Headline(health), "2 critical, 1 warning, 1 unknown in 1 controller, 4 drives");
+}
+
+TEST(HealthTest, NamesPartsThatHaveNoName) {
+    EXPECT_EQ(PlaceOf(Finding{}), "a part without a name");
+    EXPECT_EQ(PlaceOf(HealthOf(Node("Physical Drive Information", "")).findings.at(0)), "a drive");
+}
+
+TEST(HealthTest, ReadsNumbersInFrontOfUnits) {
+    double number = -1;
+    EXPECT_TRUE(LeadingNumber("31 C", number));
+    EXPECT_EQ(number, 31);
+    EXPECT_TRUE(LeadingNumber("-0.5", number));
+    EXPECT_EQ(number, -0.5);
+    for (const char* const text : {"", "N/A", "-", " 31", "inf", "nan"}) {
+        EXPECT_FALSE(LeadingNumber(text, number)) << text;
+    }
+}
+
+}  // namespace
+}  // namespace inventory::test

@@ -1,0 +1,64 @@
+#pragma once
+
+#include "inventory/Health.h"
+#include "views/Views.h"
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace views {
+
+/// A table of texts in aligned columns:
+///
+///     DRIVE  SLOT  STATUS     SIZE
+///     PD0       0  ONLINE     558.406 GB
+///     PD12      4  HOT SPARE  558.406 GB
+///
+/// Where it is too wide, titles are shortened, then columns that may be left out are, the last one first;
+/// then the widest of those that may be shortened.
+class Grid final {
+  public:
+    enum class Fit { Fixed, Shorten, ShortenOrOmit, Omit };
+
+    struct Column {
+        std::string title;
+        Fit fit = Fit::Fixed;
+        bool isNumber = false;  ///< stands to the right
+    };
+
+    struct Cell {
+        std::string text;                            ///< empty: not told, shown as "-"
+        std::optional<inventory::Level> level = {};  ///< colours it
+        bool isBlank = false;                        ///< nothing to tell here: no "-" either
+    };
+
+    explicit Grid(std::vector<Column> columns) : m_Columns(std::move(columns)) {}
+
+    /// One cell for each column. Texts are made printable here.
+    void AddRow(std::vector<Cell> row);
+
+    [[nodiscard]] bool IsEmpty() const { return m_Rows.empty(); }
+
+    /// Columns that hold nothing are left out. Every line begins with `indentation` blanks.
+    [[nodiscard]] std::string Text(const TerminalStyle& style, std::size_t indentation) const;
+
+  private:
+    [[nodiscard]] std::size_t WidestToShorten(const std::vector<std::size_t>& widths) const;
+    [[nodiscard]] std::vector<std::size_t> WidthsFor(const TerminalStyle& style,
+                                                     std::size_t indentation) const;
+
+    std::vector<Column> m_Columns;
+    std::vector<std::vector<Cell>> m_Rows;
+};
+
+/// The text in the colour of a level, where there are colours.
+[[nodiscard]] std::string Colored(const std::string& text, inventory::Level level,
+                                  const TerminalStyle& style);
+
+/// A heading, bold where there are colours.
+[[nodiscard]] std::string Heading(const std::string& text, const TerminalStyle& style);
+
+}  // namespace views
