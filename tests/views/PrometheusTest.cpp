@@ -96,7 +96,7 @@ TEST(Prometheus, PassesPromtoolForSingleDrives) {
     }
 }
 
-TEST(Prometheus, NoticesAreFoundByTheseChecks) {
+TEST(Prometheus, ChecksFindWhatIsWrong) {
     EXPECT_NE(CheckMetrics("raid_x 1\n"), "");
     EXPECT_NE(CheckMetrics("# HELP raid_x X.\n# TYPE raid_x gauge\nraid_x{a=\"1\" 1\n"), "");
     EXPECT_NE(Repetitions("a{b=\"1\"} 1\na{b=\"1\"} 2\n"), std::vector<std::string>{});
