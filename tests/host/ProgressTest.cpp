@@ -21,10 +21,10 @@ namespace {
 using std::chrono::seconds;
 using testing::HasSubstr;
 
-// What a terminal of this width is sent on standard error while the command runs. `typed` is typed there as
-// soon as something is shown.
+// What a terminal of this width is sent on standard error while the command runs, and on standard output too
+// if `hasOutput`. `typed` is typed there as soon as something is shown.
 std::string Watch(std::vector<std::string> words, unsigned short columns, std::string typed = "",
-                  int* endStatus = nullptr) {
+                  int* endStatus = nullptr, bool hasOutput = false) {
     const winsize size{24, columns, 0, 0};
     int terminal = -1;
     const pid_t child = ::forkpty(&terminal, nullptr, nullptr, &size);
@@ -35,7 +35,9 @@ std::string Watch(std::vector<std::string> words, unsigned short columns, std::s
             pointers.push_back(word.data());
         }
         pointers.push_back(nullptr);
-        ::dup2(::open("/dev/null", O_WRONLY), STDOUT_FILENO);
+        if (!hasOutput) {
+            ::dup2(::open("/dev/null", O_WRONLY), STDOUT_FILENO);
+        }
         ::execv(pointers.front(), pointers.data());
         ::_exit(127);
     }
@@ -77,6 +79,13 @@ struct Screen {
     std::string line;
     std::size_t widest = 0;
 };
+
+TEST(Progress, IsGoneWhenTheAnswerComes) {
+    const std::string text =
+        Watch({"--scenario", "small", "show", "--format", "tree"}, 80, "", nullptr, true);
+    EXPECT_THAT(text, HasSubstr("controller 0: physical drives (vdkcli"));
+    EXPECT_THAT(text, HasSubstr(" \rController Information\r\n"));
+}
 
 TEST(Progress, TellsControllerAndReport) {
     EXPECT_EQ(DescribeCommand("vdkcli -v"), "version of the tool (vdkcli -v)");
