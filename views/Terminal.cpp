@@ -18,9 +18,13 @@ using inventory::LogicalDrive;
 
 constexpr std::size_t kIndentation = 2;
 constexpr std::size_t kLongest = 60;  // of a text in a line of them
-constexpr Grid::Cell kBlank{"", {}, true};
 
 using Fit = Grid::Fit;
+
+/// A cell that tells nothing, not even that something is missing.
+Grid::Cell Blank() {
+    return {"", {}, true};
+}
 
 bool IsZero(const std::string& count) {
     double number = 0;
@@ -87,14 +91,16 @@ Grid GroupsOf(const Controller& controller) {
         const bool isEmpty = group.logicalDrives.empty();
         bool isFirst = true;
         for (const LogicalDrive& drive : isEmpty ? none : group.logicalDrives) {
-            const auto once = [&](const std::string& text) { return isFirst ? Grid::Cell{text} : kBlank; };
-            const auto ofDrive = [&](const std::string& text) { return isEmpty ? kBlank : Grid::Cell{text}; };
+            const auto once = [&](const std::string& text) { return isFirst ? Grid::Cell{text} : Blank(); };
+            const auto ofDrive = [&](const std::string& text) {
+                return isEmpty ? Blank() : Grid::Cell{text};
+            };
             grid.AddRow(
                 {once(group.number),
                  once(group.level),
                  once(MembersOf(controller, group)),
                  ofDrive(drive.number),
-                 isEmpty ? kBlank : Grid::Cell{drive.state, inventory::LevelOf(controller, group, drive)},
+                 isEmpty ? Blank() : Grid::Cell{drive.state, inventory::LevelOf(controller, group, drive)},
                  ofDrive(isEmpty ? "" : drive.capacity),
                  ofDrive(drive.name),
                  {CachesOf(group), {}, true}});
@@ -143,27 +149,36 @@ Grid DrivesOf(const Controller& controller) {
     return grid;
 }
 
-/// The text in lines no longer than the terminal is wide, broken at blanks; the first one begins in column
-/// `column`, the others in column `hang`.
-std::string Wrapped(const std::string& text, std::size_t column, std::size_t hang,
-                    const TerminalStyle& style) {
+/// The text in lines no longer than the terminal is wide, broken at blanks, or within a word that fits no
+/// line; the first one begins in column `column`, the others in column `hang`.
+std::string Wrapped(std::string_view text, std::size_t column, std::size_t hang, const TerminalStyle& style) {
+    if (style.columns == 0) {
+        return std::string(text);
+    }
+    const std::size_t room = style.columns > hang ? style.columns - hang : 1;
     std::string wrapped;
-    bool isFirst = true;
-    for (std::size_t at = 0; at <= text.size();) {
-        const std::size_t end = std::min(text.find(' ', at), text.size());
-        const std::string word = text.substr(at, end - at);
-        const std::size_t width = WidthOf(word);
-        if (style.columns != 0 && !isFirst && column + 1 + width > style.columns) {
-            wrapped.append(1, '\n').append(hang, ' ');
-            column = hang;
+    const auto startLine = [&] {
+        wrapped.append(1, '\n').append(hang, ' ');
+        column = hang;
+    };
+    for (bool isFirst = true; isFirst || !text.empty(); isFirst = false) {
+        std::string_view word = text.substr(0, text.find(' '));
+        text.remove_prefix(std::min(word.size() + 1, text.size()));
+        if (!isFirst && column + 1 + WidthOf(word) > style.columns) {
+            startLine();
         } else if (!isFirst) {
             wrapped += ' ';
             ++column;
+        } else if (column + WidthOf(word) > style.columns) {
+            startLine();
+        }
+        for (; WidthOf(word) > room; startLine()) {
+            const std::size_t front = std::max<std::size_t>(FittingFront(word, room), 1);
+            wrapped += word.substr(0, front);
+            word.remove_prefix(std::min(front, word.size()));
         }
         wrapped += word;
-        column += width;
-        isFirst = false;
-        at = end + 1;
+        column += WidthOf(word);
     }
     return wrapped;
 }
@@ -180,8 +195,11 @@ std::string TitleOf(const Controller& controller) {
     return title;
 }
 
-std::string StateLine(const std::string& of, const std::string& state, Level level, const TerminalStyle& style) {
-    const std::string name = std::string(kIndentation, ' ') + Shortened(Printable(of), kLongest) + ' ';
+std::string StateLine(const std::string& of, const std::string& state, Level level,
+                      const TerminalStyle& style) {
+    const std::size_t half = style.columns == 0 ? kLongest : style.columns / 2;
+    const std::string name =
+        std::string(kIndentation, ' ') + Shortened(Printable(of), std::min(half, kLongest)) + ' ';
     if (state.empty()) {
         return name + "not told\n";
     }
@@ -192,7 +210,8 @@ std::string StateLine(const std::string& of, const std::string& state, Level lev
 std::string StatesOf(const Controller& controller, const TerminalStyle& style) {
     std::string states = StateLine("status", controller.status, inventory::LevelOf(controller), style);
     for (const inventory::BackupUnit& unit : controller.backupUnits) {
-        states += StateLine(unit.name, unit.status.empty() ? unit.presence : unit.status, inventory::LevelOf(unit), style);
+        states += StateLine(unit.name, unit.status.empty() ? unit.presence : unit.status,
+                            inventory::LevelOf(unit), style);
     }
     return states;
 }
@@ -319,7 +338,9 @@ std::string Table(const inventory::Snapshot& snapshot, const TerminalStyle& styl
         text += Section(controller, style);
         for (const Drive& drive : controller.drives) {
             if (drive.smart != nullptr) {
-                text += '\n' + Heading("  " + NameOf(drive), style) + '\n' + SmartBlock(drive, style);
+                text += '\n' +
+                        Heading("  " + Wrapped(NameOf(drive), kIndentation, kIndentation, style), style) +
+                        '\n' + SmartBlock(drive, style);
             }
         }
     }

@@ -76,20 +76,24 @@ std::size_t WidthOf(std::string_view text) {
     return width;
 }
 
-std::string Shortened(std::string_view text, std::size_t width) {
-    if (text.size() <= width || WidthOf(text) <= width) {
-        return std::string(text);
-    }
-    std::size_t kept = 0;
-    for (std::size_t columns = 1; kept < text.size();) {  // One is the ellipsis's.
-        const Front front = FrontOf(text.substr(kept));
-        columns += WidthOf(front.character);
+std::size_t FittingFront(std::string_view text, std::size_t width) {
+    std::size_t fitting = 0;
+    for (std::size_t columns = 0; fitting < text.size();) {
+        const Front front = FrontOf(text.substr(fitting));
+        columns += front.character < 0 ? 1 : WidthOf(front.character);
         if (columns > width) {
             break;
         }
-        kept += front.size;
+        fitting += front.size;
     }
-    return width == 0 ? "" : std::string(text.substr(0, kept)).append(kEllipsis);
+    return fitting;
+}
+
+std::string Shortened(std::string_view text, std::size_t width) {
+    if (width == 0 || FittingFront(text, width) == text.size()) {
+        return width == 0 ? "" : std::string(text);
+    }
+    return std::string(text.substr(0, FittingFront(text, width - 1))).append(kEllipsis);
 }
 
 std::string PadRight(std::string text, std::size_t width) {

@@ -14,6 +14,9 @@ namespace views {
 /// combines.
 [[nodiscard]] std::size_t WidthOf(std::string_view text);
 
+/// Bytes of the longest front of a printable text that takes at most so many columns.
+[[nodiscard]] std::size_t FittingFront(std::string_view text, std::size_t width);
+
 /// The text in at most `width` columns, with an ellipsis where something was left out.
 [[nodiscard]] std::string Shortened(std::string_view text, std::size_t width);
 
