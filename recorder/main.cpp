@@ -57,7 +57,7 @@ std::string FindShell() {
     for (std::string_view rest = usual;;) {
         const std::size_t length = std::min(rest.find(':'), rest.size());
         const std::string directory(length == 0 ? "." : rest.substr(0, length));
-        const std::string file = directory + "/sh";
+        std::string file = directory + "/sh";
         struct stat status {};
         if (::stat(file.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
             ::access(file.c_str(), X_OK) == 0 && !IsThisProgram(status)) {
