@@ -58,11 +58,13 @@ std::string Code(const std::string& arguments) {
 Capture::Capture(const Options& options, const std::string& records)
     : m_Options(options), m_Folder(options.folder), m_Recording(records) {}
 
-int Capture::Run() {
+std::string Capture::Run() {
     Ask();
     Write();
     TellFailure();
-    return 0;
+    return "recorded in " + OneLine(m_Folder.Path()) + ": " + std::to_string(m_Recording.Commands().size()) +
+           " commands, " + std::to_string(m_DriveCount) + " drives" +
+           (m_Options.isRedacted ? ", redacted\n" : "\n");
 }
 
 void Capture::Ask() {

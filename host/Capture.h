@@ -25,8 +25,9 @@ class Capture final {
     /// `records` is an empty private folder for the time being.
     Capture(const Options& options, const std::string& records);
 
-    /// Asks and writes. 0; where a method failed HostError is thrown, when all is written.
-    [[nodiscard]] int Run();
+    /// Asks and writes; what was recorded, in one line. Where a method failed HostError is thrown, when all
+    /// is written.
+    [[nodiscard]] std::string Run();
 
   private:
     struct MethodFailure {

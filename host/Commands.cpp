@@ -35,10 +35,6 @@ std::string Present(const Snapshot& snapshot, const Options& options) {
     }
 }
 
-DocumentTarget TargetOf(const Options& options) {
-    return options.output ? DocumentTarget(*options.output) : DocumentTarget::StandardOutput();
-}
-
 /// A document that was asked for or saved, in the format that is wanted: XML is passed on as it is.
 std::string InFormat(std::string xml, const std::string& source, const Inquiry* inquiry,
                      const Options& options) {
@@ -55,8 +51,7 @@ std::string InFormat(std::string xml, const std::string& source, const Inquiry* 
 
 constexpr const char* kFromModule = "what the module returned";
 
-void AnswerOnce(const Options& options) {
-    const DocumentTarget target = TargetOf(options);
+void AnswerOnce(const Options& options, const DocumentTarget& target) {
     Inquiry inquiry(options);
     std::string xml =
         options.parameters.empty() ? inquiry.AskForServer() : inquiry.AskForDrive(options.parameters);
@@ -65,24 +60,25 @@ void AnswerOnce(const Options& options) {
 
 /// Adds the SMART data of every drive whose place is known.
 void AskForAllDrives(Inquiry& inquiry, Snapshot& snapshot) {
-    for (const DrivePlace& place : DrivePlaces(snapshot.TheServer())) {
-        if (!place.IsKnown()) {
-            continue;
+    const std::vector<DrivePlace> places = DrivePlaces(snapshot.TheServer());
+    for (std::size_t number = 0; number < places.size(); ++number) {
+        const DrivePlace& place = places[number];
+        inquiry.ShowDone(number, places.size());
+        if (place.IsKnown()) {
+            const std::string xml =
+                inquiry.AskForDrive(DriveParameters(place.controller, place.enclosure, place.slot));
+            snapshot.Add({place.controller, place.enclosure, place.slot, ReadDocument(xml, kFromModule)});
         }
-        const std::string xml =
-            inquiry.AskForDrive(DriveParameters(place.controller, place.enclosure, place.slot));
-        snapshot.Add({place.controller, place.enclosure, place.slot, ReadDocument(xml, kFromModule)});
     }
 }
 
-void Show(const Options& options) {
-    const DocumentTarget target = TargetOf(options);
+void Show(const Options& options, const DocumentTarget& target) {
     if (options.document) {
         target.Store(InFormat(ReadFile(*options.document), *options.document, nullptr, options));
         return;
     }
     if (!options.hasSmart) {
-        AnswerOnce(options);
+        AnswerOnce(options, target);
         return;
     }
     Inquiry inquiry(options);
@@ -106,16 +102,15 @@ int StatusOf(Level level) {
     }
 }
 
-int TellHealth(const Options& options) {
+int TellHealth(const Options& options, const DocumentTarget& target) {
     const std::string xml = options.document ? ReadFile(*options.document) : Inquiry(options).AskForServer();
     const Snapshot snapshot(ReadDocument(xml, options.document.value_or(kFromModule)));
     const inventory::Health health = snapshot.Judge();
-    TargetOf(options).Store(views::MonitoringLine(health, options.isVerbose));
+    target.Store(views::MonitoringLine(health, options.isVerbose));
     return StatusOf(health.level);
 }
 
-int ShowChanges(const Options& options) {
-    const DocumentTarget target = TargetOf(options);
+int ShowChanges(const Options& options, const DocumentTarget& target) {
     const inventory::Document before = ReadDocument(ReadFile(options.before), options.before);
     const inventory::Document after = ReadDocument(ReadFile(options.after), options.after);
     const std::vector<inventory::Change> changes = inventory::ChangesBetween(before, after);
@@ -125,17 +120,17 @@ int ShowChanges(const Options& options) {
 
 }  // namespace
 
-int RunCommand(const Options& options) {
+int RunCommand(const Options& options, const DocumentTarget& target) {
     switch (options.action) {
         case Options::Action::Health:
-            return TellHealth(options);
+            return TellHealth(options, target);
         case Options::Action::Diff:
-            return ShowChanges(options);
+            return ShowChanges(options, target);
         case Options::Action::Show:
-            Show(options);
+            Show(options, target);
             return 0;
         default:
-            AnswerOnce(options);
+            AnswerOnce(options, target);
             return 0;
     }
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/ExitStatus.h"
+#include "host/DocumentTarget.h"
 #include "host/Options.h"
 
 namespace host {
@@ -8,7 +8,7 @@ namespace host {
 /// Does what the subcommand says, in the install root and under the trace that `options` name already, and
 /// prints it when it is whole. What fails is thrown as HostError, but for `health`: that prints why nothing
 /// is known.
-[[nodiscard]] int RunCommand(const Options& options);
+[[nodiscard]] int RunCommand(const Options& options, const DocumentTarget& target);
 
 /// For `health`, when not even the command line or the server's surroundings are right: says so in the way of
 /// monitoring plug-ins, on standard output, and gives their exit status for "unknown".

@@ -15,7 +15,7 @@ namespace {
 
 constexpr const char* kName = "mngsrvraid";
 constexpr const char* kDescription =
-    "Says whether the drives of this server, or of a scenario, are well, and what there is to know of them.";
+    "Says whether the drives of this server are well, and what else there is to know of them.";
 constexpr const char* kFooter =
     R"(CTRL, ENCL and PD are the numbers of the controller, of the enclosure, and of the
 drive's slot in it; show prints them as controller and SLOT (252:3). What a
@@ -163,11 +163,11 @@ class Parser final {
     }
 
     void AddShow() {
-        CLI::App* const show =
-            AddSubcommand("show",
-                          "[--document FILE] [--smart]: what needs attention, then everything, in tables;\n"
-                          "of a saved document instead of the server; with all drives' SMART data",
-                          Options::Action::Show);
+        CLI::App* const show = AddSubcommand("show",
+                                             "What needs attention, then everything, in tables\n"
+                                             "  --document FILE  of this saved document, not of the server\n"
+                                             "  --smart          with the SMART data of all drives",
+                                             Options::Action::Show);
         AddOption("--document", m_Options.document, "FILE", "", show);
         show->add_flag("--smart", m_Options.hasSmart);
     }
@@ -175,8 +175,9 @@ class Parser final {
     void AddHealth() {
         CLI::App* const health =
             AddSubcommand("health",
-                          "[--document FILE] [--verbose]: one line and an exit status for monitoring;\n"
-                          "with a line for each finding",
+                          "One line and an exit status for monitoring systems\n"
+                          "  --document FILE  of this saved document, not of the server\n"
+                          "  --verbose        with a line for each finding",
                           Options::Action::Health);
         AddOption("--document", m_Options.document, "FILE", "", health);
         health->add_flag("--verbose", m_Options.isVerbose);
@@ -193,17 +194,16 @@ class Parser final {
     void AddCapture() {
         CLI::App* const capture =
             AddSubcommand("capture",
-                          "DIR [--redact]: record what the tool answers as a scenario in a new folder;\n"
-                          "without serial numbers and world-wide names",
+                          "DIR: record what the tool answers, as a scenario in this new folder\n"
+                          "  --redact         without serial numbers and world-wide names",
                           Options::Action::Capture);
         capture->add_option("DIR", m_Options.folder);
         capture->add_flag("--redact", m_Options.isRedacted);
     }
 
     void AddDiff() {
-        CLI::App* const diff =
-            AddSubcommand("diff", "OLD NEW: what appeared, vanished or changed between two saved documents",
-                          Options::Action::Diff);
+        CLI::App* const diff = AddSubcommand(
+            "diff", "OLD NEW: what changed from one saved document to another", Options::Action::Diff);
         diff->add_option("OLD", m_Options.before);
         diff->add_option("NEW", m_Options.after);
     }

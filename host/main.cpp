@@ -118,6 +118,9 @@ std::string StartWorker(const Options& options) {
 
 int Answer(const Options& options) {
     const std::string records = AsksTheServer(options) ? StartWorker(options) : "";
+    // Before the view of the file system changes.
+    const DocumentTarget target =
+        options.output ? DocumentTarget(*options.output) : DocumentTarget::StandardOutput();
     StartTrace(options);
     std::optional<Capture> capture;
     if (options.action == Options::Action::Capture) {
@@ -127,7 +130,11 @@ int Answer(const Options& options) {
         UseSimulator(*options.scenario);
     }
     WarnOfOddParameters(options);
-    return capture ? capture->Run() : RunCommand(options);
+    if (capture) {
+        target.Store(capture->Run());
+        return 0;
+    }
+    return RunCommand(options, target);
 }
 
 std::string VersionText() {

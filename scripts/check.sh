@@ -22,7 +22,7 @@ check_cppcheck() {
         --suppressions-list=.cppcheck-suppressions \
         --template='{file}:{line}: {severity}: {message} [{id}]' \
         -I . -I framework/include -I framework -I convlib \
-        framework itemconv report readers provider convlib host vdksim recorder
+        framework itemconv report readers provider convlib inventory views host vdksim recorder
 }
 
 # build_and_test PRESET

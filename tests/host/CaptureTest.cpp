@@ -44,7 +44,8 @@ class CaptureTest : public testing::Test {
 
     Ended Capture(const std::vector<std::string>& words) {
         const Ended ended = CaptureCommand(words).Run();
-        EXPECT_EQ(ended.out, "");
+        EXPECT_EQ(ended.out.starts_with("recorded in " + Folder() + ": "), ended.ExitStatus() == 0)
+            << ended.out;
         EXPECT_TRUE(m_Temporary.Names().empty());
         EXPECT_TRUE(m_Root.ResultFiles().empty());
         return ended;
@@ -134,6 +135,10 @@ TEST_F(CaptureTest, DrivesThatCannotBeReadAnswerAsTheServerDid) {
         drive.insert(drive.begin(), "get-pd-info");
         ExpectSameAnswer("old", drive);
     }
+}
+
+TEST_F(CaptureTest, SaysWhatItHasRecorded) {
+    EXPECT_EQ(Capture({"--scenario", "small"}).out, "recorded in " + Folder() + ": 8 commands, 3 drives\n");
 }
 
 TEST_F(CaptureTest, HoldsEveryDriveAndSaysWhatItIs) {

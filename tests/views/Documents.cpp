@@ -95,10 +95,13 @@ std::string ControllerXml(const std::vector<std::string>& keys) {
     return ParentXml("Controller Information", {ParentXml("### General Information ###", general)});
 }
 
-std::string Ask(const std::string& script, std::vector<std::string> arguments) {
+host::test::Ended RunScript(const std::string& script, std::vector<std::string> arguments) {
     arguments.insert(arguments.begin(), VIEWS_TEST_FOLDER "/" + script);
-    const host::test::Command command{.words = std::move(arguments), .program = VIEWS_TEST_PYTHON};
-    const host::test::Ended ended = command.Run();
+    return host::test::Command{.words = std::move(arguments), .program = VIEWS_TEST_PYTHON}.Run();
+}
+
+std::string Ask(const std::string& script, const std::vector<std::string>& arguments) {
+    const host::test::Ended ended = RunScript(script, arguments);
     if (ended.ExitStatus() == 0) {
         return "";
     }

@@ -38,7 +38,10 @@ inline constexpr const char* kScenarios[] = {"awkward", "empty", "huge", "large"
 /// The root of controller 0.
 [[nodiscard]] std::string ControllerXml(const std::vector<std::string>& keys = {});
 
+/// Runs a Python script of this folder.
+[[nodiscard]] host::test::Ended RunScript(const std::string& script, std::vector<std::string> arguments);
+
 /// Runs a Python script of this folder; "" where it finds nothing to complain about, else its complaint.
-[[nodiscard]] std::string Ask(const std::string& script, std::vector<std::string> arguments);
+[[nodiscard]] std::string Ask(const std::string& script, const std::vector<std::string>& arguments);
 
 }  // namespace views::test

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace views {
+
+/// A number as reports print it, with the unit behind it: "31 C", "20411 Hours", "000000000031".
+struct Measure {
+    double number = 0;
+    std::string unit;  ///< one word; empty without one
+};
+
+/// Nothing for a text that is more, or other, than a decimal number and a unit: "000B", "5/10", "N/A", "nan".
+[[nodiscard]] std::optional<Measure> MeasureFrom(std::string_view text);
+
+/// Degrees Celsius of "31 C", "31C", "31 degrees C" or "88 F"; nothing where there is no temperature. A
+/// number without a unit is taken for Celsius.
+[[nodiscard]] std::optional<double> CelsiusFrom(std::string_view text);
+
+}  // namespace views
