@@ -128,7 +128,7 @@ class RecordedRun final {
     // Whoever waits for this process is told of the stop, and may not wait any longer.
     void StopToo(int status) {
         Keep(status);
-        ::raise(SIGSTOP);
+        ::kill(::getpid(), SIGSTOP);
         ::kill(m_Shell, SIGCONT);
     }
 
@@ -175,7 +175,7 @@ class RecordedRun final {
     sigset_t only;
     ::sigemptyset(&only);
     ::sigaddset(&only, signal);
-    ::raise(signal);
+    ::kill(::getpid(), signal);
     ::sigprocmask(SIG_UNBLOCK, &only, nullptr);
     ::_exit(kNotStarted);
 }
