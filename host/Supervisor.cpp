@@ -111,7 +111,7 @@ void RemoveResultFiles(const std::string& directory, pid_t worker) {
     sigset_t only;
     ::sigemptyset(&only);
     ::sigaddset(&only, signal);
-    ::raise(signal);
+    ::kill(::getpid(), signal);
     ::sigprocmask(SIG_UNBLOCK, &only, nullptr);
     ::_exit(kShellsSignalBase + signal);  // The first process of a container does not die by a signal.
 }

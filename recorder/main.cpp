@@ -57,7 +57,7 @@ std::string FindShell() {
     for (std::string_view rest = usual;;) {
         const std::size_t length = std::min(rest.find(':'), rest.size());
         const std::string directory(length == 0 ? "." : rest.substr(0, length));
-        const std::string file = directory + "/sh";
+        std::string file = directory + "/sh";
         struct stat status {};
         if (::stat(file.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
             ::access(file.c_str(), X_OK) == 0 && !IsThisProgram(status)) {
@@ -128,7 +128,7 @@ class RecordedRun final {
     // Whoever waits for this process is told of the stop, and may not wait any longer.
     void StopToo(int status) {
         Keep(status);
-        ::raise(SIGSTOP);
+        ::kill(::getpid(), SIGSTOP);
         ::kill(m_Shell, SIGCONT);
     }
 
@@ -175,7 +175,7 @@ class RecordedRun final {
     sigset_t only;
     ::sigemptyset(&only);
     ::sigaddset(&only, signal);
-    ::raise(signal);
+    ::kill(::getpid(), signal);
     ::sigprocmask(SIG_UNBLOCK, &only, nullptr);
     ::_exit(kNotStarted);
 }
