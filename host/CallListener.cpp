@@ -61,6 +61,11 @@ std::optional<std::string> CallListener::Reasons() const {
     return m_Reasons;
 }
 
+void CallListener::ForgetReasons() {
+    const std::lock_guard lock(m_Mutex);
+    m_Reasons.reset();
+}
+
 inventory::ToolRuns CallListener::Runs() const {
     const std::lock_guard lock(m_Mutex);
     return m_Runs;

@@ -24,8 +24,11 @@ class CallListener final : public ITraceListener {
 
     void OnTrace(const TraceLine& line) noexcept override;
 
-    /// Two-digit reason codes, newest first; nothing when the module gave none.
+    /// Two-digit reason codes of the last call, newest first; nothing when the module gave none.
     [[nodiscard]] std::optional<std::string> Reasons() const;
+
+    /// To be called before a call that is not the first.
+    void ForgetReasons();
 
     /// Of all calls so far.
     [[nodiscard]] inventory::ToolRuns Runs() const;

@@ -35,64 +35,55 @@ std::string Present(const Snapshot& snapshot, const Options& options) {
     }
 }
 
-/// A document that was asked for or saved, in the format that is wanted: XML is passed on as it is.
-std::string InFormat(std::string xml, const std::string& source, const Inquiry* inquiry,
+constexpr const char* kFromModule = "what the module returned";
+
+/// A document in the format that is wanted: XML is passed on as it is.
+std::string InFormat(std::string xml, const std::string& source, const inventory::ToolRuns& runs,
                      const Options& options) {
     if (options.format == Options::Format::Xml) {
         return xml;
     }
     const bool isDrive = !options.parameters.empty();
     Snapshot snapshot(ReadDocument(xml, source), isDrive ? options.parameters.front().text : "");
-    if (inquiry != nullptr) {
-        snapshot.runs = inquiry->Runs();
-    }
+    snapshot.runs = runs;
     return Present(snapshot, options);
 }
 
-constexpr const char* kFromModule = "what the module returned";
-
-void AnswerOnce(const Options& options, const DocumentTarget& target) {
+/// What the inquiry draws on the terminal is gone when this returns.
+std::string AskOnce(const Options& options) {
     Inquiry inquiry(options);
     std::string xml =
         options.parameters.empty() ? inquiry.AskForServer() : inquiry.AskForDrive(options.parameters);
-    target.Store(InFormat(std::move(xml), kFromModule, &inquiry, options));
+    return InFormat(std::move(xml), kFromModule, inquiry.Runs(), options);
 }
 
 /// Adds the SMART data of every drive whose place is known.
 void AskForAllDrives(Inquiry& inquiry, Snapshot& snapshot) {
-    struct Place {
-        std::string controller, enclosure, slot;
-    };
-    std::vector<Place> places;
-    for (const inventory::Controller& controller : snapshot.TheServer().controllers) {
-        for (const inventory::Drive& drive : controller.drives) {
-            places.push_back({controller.number, drive.enclosure, drive.slot});
+    const std::vector<DrivePlace> places = DrivePlaces(snapshot.TheServer());
+    for (std::size_t number = 0; number < places.size(); ++number) {
+        const DrivePlace& place = places[number];
+        inquiry.ShowDone(number, places.size());
+        if (place.IsKnown()) {
+            const std::string xml =
+                inquiry.AskForDrive(DriveParameters(place.controller, place.enclosure, place.slot));
+            snapshot.Add({place.controller, place.enclosure, place.slot, ReadDocument(xml, kFromModule)});
         }
-    }
-    for (const Place& place : places) {
-        if (place.controller.empty() || place.enclosure.empty() || place.slot.empty()) {
-            continue;
-        }
-        const std::string xml =
-            inquiry.AskForDrive(DriveParameters(place.controller, place.enclosure, place.slot));
-        snapshot.Add({place.controller, place.enclosure, place.slot, ReadDocument(xml, kFromModule)});
     }
 }
 
-void Show(const Options& options, const DocumentTarget& target) {
-    if (options.document) {
-        target.Store(InFormat(ReadFile(*options.document), *options.document, nullptr, options));
-        return;
-    }
-    if (!options.hasSmart) {
-        AnswerOnce(options, target);
-        return;
-    }
+std::string AskWithSmart(const Options& options) {
     Inquiry inquiry(options);
     Snapshot snapshot(ReadDocument(inquiry.AskForServer(), kFromModule));
     AskForAllDrives(inquiry, snapshot);
     snapshot.runs = inquiry.Runs();
-    target.Store(Present(snapshot, options));
+    return Present(snapshot, options);
+}
+
+std::string Show(const Options& options) {
+    if (options.document) {
+        return InFormat(ReadFile(*options.document), *options.document, {}, options);
+    }
+    return options.hasSmart ? AskWithSmart(options) : AskOnce(options);
 }
 
 /// As monitoring plug-ins end.
@@ -134,10 +125,10 @@ int RunCommand(const Options& options, const DocumentTarget& target) {
         case Options::Action::Diff:
             return ShowChanges(options, target);
         case Options::Action::Show:
-            Show(options, target);
+            target.Store(Show(options));
             return 0;
         default:
-            AnswerOnce(options, target);
+            target.Store(AskOnce(options));
             return 0;
     }
 }

@@ -53,6 +53,7 @@ std::string Inquiry::AskForDrive(const std::vector<Options::Parameter>& paramete
 std::string Inquiry::Ask(const char* method, const std::vector<Options::Parameter>& parameters) {
     const FailureSetting setting = {parameters.empty() ? "get-info" : "get-pd-info",
                                     m_Options.scenario.value_or(""), UnwritableResultDirectory()};
+    m_Listener.ForgetReasons();
     MethodOutcome outcome = CallMethod(m_Module.Provider(), {method, parameters, m_Options.appKey});
     if (outcome.status == WBEM_S_NO_ERROR && outcome.returnValue.value_or(0) != 0) {
         throw HostError(ExitStatus::MethodFailed,
@@ -64,6 +65,12 @@ std::string Inquiry::Ask(const char* method, const std::vector<Options::Paramete
     return std::move(*outcome.document);
 }
 
+void Inquiry::ShowDone(std::size_t done, std::size_t total) {
+    if (m_Progress) {
+        m_Progress->ShowDone(done, total);
+    }
+}
+
 bool ShowsProgress(const Options& options) {
     const bool isTraceOnStandardError = options.traceLevels != 0 && !options.traceFile;
     return ::isatty(STDERR_FILENO) == 1 && !isTraceOnStandardError;
@@ -71,6 +78,16 @@ bool ShowsProgress(const Options& options) {
 
 std::string ResultDirectory() {
     return CFileUtility::GetInstallPath(INSTALLPATH_ROOT) + "/tmp/MSRAID";
+}
+
+std::vector<DrivePlace> DrivePlaces(const inventory::Server& server) {
+    std::vector<DrivePlace> places;
+    for (const inventory::Controller& controller : server.controllers) {
+        for (const inventory::Drive& drive : controller.drives) {
+            places.push_back({controller.number, drive.enclosure, drive.slot});
+        }
+    }
+    return places;
 }
 
 std::vector<Options::Parameter> DriveParameters(const std::string& controller, const std::string& enclosure,

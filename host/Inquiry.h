@@ -30,6 +30,9 @@ class Inquiry final {
     /// The XML document of one drive: CTRL, ENCL and PD.
     [[nodiscard]] std::string AskForDrive(const std::vector<Options::Parameter>& parameters);
 
+    /// How far the work is, of which the calls are part; for the progress.
+    void ShowDone(std::size_t done, std::size_t total);
+
     [[nodiscard]] inventory::ToolRuns Runs() const { return m_Listener.Runs(); }
 
   private:
@@ -46,6 +49,15 @@ class Inquiry final {
 
 /// Where the module puts result files.
 [[nodiscard]] std::string ResultDirectory();
+
+/// Where a drive is, in the words of its report; empty where that does not tell.
+struct DrivePlace {
+    std::string controller, enclosure, slot;
+    [[nodiscard]] bool IsKnown() const { return !controller.empty() && !enclosure.empty() && !slot.empty(); }
+};
+
+/// Of all drives, in the order of the document.
+[[nodiscard]] std::vector<DrivePlace> DrivePlaces(const inventory::Server& server);
 
 /// The three parameters that name a drive to GetPDInfo.
 [[nodiscard]] std::vector<Options::Parameter> DriveParameters(const std::string& controller,

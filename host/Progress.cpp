@@ -71,11 +71,17 @@ std::string DescribeCommand(std::string_view command) {
     return text;
 }
 
-std::string ProgressLine(std::string_view command, seconds elapsed, std::size_t columns) {
+std::string ProgressLine(const ProgressState& state, std::size_t columns) {
     const std::size_t room =
         columns > 0 ? columns - 1 : 0;  // In the last column some terminals wrap already.
-    const std::string time = " " + std::to_string(elapsed.count()) + " s";
-    std::string text = DescribeCommand(command);
+    std::string time = " " + std::to_string(state.elapsed.count()) + " s";
+    if (state.inAll != state.elapsed) {
+        time += ", " + std::to_string(state.inAll.count()) + " s in all";
+    }
+    std::string text = DescribeCommand(state.command);
+    if (state.total > 0) {
+        text = std::to_string(state.done) + " of " + std::to_string(state.total) + " done, " + text;
+    }
     if (text.size() + time.size() > room && room > time.size()) {
         text.resize(room - time.size());
     }
@@ -99,6 +105,12 @@ void Progress::Show(std::string_view command) {
     m_Changed.notify_one();
 }
 
+void Progress::ShowDone(std::size_t done, std::size_t total) {
+    const std::lock_guard lock(m_Mutex);
+    m_Done = done;
+    m_Total = total;
+}
+
 // Draws without the lock, so that a terminal that has been stopped holds up nobody but this thread.
 void Progress::Run(const std::stop_token& stop) {
     std::unique_lock lock(m_Mutex);
@@ -108,10 +120,14 @@ void Progress::Run(const std::stop_token& stop) {
         if (m_Command.empty() || stop.stop_requested()) {
             continue;
         }
-        const std::string command = m_Command;
-        const auto elapsed = std::chrono::duration_cast<seconds>(steady_clock::now() - m_Since);
+        const auto now = steady_clock::now();
+        const ProgressState state{.command = m_Command,
+                                  .elapsed = std::chrono::duration_cast<seconds>(now - m_Since),
+                                  .done = m_Done,
+                                  .total = m_Total,
+                                  .inAll = std::chrono::duration_cast<seconds>(now - m_Start)};
         lock.unlock();
-        Draw(ProgressLine(command, elapsed, ColumnsOf(m_Terminal)));
+        Draw(ProgressLine(state, ColumnsOf(m_Terminal)));
         lock.lock();
     }
     lock.unlock();

@@ -1,5 +1,6 @@
 #include "host/ScenarioFolder.h"
 
+#include "host/CaptureFolder.h"
 #include "host/ExitStatus.h"
 
 #include <unistd.h>
@@ -45,6 +46,12 @@ fs::path FindScenario(const std::string& name, const fs::path& shipped) {
     }
     if (::access(folder.c_str(), R_OK | X_OK) != 0) {
         Fail("the scenario " + name + " cannot be read: " + std::generic_category().message(errno), shipped);
+    }
+    if (fs::exists(folder / kIncompleteMark, error)) {
+        Fail(name +
+                 " is an incomplete capture; make another one, or, to use what is there, delete its file " +
+                 kIncompleteMark,
+             shipped);
     }
     if (!fs::exists(folder / "v.txt", error) && !fs::exists(folder / "server.conf", error)) {
         Fail(name + " is no scenario: it has neither v.txt nor server.conf", shipped);

@@ -7,7 +7,8 @@
 namespace host {
 
 /// The folder that `--scenario NAME` means: NAME itself, else a scenario of that name in `shipped`. Throws
-/// HostError(Surroundings) with the shipped names when it is neither, or cannot be read.
+/// HostError(Surroundings) with the shipped names when it is neither, is a
+/// capture that was interrupted, or cannot be read.
 [[nodiscard]] std::filesystem::path FindScenario(const std::string& name,
                                                  const std::filesystem::path& shipped);
 

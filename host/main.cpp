@@ -1,5 +1,6 @@
 // The command mngsrvraid: hosts the RAID provider module in a process of its own.
 
+#include "host/Capture.h"
 #include "host/Commands.h"
 #include "host/DocumentTarget.h"
 #include "host/ExitStatus.h"
@@ -23,6 +24,7 @@
 #include <exception>
 #include <filesystem>
 #include <new>
+#include <optional>
 #include <string>
 #include <system_error>
 
@@ -103,18 +105,35 @@ bool AsksTheServer(const Options& options) {
     return options.action != Options::Action::Diff && !options.document;
 }
 
+// In the worker: the folder for records of a capture.
+std::string StartWorker(const Options& options) {
+    const bool isCapture = options.action == Options::Action::Capture;
+    return Supervise({.resultDirectory = ResultDirectory(),
+                      .drawsProgress = ShowsProgress(options),
+                      .interrupted = isCapture ? "interrupted; the capture in " + OneLine(options.folder) +
+                                                     " is incomplete"
+                                               : "interrupted",
+                      .privateFolder = isCapture ? "mngsrvraid.records" : nullptr});
+}
+
 int Answer(const Options& options) {
-    if (AsksTheServer(options)) {
-        Supervise({.resultDirectory = ResultDirectory(), .drawsProgress = ShowsProgress(options)});
-    }
+    const std::string records = AsksTheServer(options) ? StartWorker(options) : "";
     // Before the view of the file system changes.
     const DocumentTarget target =
         options.output ? DocumentTarget(*options.output) : DocumentTarget::StandardOutput();
     StartTrace(options);
+    std::optional<Capture> capture;
+    if (options.action == Options::Action::Capture) {
+        capture.emplace(options, records);
+    }
     if (options.scenario && AsksTheServer(options)) {
         UseSimulator(*options.scenario);
     }
     WarnOfOddParameters(options);
+    if (capture) {
+        target.Store(capture->Run());
+        return 0;
+    }
     return RunCommand(options, target);
 }
 

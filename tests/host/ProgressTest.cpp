@@ -21,10 +21,10 @@ namespace {
 using std::chrono::seconds;
 using testing::HasSubstr;
 
-// What a terminal of this width is sent on standard error while the command runs. `typed` is typed there as
-// soon as something is shown.
+// What a terminal of this width is sent on standard error while the command runs, and on standard output too
+// if `hasOutput`. `typed` is typed there as soon as something is shown.
 std::string Watch(std::vector<std::string> words, unsigned short columns, std::string typed = "",
-                  int* endStatus = nullptr) {
+                  int* endStatus = nullptr, bool hasOutput = false) {
     const winsize size{24, columns, 0, 0};
     int terminal = -1;
     const pid_t child = ::forkpty(&terminal, nullptr, nullptr, &size);
@@ -35,7 +35,9 @@ std::string Watch(std::vector<std::string> words, unsigned short columns, std::s
             pointers.push_back(word.data());
         }
         pointers.push_back(nullptr);
-        ::dup2(::open("/dev/null", O_WRONLY), STDOUT_FILENO);
+        if (!hasOutput) {
+            ::dup2(::open("/dev/null", O_WRONLY), STDOUT_FILENO);
+        }
         ::execv(pointers.front(), pointers.data());
         ::_exit(127);
     }
@@ -78,6 +80,13 @@ struct Screen {
     std::size_t widest = 0;
 };
 
+TEST(Progress, IsGoneWhenTheAnswerComes) {
+    const std::string text =
+        Watch({"--scenario", "small", "show", "--format", "tree"}, 80, "", nullptr, true);
+    EXPECT_THAT(text, HasSubstr("controller 0: physical drives (vdkcli"));
+    EXPECT_THAT(text, HasSubstr(" \rController Information\r\n"));
+}
+
 TEST(Progress, TellsControllerAndReport) {
     EXPECT_EQ(DescribeCommand("vdkcli -v"), "version of the tool (vdkcli -v)");
     EXPECT_EQ(DescribeCommand("vdkcli -ctrlinfo -aAll"),
@@ -98,12 +107,25 @@ TEST(Progress, LetsNoOddByteReachTheTerminal) {
 
 TEST(Progress, FitsTheTerminal) {
     const std::string command = "vdkcli -pdinfo -a0";
-    EXPECT_EQ(ProgressLine(command, seconds(3), 80),
+    EXPECT_EQ(ProgressLine({.command = command, .elapsed = seconds(3), .inAll = seconds(3)}, 80),
               "controller 0: physical drives (vdkcli -pdinfo -a0) 3 s");
-    EXPECT_EQ(ProgressLine(command, seconds(12), 20), "controller 0:  12 s");
+    EXPECT_EQ(ProgressLine({.command = command, .elapsed = seconds(12), .inAll = seconds(12)}, 20),
+              "controller 0:  12 s");
     for (std::size_t columns = 0; columns < 60; ++columns) {
-        EXPECT_LE(ProgressLine(command, seconds(7), columns).size(), columns == 0 ? 0 : columns - 1);
+        EXPECT_LE(
+            ProgressLine({.command = command, .elapsed = seconds(7), .done = 1, .total = 2}, columns).size(),
+            columns == 0 ? 0 : columns - 1);
     }
+}
+
+TEST(Progress, TellsHowMuchIsDoneAndTheTimeInAll) {
+    EXPECT_EQ(ProgressLine({.command = "vdkcli -pdinfo -pd[252:7] -a0",
+                            .elapsed = seconds(1),
+                            .done = 7,
+                            .total = 24,
+                            .inAll = seconds(31)},
+                           100),
+              "7 of 24 done, controller 0: drive 252:7 (vdkcli -pdinfo -pd[252:7] -a0) 1 s, 31 s in all");
 }
 
 TEST(Progress, IsShownOnATerminalAndErasedAtTheEnd) {
@@ -122,6 +144,18 @@ TEST(Progress, NeverWrapsOnANarrowTerminal) {
 TEST(Progress, CountsTheSecondsOfOneCommand) {
     // Three tries with two seconds between them.
     EXPECT_THAT(Watch({"--scenario", "faults/killed", "get-info"}, 80), HasSubstr(" 2 s"));
+}
+
+TEST(Progress, CaptureTellsHowManyDrivesAreDone) {
+    const TempFolder folder;
+    const std::filesystem::path server = folder.Path() / "server";
+    std::filesystem::copy(std::filesystem::path(HOST_TEST_SCENARIOS) / "small", server,
+                          std::filesystem::copy_options::recursive);
+    WriteFile(server / "pdinfo_pd252.1_a0.do", "sleep 1.5");
+    const std::string sent = Watch({"--scenario", server.string(), "capture", folder / "mine"}, 120);
+    EXPECT_THAT(sent,
+                HasSubstr("\r1 of 3 done, controller 0: drive 252:1 (vdkcli -pdinfo -pd[252:1] -a0) 1 s"));
+    EXPECT_EQ(Screen(sent).line, "");
 }
 
 TEST(Progress, IsSilentWhenTheTraceGoesToTheTerminal) {

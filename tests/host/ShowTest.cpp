@@ -182,7 +182,8 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(Format, OfATreeIsEveryItemIndented) {
     const std::string tree = RunCommand({"--scenario", "small", "get-info", "--format", "tree"}).out;
-    EXPECT_THAT(tree, StartsWith("Controller Information\n  ### General Information ###\n    Controller No. = 0\n"));
+    EXPECT_THAT(
+        tree, StartsWith("Controller Information\n  ### General Information ###\n    Controller No. = 0\n"));
     EXPECT_EQ(std::to_string(CountLines(tree)), testsupport::EvaluateXPath(XmlOf("small"), "count(//Item)"));
 }
 
@@ -242,7 +243,7 @@ std::string OnTerminal(std::map<std::string, std::string> environment, unsigned 
     const std::string name = ::ptsname(controller);
     environment.insert({"TERM", "xterm"});
     const Command command{
-        .words = {"--scenario", "small", "show"}, .environment = std::move(environment), .inChild = [&name] {
+        .words = {"--scenario", "small", "show"}, .environment = std::move(environment), .inChild = [&] {
             ::unsetenv("COLUMNS");
             ::dup2(::open(name.c_str(), O_RDWR | O_NOCTTY), STDOUT_FILENO);
         }};
