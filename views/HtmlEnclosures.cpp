@@ -57,9 +57,12 @@ std::string TitleOf(const Enclosure& enclosure) {
     return enclosure.name.empty() ? "Enclosure not told" : "Enclosure " + enclosure.name;
 }
 
-/// The first of the things that a state says; the table has them all.
-std::string InShort(const std::string& state) {
-    return Shortened(Printable(std::string_view(state).substr(0, state.find(", "))), kMaxStateWidth);
+/// The report's own word, unless something else is wrong; the table has everything that is.
+std::string ShortStateOf(const Drive& drive, const std::string& state) {
+    const bool isWord = !drive.detail.empty() && state.find(drive.detail) != std::string::npos;
+    const std::string_view first =
+        isWord ? drive.detail : std::string_view(state).substr(0, state.find(", "));
+    return Shortened(Printable(first), kMaxStateWidth);
 }
 
 /// What an ear gets to know before the boxes.
@@ -139,7 +142,7 @@ class Drawing final {
         const Drive& drive = *slot.drive;
         const inventory::Level level = LevelOf(drive);
         const std::string look = "slot " + std::string(ClassOf(level));
-        const std::string state = InShort(m_Places.StateOf(m_Controller, drive));
+        const std::string state = ShortStateOf(drive, m_Places.StateOf(m_Controller, drive));
         m_Page.In("li", {{"class", look}, {"id", m_Places.AnchorOf(m_Controller, drive)}}, [&] {
             AddNumber(slot.number ? std::to_string(*slot.number) : "");
             AddSign(level, m_Page);

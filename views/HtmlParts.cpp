@@ -3,17 +3,18 @@
 namespace views::html {
 namespace {
 
-// Empty for a drive that nothing tells from another part.
+constexpr std::string_view kNumberless = "a drive";  // as findings name it
+
+// Empty for a drive that nothing tells from another one.
 std::string KeyOf(const std::string& controller, const std::string& drive, const std::string& enclosure,
                   const std::string& slot) {
-    if (drive.empty() && enclosure.empty() && slot.empty()) {
-        return "";
-    }
-    return controller + '\n' + drive + '\n' + enclosure + '\n' + slot;
+    const bool isOneOfMany = (drive.empty() || drive == kNumberless) && enclosure.empty() && slot.empty();
+    return isOneOfMany ? "" : controller + '\n' + drive + '\n' + enclosure + '\n' + slot;
 }
 
 std::string KeyOf(const inventory::Controller& controller, const inventory::Drive& drive) {
-    return KeyOf(controller.number, drive.number, drive.enclosure, drive.slot);
+    return KeyOf(controller.number, drive.number.empty() ? std::string(kNumberless) : drive.number,
+                 drive.enclosure, drive.slot);
 }
 
 std::string KeyOf(const inventory::Finding& finding) {

@@ -44,7 +44,7 @@ a:focus-visible, summary:focus-visible, .scroll:focus-visible { outline: 3px sol
   position: absolute; width: 1px; height: 1px; overflow: hidden; clip-path: inset(50%); white-space: nowrap;
 }
 .sign {
-  display: inline-block; flex: none; width: 1.25em; height: 1.25em; margin-right: 0.25em; border-radius: 0.2em;
+  display: inline-block; flex: none; width: 1.25em; height: 1.25em; margin-right: 0.4em; border-radius: 0.2em;
   text-align: center; font-weight: 700; font-size: 0.875em; line-height: 1.25em; color: var(--ok);
 }
 .sign.warning { color: var(--on-warning); background: var(--warning); box-shadow: inset 0 0 0 1.5px var(--edge-warning); }

@@ -1,5 +1,6 @@
 #include "inventory/Smart.h"
 #include "views/HtmlParts.h"
+#include "views/Text.h"
 
 #include <algorithm>
 #include <utility>
@@ -15,6 +16,7 @@ using inventory::Group;
 constexpr std::string_view kNotTold = "\xE2\x80\x93";
 constexpr std::size_t kMaxFindingsAtOnce = 40;
 constexpr std::size_t kMaxOpenSmart = 2;
+constexpr std::size_t kMaxNameWidth = 80;  // in a group
 
 /// A table in a box of its own, which scrolls by itself where the screen is narrow: by keyboard as well.
 template <typename Columns, typename Work>
@@ -62,14 +64,16 @@ void AddLogicalDrives(const Controller& controller, const Group& group, Markup& 
             const inventory::Level level = LevelOf(controller, group, drive);
             page.In("li", {{"class", ClassOf(level)}}, [&] {
                 AddSign(level, page);
-                page.Element("b", drive.number).Own(" ").Text(drive.name).Own(" ");
+                page.Element("b", drive.number.empty() ? "logical drive" : drive.number).Own(" ");
+                page.Text(Shortened(Printable(drive.name), kMaxNameWidth)).Own(" ");
                 page.Element("span", drive.capacity, {{"class", "size"}}).Own(" ");
                 page.Element("span", drive.state, {{"class", "state"}});
             });
         }
         for (const inventory::LogicalDrive& cache : group.caches) {
             page.In("li", {}, [&] {
-                page.Own("cache: ").Element("b", cache.number).Own(" ").Text(cache.name).Own(" ");
+                page.Own("cache: ").Element("b", cache.number).Own(" ");
+                page.Text(Shortened(Printable(cache.name), kMaxNameWidth)).Own(" ");
                 page.Element("span", cache.capacity, {{"class", "size"}}).Own(" ").Text(cache.state);
             });
         }

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <utility>
 
 namespace views::test {
@@ -78,9 +79,17 @@ std::string ParentXml(const std::string& name, const std::vector<std::string>& i
 
 std::string DriveXml(const std::string& slot, const std::vector<std::string>& keys,
                      const std::vector<std::string>& sections) {
-    std::vector<std::string> general = {ItemXml("PD No.", "PD" + slot), ItemXml("PD Status", "NO ERROR"),
-                                        ItemXml("PD Status(Detail)", "ONLINE")};
-    general.insert(general.begin(), keys.begin(), keys.end());  // The first of a name is the one that counts.
+    std::vector<std::string> general = keys;
+    const auto add = [&](const std::string& name, const std::string& value) {
+        const std::string item = ItemXml(name, value);
+        const std::string start = item.substr(0, item.find(" Value="));
+        if (std::none_of(keys.begin(), keys.end(), [&](const auto& key) { return key.starts_with(start); })) {
+            general.push_back(item);
+        }
+    };
+    add("PD No.", "PD" + slot);
+    add("PD Status", "NO ERROR");
+    add("PD Status(Detail)", "ONLINE");
     std::vector<std::string> items = {
         ParentXml("### General Information ###", general),
         ParentXml("### Enclosure Properties Information ###",

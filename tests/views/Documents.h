@@ -31,7 +31,8 @@ inline constexpr const char* kScenarios[] = {"awkward", "empty", "huge", "large"
 /// An item with others in it.
 [[nodiscard]] std::string ParentXml(const std::string& name, const std::vector<std::string>& items);
 
-/// The root of a drive in slot `slot` of enclosure 252, with more keys, "Media Error Count" say.
+/// The root of a drive in slot `slot` of enclosure 252 that is well, with more keys, "Media Error Count" say,
+/// or others in place of those.
 [[nodiscard]] std::string DriveXml(const std::string& slot, const std::vector<std::string>& keys = {},
                                    const std::vector<std::string>& sections = {});
 

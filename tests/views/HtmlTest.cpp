@@ -80,6 +80,14 @@ TEST(Html, FindingLeadsToTheSlotOfItsDrive) {
     EXPECT_EQ(Query(page, "string(//li[@id='d0-10']/@class)"), "slot critical");
 }
 
+TEST(Html, FindingLeadsToADriveWithoutANumberByItsSlot) {
+    const std::vector<std::string> keys = {ItemXml("PD No.", ""), ItemXml("PD Status", "ERROR"),
+                                           ItemXml("PD Status(Detail)", "FAILED")};
+    const std::string page = PageOf(ControllerXml() + DriveXml("1") + DriveXml("2", keys));
+    EXPECT_EQ(Query(page, "string(//ul[@class='findings']/li//a/@href)"), "#d0-1");
+    EXPECT_EQ(Query(page, "string(//li[@id='d0-1']/span[@class='state'])"), "FAILED");
+}
+
 TEST(Html, EnclosureIsDrawnWithItsGaps) {
     const std::string page = PageOf(ControllerXml() + DriveXml("7") + DriveXml("2") + DriveXml("4") +
                                     DriveXml("4") + DriveXml("90") + DriveXml("none") + DriveXml(""));
@@ -100,6 +108,21 @@ TEST(Html, EnclosureIsDrawnWithItsGaps) {
     EXPECT_EQ(slot(10), "");
     EXPECT_EQ(Query(page, "count(//ul[@class='slots']/li)"), "2");
     EXPECT_EQ(Query(page, "string(//ol/@aria-label)"), "Enclosure 252: 7 drives, all well");
+}
+
+TEST(Html, SlotSaysWhatIsWrongInAWord) {
+    const auto state = [](const std::vector<std::string>& keys) {
+        return Query(PageOf(DriveXml("1", keys)), "string(//li[@id='d0-0']/span[@class='state'])");
+    };
+    const std::string failure = ItemXml("Predictive Failure Count", "3");
+    EXPECT_EQ(state({}), "ONLINE");
+    EXPECT_EQ(state({failure}), "failure predicted (3)");
+    EXPECT_EQ(state({ItemXml("PD Status", "ERROR"), ItemXml("PD Status(Detail)", "FAILED"), failure}),
+              "FAILED");
+    EXPECT_EQ(state({ItemXml("PD Status", "UNKNOWN"), ItemXml("PD Status(Detail)", "Diagnosing")}),
+              "Diagnosing");
+    EXPECT_EQ(state({ItemXml("PD Status(Detail)", std::string(99, 'x'))}),
+              std::string(23, 'x') + "\xE2\x80\xA6");
 }
 
 TEST(Html, GroupNamesItsLogicalDrivesAndMembers) {
