@@ -1,11 +1,13 @@
 // What is left when the command is ended in the middle of a call: nothing.
 
 #include "host/Descendants.h"
+#include "host/Descriptor.h"
 #include "host/Sandbox.h"
 
 #include "tests/host/Command.h"
 #include "tests/support/XmlLint.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/prctl.h>
@@ -184,7 +186,11 @@ TEST_F(Supervised, PrivateViewOfTheFileSystemGoesWithTheWorker) {
         std::error_code gone;
         return fs::read_symlink(process / "ns/mnt", gone).string();
     };
-    const std::string view = viewOf("/proc/" + std::to_string(WorkerOf(call.Process())));
+    const std::string worker = "/proc/" + std::to_string(WorkerOf(call.Process()));
+    const std::string view = viewOf(worker);
+    // For as long as it is open nobody else's view gets its number.
+    const Descriptor open(::open((worker + "/ns/mnt").c_str(), O_RDONLY | O_CLOEXEC));
+    EXPECT_TRUE(open.IsOpen());
     EXPECT_NE(view, "");
     EXPECT_NE(view, viewOf("/proc/self"));
     ::kill(call.Process(), SIGINT);
