@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <unordered_map>
 
 namespace inventory {
 namespace {
@@ -146,6 +147,22 @@ Drive DriveFrom(const Item& root) {
     return drive;
 }
 
+/// Finds out which drives the members of groups are. The first of a number is the one that is meant.
+void FindMembers(Controller& controller) {
+    std::unordered_map<std::string_view, std::size_t> places;
+    for (std::size_t place = 0; place < controller.drives.size(); ++place) {
+        places.try_emplace(controller.drives[place].number, place);
+    }
+    for (Group& group : controller.groups) {
+        for (Member& member : group.members) {
+            const auto found = places.find(member.number);
+            if (found != places.end() && !member.number.empty()) {
+                member.drive = found->second;
+            }
+        }
+    }
+}
+
 /// Puts roots under controllers. A document tells of each controller in turn: itself, its groups, its drives.
 /// So a root that does not come behind the one before it begins the next controller, even where that is not
 /// named.
@@ -164,7 +181,12 @@ class Surveyor final {
         }
     }
 
-    [[nodiscard]] Server Result() { return std::move(m_Server); }
+    [[nodiscard]] Server Result() {
+        for (Controller& controller : m_Server.controllers) {
+            FindMembers(controller);
+        }
+        return std::move(m_Server);
+    }
 
   private:
     enum class Stage { Start, Controller, Groups, Drives };
@@ -209,10 +231,7 @@ const Group* GroupOf(const Controller& controller, const Drive& drive) {
 }
 
 const Drive* DriveOf(const Controller& controller, const Member& member) {
-    const auto found = std::find_if(
-        controller.drives.begin(), controller.drives.end(),
-        [&](const Drive& drive) { return !member.number.empty() && drive.number == member.number; });
-    return found == controller.drives.end() ? nullptr : &*found;
+    return member.drive < controller.drives.size() ? &controller.drives[member.drive] : nullptr;
 }
 
 std::string RoleOf(const Drive& drive) {

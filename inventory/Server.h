@@ -2,6 +2,7 @@
 
 #include "inventory/Document.h"
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -40,6 +41,9 @@ struct LogicalDrive {
 struct Member {
     std::string number;  ///< "PD0"
     std::string enclosure, slot, capacity;
+    std::size_t drive = kNoDrive;  ///< which of its controller's drives it is
+
+    static constexpr std::size_t kNoDrive = static_cast<std::size_t>(-1);
 };
 
 /// A RAID group: a root "Logical Drive Information".

@@ -72,7 +72,9 @@ void AddLogicalDrives(const Controller& controller, const Group& group, Markup& 
         }
         for (const inventory::LogicalDrive& cache : group.caches) {
             page.In("li", {}, [&] {
-                page.Own("cache: ").Element("b", cache.number).Own(" ");
+                page.Own("cache: ")
+                    .Element("b", cache.number.empty() ? "logical drive" : cache.number)
+                    .Own(" ");
                 page.Text(Shortened(Printable(cache.name), kMaxNameWidth)).Own(" ");
                 page.Element("span", cache.capacity, {{"class", "size"}}).Own(" ").Text(cache.state);
             });
