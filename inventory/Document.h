@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstddef>
-#include <iterator>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -34,29 +33,17 @@ class Siblings final {
   public:
     class Iterator final {
       public:
-        using difference_type = std::ptrdiff_t;
-        using value_type = Item;
-        using reference = const Item&;
-        using pointer = const Item*;
-        using iterator_category = std::forward_iterator_tag;
-
-        Iterator() = default;
         explicit Iterator(const Item* item) : m_Item(item) {}
-        reference operator*() const { return *m_Item; }
-        pointer operator->() const { return m_Item; }
+        const Item& operator*() const { return *m_Item; }
+        const Item* operator->() const { return m_Item; }
         Iterator& operator++() {
             m_Item += m_Item->size;
             return *this;
         }
-        Iterator operator++(int) {
-            const Iterator old = *this;
-            ++*this;
-            return old;
-        }
         bool operator==(const Iterator&) const = default;
 
       private:
-        const Item* m_Item = nullptr;
+        const Item* m_Item;
     };
 
     Siblings(const Item* first, const Item* end) : m_First(first), m_End(end) {}
