@@ -164,13 +164,12 @@ std::string Wrapped(std::string_view text, std::size_t column, std::size_t hang,
     for (bool isFirst = true; isFirst || !text.empty(); isFirst = false) {
         std::string_view word = text.substr(0, text.find(' '));
         text.remove_prefix(std::min(word.size() + 1, text.size()));
-        if (!isFirst && column + 1 + WidthOf(word) > style.columns) {
+        const std::size_t gap = isFirst ? 0 : 1;
+        if (column + gap + WidthOf(word) > style.columns) {
             startLine();
-        } else if (!isFirst) {
-            wrapped += ' ';
-            ++column;
-        } else if (column + WidthOf(word) > style.columns) {
-            startLine();
+        } else {
+            wrapped.append(gap, ' ');
+            column += gap;
         }
         for (; WidthOf(word) > room; startLine()) {
             const std::size_t front = std::max<std::size_t>(FittingFront(word, room), 1);
@@ -269,10 +268,9 @@ std::string SmartBlock(const Drive& drive, const TerminalStyle& style) {
     }
     Grid table(std::move(columns));
     for (const std::vector<std::string>& row : smart.rows) {
-        std::vector<Grid::Cell> cells;
-        for (const std::string& cell : row) {
-            cells.push_back({cell});
-        }
+        std::vector<Grid::Cell> cells(row.size());
+        std::transform(row.begin(), row.end(), cells.begin(),
+                       [](const std::string& text) { return Grid::Cell{text}; });
         table.AddRow(std::move(cells));
     }
     return Block(keys, style) + Block(table, style);
