@@ -76,6 +76,7 @@ TEST_F(Supervisor, DiesByTheSignalOfTheWorkerWithoutACoreOfItsOwn) {
         Start([&](const std::string&) {
             const rlimit noCore{};
             ::setrlimit(RLIMIT_CORE, &noCore);
+            ::signal(signal, SIG_DFL);  // A sanitizer may have a handler of its own.
             return ::raise(signal);
         });
         const int seen = Status();
