@@ -132,7 +132,9 @@ void Capture::Write() {
         }
     }
     m_Folder.Describe(m_Redaction.Redact(readme));
-    m_Folder.Complete();
+    if (!m_Recording.Commands().empty()) {
+        m_Folder.Complete();
+    }
 }
 
 std::string Capture::Answers(const std::string& arguments) const {
@@ -154,7 +156,8 @@ std::string Capture::Readme() const {
     text += "- Drives asked for: " + std::to_string(m_DriveCount) + "\n";
     text += m_Options.isRedacted ? "- Redacted: serial numbers and world-wide names are replaced by words.\n"
                                  : "- Not redacted: serial numbers are in it as the tool told them.\n";
-    text += "- Complete: all that could be asked was asked.\n";
+    text += m_Recording.Commands().empty() ? "- Incomplete: the tool was never run.\n"
+                                           : "- Complete: all that could be asked was asked.\n";
     std::vector<std::string> lines;
     for (const MethodFailure& failure : m_Failures) {
         lines.push_back(failure.call + failure.error.what());

@@ -1,6 +1,7 @@
 #include "host/Commands.h"
 
 #include "host/DocumentTarget.h"
+#include "host/ExitStatus.h"
 #include "host/FailureText.h"
 #include "host/Inquiry.h"
 #include "host/SavedFile.h"
@@ -8,10 +9,13 @@
 
 #include "views/Views.h"
 
+#include "qel/CStringUtil.h"
+
 #include <unistd.h>
 
 #include <algorithm>
-#include <exception>
+#include <new>
+#include <optional>
 #include <string_view>
 
 namespace host {
@@ -44,8 +48,14 @@ std::string InFormat(std::string xml, const std::string& source, const inventory
         return xml;
     }
     const bool isDrive = !options.parameters.empty();
-    Snapshot snapshot(ReadDocument(xml, source), isDrive ? options.parameters.front().text : "");
+    // As the module reads it: "x" is 0.
+    const std::string controller =
+        isDrive ? std::to_string(CStringUtil::TStringToNumber(options.parameters.front().text)) : "";
+    Snapshot snapshot(ReadDocument(xml, source), controller);
     snapshot.runs = runs;
+    if (options.document) {
+        snapshot.takenAt.reset();
+    }
     return Present(snapshot, options);
 }
 
@@ -57,33 +67,59 @@ std::string AskOnce(const Options& options) {
     return InFormat(std::move(xml), kFromModule, inquiry.Runs(), options);
 }
 
-/// Adds the SMART data of every drive whose place is known.
-void AskForAllDrives(Inquiry& inquiry, Snapshot& snapshot) {
+/// What is to be printed, and what failed besides.
+struct Shown {
+    std::string text;
+    std::optional<HostError> failure = {};
+};
+
+/// Adds the SMART data of every drive whose place is known. A drive that cannot answer is not to hide the
+/// others: the first failure is returned.
+std::optional<HostError> AskForAllDrives(Inquiry& inquiry, Snapshot& snapshot) {
+    std::optional<HostError> failure;
     const std::vector<DrivePlace> places = DrivePlaces(snapshot.TheServer());
     for (std::size_t number = 0; number < places.size(); ++number) {
         const DrivePlace& place = places[number];
         inquiry.ShowDone(number, places.size());
-        if (place.IsKnown()) {
+        if (!place.IsKnown()) {
+            continue;
+        }
+        try {
             const std::string xml =
                 inquiry.AskForDrive(DriveParameters(place.controller, place.enclosure, place.slot));
             snapshot.Add({place.controller, place.enclosure, place.slot, ReadDocument(xml, kFromModule)});
+        } catch (const HostError& error) {
+            if (!failure) {
+                failure = HostError(error.Status(), "SMART data are missing: controller " + place.controller +
+                                                        ", drive in enclosure " + place.enclosure + " slot " +
+                                                        place.slot + ": " + error.what());
+            }
         }
     }
+    return failure;
 }
 
-std::string AskWithSmart(const Options& options) {
+Shown AskWithSmart(const Options& options) {
     Inquiry inquiry(options);
     Snapshot snapshot(ReadDocument(inquiry.AskForServer(), kFromModule));
-    AskForAllDrives(inquiry, snapshot);
+    const std::optional<HostError> failure = AskForAllDrives(inquiry, snapshot);
     snapshot.runs = inquiry.Runs();
-    return Present(snapshot, options);
+    return {Present(snapshot, options), failure};
 }
 
-std::string Show(const Options& options) {
+Shown Show(const Options& options) {
     if (options.document) {
-        return InFormat(ReadFile(*options.document), *options.document, {}, options);
+        return {InFormat(ReadFile(*options.document), *options.document, {}, options)};
     }
-    return options.hasSmart ? AskWithSmart(options) : AskOnce(options);
+    return options.hasSmart ? AskWithSmart(options) : Shown{AskOnce(options)};
+}
+
+/// Stores what there is before it tells what is missing.
+void Store(const Shown& shown, const DocumentTarget& target) {
+    target.Store(shown.text);
+    if (shown.failure) {
+        throw HostError(*shown.failure);
+    }
 }
 
 /// As monitoring plug-ins end.
@@ -125,7 +161,7 @@ int RunCommand(const Options& options, const DocumentTarget& target) {
         case Options::Action::Diff:
             return ShowChanges(options, target);
         case Options::Action::Show:
-            target.Store(Show(options));
+            Store(Show(options), target);
             return 0;
         default:
             target.Store(AskOnce(options));

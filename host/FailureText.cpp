@@ -1,5 +1,7 @@
 #include "host/FailureText.h"
 
+#include "views/Text.h"
+
 #include <algorithm>
 #include <array>
 #include <cstdio>
@@ -118,7 +120,7 @@ std::string OneLine(const std::string& text) {
             line += character;
         }
     }
-    return line;
+    return views::Printable(line);
 }
 
 }  // namespace host

@@ -243,7 +243,8 @@ class Parser final {
                 ChooseDrive(chosen->app->get_name());
                 break;
             case Options::Action::Show:
-                CheckShow();
+            case Options::Action::Health:
+                CheckDocument();
                 break;
             case Options::Action::Capture:
                 Need(m_Options.folder, "capture needs a folder to make: DIR");
@@ -301,7 +302,10 @@ class Parser final {
         m_Options.format = found->format;
     }
 
-    void CheckShow() const {
+    void CheckDocument() const {
+        if (m_Options.document && m_Options.scenario) {
+            Reject("--scenario is a server to ask, which --document leaves alone");
+        }
         if (m_Options.hasSmart && m_Options.document) {
             Reject("--smart asks the server, which --document leaves alone");
         }

@@ -32,12 +32,23 @@ std::string Joined(const std::vector<std::string>& names) {
                     what + "; shipped scenarios: " + Joined(ScenarioNames(shipped)));
 }
 
+bool IsScenario(const fs::path& folder) {
+    std::error_code error;
+    return fs::exists(folder / "v.txt", error) || fs::exists(folder / "server.conf", error) ||
+           fs::exists(folder / kIncompleteMark, error);
+}
+
+/// Whether a folder in the working directory is none of the scenarios but has the name of a shipped one.
+bool IsByChance(const fs::path& folder, const fs::path& shipped) {
+    return !folder.has_parent_path() && !IsScenario(folder) && IsScenario(shipped / folder);
+}
+
 }  // namespace
 
 fs::path FindScenario(const std::string& name, const fs::path& shipped) {
     std::error_code error;
     fs::path folder = name;
-    if (!fs::is_directory(folder, error)) {
+    if (!fs::is_directory(folder, error) || IsByChance(folder, shipped)) {
         const bool isFile = fs::exists(folder, error);
         folder = shipped / name;
         if (fs::path(name).is_absolute() || !fs::is_directory(folder, error)) {
@@ -53,7 +64,7 @@ fs::path FindScenario(const std::string& name, const fs::path& shipped) {
                  kIncompleteMark,
              shipped);
     }
-    if (!fs::exists(folder / "v.txt", error) && !fs::exists(folder / "server.conf", error)) {
+    if (!IsScenario(folder)) {
         Fail(name + " is no scenario: it has neither v.txt nor server.conf", shipped);
     }
     return folder;

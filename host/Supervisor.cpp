@@ -1,5 +1,6 @@
 #include "host/Supervisor.h"
 
+#include "host/Commands.h"
 #include "host/Descendants.h"
 #include "host/ExitStatus.h"
 
@@ -174,9 +175,18 @@ class Parent final {
         const bool areAllGone = EndDescendants();
         RemoveResultFiles(m_Supervision.resultDirectory, m_Worker);
         RemoveFolder();
-        Say(m_Supervision.interrupted);
         if (!areAllGone) {
             Say("a process of the tool does not end; see ps for what it waits for");
+        }
+        const bool isCrash = m_Interruption == 0;
+        const std::string words = isCrash ? "the process that hosts the module was ended by signal " +
+                                                std::to_string(signal) + "; see the system's log"
+                                          : m_Supervision.interrupted;
+        if (m_Supervision.tellsHealth) {
+            ::_exit(TellUnknownHealth(words));
+        }
+        if (!isCrash || signal != SIGPIPE) {  // Whoever closed a pipe wants to hear no more.
+            Say(words);
         }
         DieBy(signal);
     }

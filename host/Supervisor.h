@@ -9,6 +9,7 @@ struct Supervision {
     std::string resultDirectory;  ///< where the module puts result files, such as "/opt/x/tmp/MSRAID"
     bool drawsProgress = false;   ///< the terminal's last line may be an unfinished one
     std::string interrupted = "interrupted";  ///< what to say then
+    bool tellsHealth = false;  ///< an end by a signal is told as an unknown health, in a plug-in's way
     const char* privateFolder = nullptr;  ///< first part of a name: the work needs a folder for its own files
 };
 

@@ -82,9 +82,8 @@ fs::path OwnDirectory() {
     return fs::read_symlink("/proc/self/exe").parent_path();
 }
 
-void UseSimulator(const std::string& scenario) {
-    const fs::path simulation = OwnDirectory().parent_path() / "vdksim";
-    EnterSandbox(simulation / "vdkcli", FindScenario(scenario, simulation / "scenarios"));
+fs::path Simulation() {
+    return OwnDirectory().parent_path() / "vdksim";
 }
 
 void WarnOfOddParameters(const Options& options) {
@@ -113,6 +112,7 @@ std::string StartWorker(const Options& options) {
                       .interrupted = isCapture ? "interrupted; the capture in " + OneLine(options.folder) +
                                                      " is incomplete"
                                                : "interrupted",
+                      .tellsHealth = options.action == Options::Action::Health,
                       .privateFolder = isCapture ? "mngsrvraid.records" : nullptr});
 }
 
@@ -122,12 +122,15 @@ int Answer(const Options& options) {
     const DocumentTarget target =
         options.output ? DocumentTarget(*options.output) : DocumentTarget::StandardOutput();
     StartTrace(options);
+    const bool isMadeUp = options.scenario && AsksTheServer(options);
+    const fs::path scenario =
+        isMadeUp ? FindScenario(*options.scenario, Simulation() / "scenarios") : fs::path();
     std::optional<Capture> capture;
     if (options.action == Options::Action::Capture) {
         capture.emplace(options, records);
     }
-    if (options.scenario && AsksTheServer(options)) {
-        UseSimulator(*options.scenario);
+    if (isMadeUp) {
+        EnterSandbox(Simulation() / "vdkcli", scenario);
     }
     WarnOfOddParameters(options);
     if (capture) {
@@ -181,8 +184,12 @@ int Tell(const Failure& failure, bool isHealth) noexcept {
 
 int RunAndReport(int count, const char* const* words) {
     Failure failure;
+    // Of a command line that cannot be understood it is only a guess.
+    bool isHealth = AsksForHealth(count, words);
     try {
-        return Run(ParseOptions(count, words));
+        const Options options = ParseOptions(count, words);
+        isHealth = options.action == Options::Action::Health;
+        return Run(options);
     } catch (const HostError& error) {
         failure = {error.what(), error.Status()};
     } catch (const SandboxError& error) {
@@ -190,7 +197,7 @@ int RunAndReport(int count, const char* const* words) {
     } catch (const std::exception& error) {
         failure.line = std::string("the command cannot go on: ") + error.what();
     }
-    return Tell(failure, AsksForHealth(count, words));
+    return Tell(failure, isHealth);
 }
 
 }  // namespace

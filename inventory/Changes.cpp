@@ -75,11 +75,18 @@ std::string LabelOf(const Item& item) {
     if (label.size() > kBegin.size() + kEnd.size() && label.starts_with(kBegin) && label.ends_with(kEnd)) {
         label = label.substr(kBegin.size(), label.size() - kBegin.size() - kEnd.size());
     }
-    // Of several lists of one name, each is known by the drive that it is about.
+    // Of several lists of one name, each is known by the drive that it is about; of a table's rows, by the
+    // attribute.
     for (const std::string_view key : {"LD No.", "PD No."}) {
         if (label.ends_with("List") || label.starts_with("Associated")) {
             const std::string number = ValueOf(item, key);
             label += number.empty() ? "" : " " + number;
+        }
+    }
+    for (const std::string_view key : {"ID", "Attribute"}) {
+        if (label.starts_with("SMART Detail(")) {
+            const std::string value = ValueOf(item, key);
+            label += value.empty() ? "" : " " + value;
         }
     }
     return label;

@@ -58,13 +58,17 @@ Level Look(const Rules& rules, std::string_view state) {
     return rule == std::end(rules) ? Level::Unknown : rule->level;
 }
 
-bool IsAbove(std::string_view text, double limit) {
-    double number = 0;
-    return LeadingNumber(text, number) && number > limit;
-}
-
-bool PredictsFailure(const Drive& drive) {
-    return IsAbove(drive.predictiveFailures, 0);
+/// A count of failures that are foreseen. Some controllers print a dash or the like for one that they do not
+/// keep.
+Level PredictionLevel(const Drive& drive) {
+    const std::string& count = drive.predictiveFailures;
+    if (count.empty() || count == "-" || IsSameWord(count, "N/A")) {
+        return Level::Ok;
+    }
+    if (count.find_first_not_of("0123456789") != std::string::npos) {
+        return Level::Unknown;
+    }
+    return count.find_first_not_of('0') == std::string::npos ? Level::Ok : Level::Warning;
 }
 
 std::string SmartStatusOf(const Drive& drive) {
@@ -90,7 +94,8 @@ bool IsDegraded(const LogicalDrive& drive) {
 }
 
 bool IsRebuilding(const Drive& drive) {
-    return std::find(drive.statuses.begin(), drive.statuses.end(), "REBUILD") != drive.statuses.end();
+    return std::any_of(drive.statuses.begin(), drive.statuses.end(),
+                       [](const std::string& status) { return IsSameWord(status, "REBUILD"); });
 }
 
 bool IsRebuilding(const Controller& controller, const Group& group) {
@@ -110,11 +115,12 @@ std::string Reason(const std::string& state, Level level) {
 std::string WhatOf(const Drive& drive) {
     std::string what;
     const auto add = [&what](const std::string& text) { what += (what.empty() ? "" : ", ") + text; };
-    if (StatusLevel(drive) != Level::Ok) {
-        add(Reason(drive.detail, StatusLevel(drive)));
+    if (const Level level = StatusLevel(drive); level != Level::Ok) {
+        add(Reason(StatusOf(drive), level));
     }
-    if (PredictsFailure(drive)) {
-        add("failure predicted (" + drive.predictiveFailures + ")");
+    if (const Level level = PredictionLevel(drive); level != Level::Ok) {
+        add(level == Level::Warning ? "failure predicted (" + drive.predictiveFailures + ")"
+                                    : "predictive failure count \"" + drive.predictiveFailures + '"');
     }
     if (SmartLevel(drive) != Level::Ok) {
         add("SMART status " + SmartStatusOf(drive));
@@ -148,6 +154,7 @@ class Inspection final {
             Note(LevelOf(unit), {}, unit.name, WhatOf(unit));
         }
         for (const Group& group : controller.groups) {
+            InspectMembers(controller, group);
             for (const LogicalDrive& drive : group.logicalDrives) {
                 Note(LevelOf(controller, group, drive), group.number, NameOr(drive.number, "a logical drive"),
                      WhatOf(controller, group, drive));
@@ -170,6 +177,18 @@ class Inspection final {
     }
 
   private:
+    // A drive that its group names and that nobody reports may be anything, or gone.
+    void InspectMembers(const Controller& controller, const Group& group) {
+        for (const Member& member : group.members) {
+            if (DriveOf(controller, member) == nullptr) {
+                Finding* const finding = Note(Level::Unknown, group.number, NameOr(member.number, "a drive"),
+                                              "its group names it, no drive is reported");
+                finding->enclosure = member.enclosure;
+                finding->slot = member.slot;
+            }
+        }
+    }
+
     Finding* Note(Level level, const std::string& group, const std::string& part, const std::string& what) {
         if (level == Level::Ok) {
             return nullptr;
@@ -224,8 +243,7 @@ std::string PlaceOf(const Finding& finding) {
 }
 
 Level LevelOf(const Drive& drive) {
-    return std::max(
-        {StatusLevel(drive), PredictsFailure(drive) ? Level::Warning : Level::Ok, SmartLevel(drive)});
+    return std::max({StatusLevel(drive), PredictionLevel(drive), SmartLevel(drive)});
 }
 
 Level LevelOf(const Controller& controller, const Group& group, const LogicalDrive& drive) {
@@ -254,9 +272,8 @@ Level LevelOf(const Controller& controller, const Group& group) {
         level = std::max(level, LevelOf(controller, group, drive));
     }
     for (const Member& member : group.members) {
-        if (const Drive* const drive = DriveOf(controller, member)) {
-            level = std::max(level, LevelOf(*drive));
-        }
+        const Drive* const drive = DriveOf(controller, member);
+        level = std::max(level, drive == nullptr ? Level::Unknown : LevelOf(*drive));
     }
     return level;
 }
@@ -267,9 +284,7 @@ Level OverallLevelOf(const Controller& controller) {
         level = std::max(level, LevelOf(unit));
     }
     for (const Group& group : controller.groups) {
-        for (const LogicalDrive& drive : group.logicalDrives) {
-            level = std::max(level, LevelOf(controller, group, drive));
-        }
+        level = std::max(level, LevelOf(controller, group));
     }
     for (const Drive& drive : controller.drives) {
         level = std::max(level, LevelOf(drive));

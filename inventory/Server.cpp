@@ -40,6 +40,19 @@ std::string ValueIn(const Item& root, std::string_view title, std::string_view k
     return value;
 }
 
+/// Every different value of a key in the sections of that title, in order.
+std::vector<std::string> ValuesIn(const Item& root, std::string_view title, std::string_view key) {
+    std::vector<std::string> values;
+    ForEach(root, title, [&](const Item& section) {
+        ForEach(section, key, [&](const Item& item) {
+            if (!item.isPlaceholder && std::find(values.begin(), values.end(), item.value) == values.end()) {
+                values.push_back(item.value);
+            }
+        });
+    });
+    return values;
+}
+
 std::vector<BackupUnit> BackupUnitsOf(const Item& root) {
     std::vector<BackupUnit> units;
     for (const Item& section : ChildrenOf(root)) {
@@ -114,15 +127,10 @@ Drive DriveFrom(const Item& root) {
     drive.number = general("PD No.");
     drive.group = general("RG No.");
     drive.membership = general("LD No.");
-    ForEach(root, kGeneral, [&](const Item& section) {
-        ForEach(section, "PD Status", [&](const Item& status) { drive.statuses.push_back(status.value); });
-    });
-    ForEach(root, kGeneral, [&](const Item& section) {
-        ForEach(section, "PD Status(Detail)", [&](const Item& detail) {
-            const bool isNew = drive.detail.find(detail.value) == std::string::npos;
-            drive.detail += !isNew ? "" : drive.detail.empty() ? detail.value : ", " + detail.value;
-        });
-    });
+    drive.statuses = ValuesIn(root, kGeneral, "PD Status");
+    for (const std::string& detail : ValuesIn(root, kGeneral, "PD Status(Detail)")) {
+        drive.detail += (drive.detail.empty() ? "" : ", ") + detail;
+    }
     drive.enclosure = place("Enclosure No.");
     drive.slot = place("Slot No.");
     drive.position = place("Enclosure Position");
@@ -232,6 +240,10 @@ const Group* GroupOf(const Controller& controller, const Drive& drive) {
 
 const Drive* DriveOf(const Controller& controller, const Member& member) {
     return member.drive < controller.drives.size() ? &controller.drives[member.drive] : nullptr;
+}
+
+std::string StatusOf(const Drive& drive) {
+    return drive.detail.empty() && !drive.statuses.empty() ? drive.statuses.front() : drive.detail;
 }
 
 std::string RoleOf(const Drive& drive) {

@@ -92,6 +92,10 @@ struct Server {
 /// The drive that a group's member is; null where its report is not there.
 [[nodiscard]] const Drive* DriveOf(const Controller& controller, const Member& member);
 
+/// What the drive's report says of its state: "ONLINE"; the module's word, "NO ERROR", where that is all
+/// there is.
+[[nodiscard]] std::string StatusOf(const Drive& drive);
+
 /// What the drive does: "LD0", "global spare", "spare of RG2", "unused", or the report's word.
 [[nodiscard]] std::string RoleOf(const Drive& drive);
 

@@ -27,7 +27,7 @@ void AddRow(const Item& row, Smart& smart) {
         const std::size_t column = ColumnFor(smart.columns, isTaken, cell.name);
         cells.resize(std::max(cells.size(), column + 1));
         isTaken.resize(cells.size());
-        cells[column] = cell.value;
+        cells[column] = cell.isPlaceholder ? "" : cell.value;
         isTaken[column] = true;
     }
     smart.rows.push_back(std::move(cells));

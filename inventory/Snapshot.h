@@ -4,6 +4,7 @@
 #include "inventory/Server.h"
 
 #include <chrono>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -44,7 +45,8 @@ class Snapshot final {
     [[nodiscard]] Health Judge() const { return inventory::Judge(m_Server); }
 
     ToolRuns runs;
-    std::chrono::system_clock::time_point takenAt = std::chrono::system_clock::now();
+    /// When the server was asked; nothing where that is not known, of a saved document say.
+    std::optional<std::chrono::system_clock::time_point> takenAt = std::chrono::system_clock::now();
 
   private:
     Document m_Document;

@@ -90,6 +90,16 @@ void AddController(const Controller& controller, bool isBrief, const html::Drive
     });
 }
 
+void AddTime(const inventory::Snapshot& snapshot, Markup& page) {
+    if (!snapshot.takenAt) {
+        page.Own("From a saved document");
+        return;
+    }
+    const std::string time = UtcText(*snapshot.takenAt);
+    page.Own("Taken on ");
+    page.Element("time", time.substr(0, 10) + " at " + time.substr(11, 8) + " UTC", {{"datetime", time}});
+}
+
 void AddRollUp(const inventory::Snapshot& snapshot, const inventory::Health& health, Markup& page) {
     page.In("header", {}, [&] {
         page.Element("h1", "RAID report");
@@ -100,12 +110,7 @@ void AddRollUp(const inventory::Snapshot& snapshot, const inventory::Health& hea
                 page.Element("span", Headline(health));
             });
         });
-        const std::string time = UtcText(snapshot.takenAt);
-        page.In("p", {{"class", "note"}}, [&] {
-            page.Own("Taken on ");
-            page.Element("time", time.substr(0, 10) + " at " + time.substr(11, 8) + " UTC",
-                         {{"datetime", time}});
-        });
+        page.In("p", {{"class", "note"}}, [&] { AddTime(snapshot, page); });
     });
 }
 

@@ -101,8 +101,13 @@ class Series final {
   private:
     void AddRollUp(const inventory::Snapshot& snapshot) {
         const inventory::Health health = snapshot.Judge();
+        if (health.counts.controllers == 0 && health.counts.drives > 0) {
+            return;  // What is known of a drive is no news of its server.
+        }
         m_Exposition.Add(kHealth, {}, NumberOf(health.level));
-        m_Exposition.Add(kLastSuccess, {}, static_cast<double>(UnixSeconds(snapshot.takenAt)));
+        if (snapshot.takenAt) {
+            m_Exposition.Add(kLastSuccess, {}, static_cast<double>(UnixSeconds(*snapshot.takenAt)));
+        }
         if (snapshot.runs.commands > 0) {
             m_Exposition.Add(kRuns, {}, static_cast<double>(snapshot.runs.commands));
             m_Exposition.Add(kFailures, {}, static_cast<double>(snapshot.runs.failures));

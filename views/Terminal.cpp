@@ -27,8 +27,7 @@ Grid::Cell Blank() {
 }
 
 bool IsZero(const std::string& count) {
-    double number = 0;
-    return inventory::LeadingNumber(count, number) && number == 0;
+    return count.find_first_not_of('0') == std::string::npos;
 }
 
 /// What else is worth knowing of a drive, such as "211 media errors".
@@ -50,19 +49,12 @@ std::string NotesOn(const Drive& drive) {
     return notes;
 }
 
-std::string StatusOf(const Drive& drive) {
-    if (!drive.detail.empty()) {
-        return drive.detail;
-    }
-    return drive.statuses.empty() ? "" : drive.statuses.front();
-}
-
 std::string MembersOf(const Controller& controller, const Group& group) {
     std::string text;
     for (const inventory::Member& member : group.members) {
         text += (text.empty() ? "" : " ") + (member.number.empty() ? "?" : member.number);
         const Drive* const drive = inventory::DriveOf(controller, member);
-        if (drive != nullptr && inventory::LevelOf(*drive) != Level::Ok) {
+        if (drive == nullptr || inventory::LevelOf(*drive) != Level::Ok) {
             text += '!';
         }
     }

@@ -208,8 +208,8 @@ TEST_F(CaptureTest, ServerWithoutToolIsCapturedAsThat) {
     command.inChild = [] { EnterSandboxWithoutTool(); };
     const Ended ended = command.Run();
     EXPECT_EQ(ended.ExitStatus(), 1);
-    EXPECT_EQ(TempFolder::NamesIn(Folder()), std::vector<std::string>{"README.md"});
-    EXPECT_THAT(Captured("README.md"), HasSubstr("The tool was not run, so nothing is recorded."));
+    EXPECT_EQ(TempFolder::NamesIn(Folder()), (std::vector<std::string>{"INCOMPLETE", "README.md"}));
+    EXPECT_THAT(Captured("README.md"), HasSubstr("- Incomplete: the tool was never run."));
 }
 
 std::vector<std::string> WordsOf(const std::string& text) {

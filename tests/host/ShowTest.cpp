@@ -10,7 +10,10 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
+#include <csignal>
 #include <sstream>
+#include <thread>
 
 namespace host::test {
 namespace {
@@ -90,6 +93,21 @@ TEST(Health, IsUnknownWithoutTheModule) {
     EXPECT_EQ(CountLines(ended.out), 1U);
 }
 
+TEST(Health, IsUnknownWhenItIsInterrupted) {
+    const auto running = Command{.words = {"--scenario", "faults/slow", "health"}}.Start();
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    ::kill(running->Process(), SIGTERM);
+    const Ended ended = running->Wait();
+    EXPECT_EQ(ended.ExitStatus(), 3);
+    EXPECT_EQ(ended.out, "RAID UNKNOWN - interrupted\n");
+}
+
+TEST(Health, IsNotMeantByAnArgumentOfThatName) {
+    const Ended ended = RunCommand({"show", "--document", "health"});
+    EXPECT_EQ(ended.ExitStatus(), 4);
+    EXPECT_EQ(ended.out, "");
+}
+
 TEST(Health, NamesEachFindingWhenVerbose) {
     const Ended ended = RunCommand({"--scenario", "large", "health", "--verbose"});
     EXPECT_EQ(CountLines(ended.out), 8U);
@@ -127,6 +145,27 @@ TEST(Show, AsksForSmartDataOfEveryDriveWhenTold) {
         EXPECT_THAT(ended.out, HasSubstr(drive));
     }
     EXPECT_THAT(ended.out, HasSubstr("SMART Status"));
+}
+
+TEST(Show, ADriveThatCannotAnswerDoesNotHideTheOthers) {
+    const Ended ended = RunCommand({"--scenario", "old", "show", "--smart"});
+    EXPECT_EQ(ended.ExitStatus(), 1);
+    EXPECT_THAT(ended.out, HasSubstr("SMART Status"));
+    EXPECT_THAT(ended.err, HasSubstr("SMART data are missing: controller 0, drive in enclosure 1 slot "));
+    EXPECT_EQ(CountLines(ended.err), 1U);
+}
+
+TEST(Show, ASavedDocumentIsNotDatedToday) {
+    const Saved saved(XmlOf("small"));
+    const std::vector<std::string> words = {"show", "--document", saved.Path(), "--format"};
+    const auto in = [&](const char* format) {
+        std::vector<std::string> all = words;
+        all.emplace_back(format);
+        return RunCommand(all).out;
+    };
+    EXPECT_THAT(in("json"), HasSubstr("\"taken_at\": null"));
+    EXPECT_THAT(in("prometheus"), Not(HasSubstr("raid_last_success")));
+    EXPECT_THAT(in("html"), HasSubstr("From a saved document"));
 }
 
 TEST(Show, StoresWhatItShows) {
@@ -217,6 +256,8 @@ TEST(WrongUse, OfWhatDoesNotGoTogether) {
         {{"show", "--format", "yaml"},
          "--format takes xml, tree, table, json, html or prometheus, not \"yaml\""},
         {{"diff", "--format", "json", "a", "b"}, "--format does not go with diff"},
+        {{"--scenario", "small", "show", "--document", "a"},
+         "--scenario is a server to ask, which --document leaves alone"},
         {{"show", "--smart", "--document", "a"}, "--smart asks the server, which --document leaves alone"},
         {{"show", "--smart", "--format", "xml"},
          "--smart has no xml: the document of a server holds none; get-pd-info has it drive by drive"},

@@ -68,6 +68,21 @@ TEST(ChangesTest, CountsKeysThatNobodyKnowsAndThoseThatOccurTwice) {
     EXPECT_EQ(Between(Key("Notice", "a"), Key("Notice", "b")), Lines{"~ document, Notice | Notice | a | b"});
 }
 
+TEST(ChangesTest, KnowsRowsOfSmartTablesByTheirAttributes) {
+    const auto row = [](const std::string& id, const std::string& raw) {
+        return Node("SMART Detail(SATA)", Key("ID", id) + Key("Attribute", "A" + id) + Key("Raw Data", raw));
+    };
+    const auto drive = [](const std::string& rows) {
+        return Node("Physical Drive Information", Node("### SMART Information ###", rows));
+    };
+    EXPECT_EQ(
+        Between(drive(row("5", "0") + row("9", "1") + row("12", "7")), drive(row("9", "2") + row("12", "7"))),
+        (Lines{"- a drive | SMART Information / SMART Detail(SATA) 5 A5 / ID | 5 | ",
+               "- a drive | SMART Information / SMART Detail(SATA) 5 A5 / Attribute | A5 | ",
+               "- a drive | SMART Information / SMART Detail(SATA) 5 A5 / Raw Data | 0 | ",
+               "~ a drive | SMART Information / SMART Detail(SATA) 9 A9 / Raw Data | 1 | 2"}));
+}
+
 TEST(ChangesTest, APlaceholderIsNoValue) {
     EXPECT_EQ(Between(ControllerItem("0", Placeholder("Rate")), ControllerItem("0", Key("Rate", ""))),
               Lines{"~ controller 0 | General Information / Rate | (not told) | "});

@@ -61,6 +61,10 @@ TEST(HealthTest, APredictedFailureIsAWarning) {
     EXPECT_EQ(LevelOfDrive("NO ERROR", Key("Predictive Failure Count", "0")), Level::Ok);
     EXPECT_EQ(LevelOfDrive("NO ERROR", Key("Predictive Failure Count", "1")), Level::Warning);
     EXPECT_EQ(LevelOfDrive("NO ERROR", Key("Predictive Failure Count", "-")), Level::Ok);
+    EXPECT_EQ(LevelOfDrive("NO ERROR", Key("Predictive Failure Count", std::string(400, '9'))),
+              Level::Warning);
+    EXPECT_EQ(LevelOfDrive("NO ERROR", Key("Predictive Failure Count", "many")), Level::Unknown);
+    EXPECT_EQ(LevelOfDrive("NO ERROR", Key("Predictive Failure Count", "0x12")), Level::Unknown);
     EXPECT_EQ(LevelOfDrive("ERROR", Key("Predictive Failure Count", "1")), Level::Critical);
 }
 
@@ -82,6 +86,7 @@ TEST(HealthTest, ADegradedLogicalDriveIsCriticalUnlessItsGroupIsBeingRebuilt) {
     EXPECT_EQ(LevelOfLogicalDrive("DEGRADED"), Level::Critical);
     EXPECT_EQ(LevelOfLogicalDrive("PARTIALLY DEGRADED"), Level::Critical);
     EXPECT_EQ(LevelOfLogicalDrive("DEGRADED", "REBUILD"), Level::Warning);
+    EXPECT_EQ(LevelOfLogicalDrive("DEGRADED", "Rebuild"), Level::Warning);
     EXPECT_EQ(LevelOfLogicalDrive("DEGRADED", "REBUILD", "RG1"), Level::Critical);
     EXPECT_EQ(LevelOfLogicalDrive("OFFLINE"), Level::Critical);
     EXPECT_EQ(LevelOfLogicalDrive("FAILED"), Level::Critical);
@@ -125,6 +130,32 @@ TEST(HealthTest, PutsTheWorstFirstAndKeepsTheOrderOtherwise) {
     EXPECT_EQ(health.findings[3].what, "unknown state \"odd\"");
     EXPECT_EQ(PlaceOf(health.findings[0]), "controller 0, RG0, PD2 in enclosure 252 slot 2");
     EXPECT_EQ(Headline(health), "2 critical, 1 warning, 1 unknown in 1 controller, 4 drives");
+}
+
+TEST(HealthTest, AMemberThatNobodyReportsIsUnknown) {
+    const std::string member =
+        Node("PD List", Key("PD No.", "PD7") + Key("Enclosure No.", "252") + Key("Slot No.", "7"));
+    const Health health =
+        HealthOf(ControllerItem("0") + GroupItem("RG0", LogicalDriveItem("LD0", "OPTIMAL"), member) +
+                 DriveItem("PD0", "NO ERROR", "ONLINE"));
+    EXPECT_EQ(health.level, Level::Unknown);
+    ASSERT_EQ(health.findings.size(), 1U);
+    EXPECT_EQ(PlaceOf(health.findings[0]), "controller 0, RG0, PD7 in enclosure 252 slot 7");
+    EXPECT_EQ(health.findings[0].what, "its group names it, no drive is reported");
+}
+
+TEST(HealthTest, APlaceholderIsNoState) {
+    const std::string placeholder = "<Item Name=\"PD Status\" Value=\"NO ERROR\" Valid=\"FALSE\"/>";
+    EXPECT_EQ(HealthOf(Node("Physical Drive Information", General(placeholder))).level, Level::Unknown);
+}
+
+TEST(HealthTest, QuotesTheStateThatItDoesNotKnow) {
+    const auto what = [](const std::string& keys) {
+        return HealthOf(Node("Physical Drive Information", General(keys))).findings.at(0).what;
+    };
+    EXPECT_EQ(what(Key("PD Status", "ERROR")), "ERROR");
+    EXPECT_EQ(what(Key("PD Status", "ODD")), "unknown state \"ODD\"");
+    EXPECT_EQ(what(""), "no state is told");
 }
 
 TEST(HealthTest, NamesPartsThatHaveNoName) {

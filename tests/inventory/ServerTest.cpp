@@ -133,6 +133,17 @@ TEST(SmartTest, LaysOutKeysAndRowsOfDifferentColumns) {
                                                                  {"9", "", "20411", "x"}}));
 }
 
+TEST(SmartTest, APlaceholderIsNoCell) {
+    const std::string row =
+        Node("SMART Detail(SAS)",
+             Key("Attribute", "Read") + "<Item Name=\"Worst\" Value=\"77\" Valid=\"FALSE\"/>");
+    const Document document =
+        Read(Node("Physical Drive Information", Node("### SMART Information ###", row)));
+    const Server server = Survey(document);
+    EXPECT_EQ(SmartOf(server.controllers[0].drives[0]).rows,
+              (std::vector<std::vector<std::string>>{{"Read", ""}}));
+}
+
 TEST(SmartTest, HasNoTableFromAPlaceholder) {
     const Document document = Read(Node("Physical Drive Information",
                                         Node("### SMART Information ###", Placeholder("SMART Detail(SAS)"))));

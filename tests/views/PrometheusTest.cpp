@@ -122,10 +122,13 @@ TEST(Prometheus, TellsTheStateOfEveryPart) {
 }
 
 TEST(Prometheus, UnknownIsThreeAsPlugInsCount) {
-    const std::string text = Metrics(DriveXml("3", {ItemXml("PD Status", "PURPLE")}));
+    const std::string drive = DriveXml("3", {ItemXml("PD Status", "PURPLE")});
+    const std::string text = Metrics(ControllerXml() + drive);
     EXPECT_THAT(SeriesOf("raid_drive_health", text),
-                Contains("{enclosure=\"252\",slot=\"3\",drive=\"PD3\"} 3"));
+                Contains("{controller=\"0\",enclosure=\"252\",slot=\"3\",drive=\"PD3\"} 3"));
     EXPECT_THAT(SeriesOf("raid_health", text), Contains(" 3"));
+    // What is known of a drive is no news of its server.
+    EXPECT_TRUE(SeriesOf("raid_health", Metrics(drive)).empty());
 }
 
 TEST(Prometheus, ToolRunsAreToldWhereTheyWereWatched) {
