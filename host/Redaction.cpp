@@ -30,10 +30,12 @@ enum class Kind { Other, Serial, Name };
 
 Kind KindOf(std::string_view key) {
     const std::string lower = InLowerCase(key);
-    if (Contains(lower, "serial")) {
+    // "S/N", and "SN" only as a word: many a word has it in the middle.
+    if (Contains(lower, "serial") || Contains(lower, "s/n") || lower == "sn" || lower.ends_with(" sn")) {
         return Kind::Serial;
     }
-    for (const char* const word : {"wwn", "world wide", "world-wide", "sas address", "guid"}) {
+    for (const char* const word :
+         {"wwn", "world wide", "world-wide", "sas addr", "naa", "guid", "unique id", "logical id"}) {
         if (Contains(lower, word)) {
             return Kind::Name;
         }

@@ -17,9 +17,16 @@ TEST(Redaction, ReplacesTheValuesOfKeysThatNameHardware) {
     for (const char* const key : {"SERIAL NO.", "board serial", "Product SerialNumber"}) {
         EXPECT_EQ(Redacted(std::string(key) + ":GS81000442"), std::string(key) + ":serial-0001");
     }
-    for (const char* const key : {"WWN", "World Wide Name", "world-wide id", "SAS Address 0", "LD GUID"}) {
+    for (const char* const key : {"WWN", "World Wide Name", "world-wide id", "SAS Address 0", "LD GUID",
+                                  "SAS Addr", "NAA", "Unique ID", "Enclosure Logical ID"}) {
         EXPECT_EQ(Redacted(std::string(key) + " : 5000c500a1b2c3d4"), std::string(key) + " : wwn-0001");
     }
+}
+
+TEST(Redaction, KnowsShortNamesOfSerialNumbers) {
+    EXPECT_EQ(Redacted("Controller S/N : AB12"), "Controller S/N : serial-0001");
+    EXPECT_EQ(Redacted("PD SN : AB12"), "PD SN : serial-0001");
+    EXPECT_EQ(Redacted("Snapshot : AB12"), "Snapshot : AB12");
 }
 
 TEST(Redaction, LeavesOtherKeysAndPlaceholders) {
