@@ -122,26 +122,12 @@ void Store(const Shown& shown, const DocumentTarget& target) {
     }
 }
 
-/// As monitoring plug-ins end.
-int StatusOf(Level level) {
-    switch (level) {
-        case Level::Ok:
-            return 0;
-        case Level::Warning:
-            return 1;
-        case Level::Critical:
-            return 2;
-        default:
-            return 3;
-    }
-}
-
 int TellHealth(const Options& options, const DocumentTarget& target) {
     const std::string xml = options.document ? ReadFile(*options.document) : Inquiry(options).AskForServer();
     const Snapshot snapshot(ReadDocument(xml, options.document.value_or(kFromModule)));
     const inventory::Health health = snapshot.Judge();
     target.Store(views::MonitoringLine(health, options.isVerbose));
-    return StatusOf(health.level);
+    return inventory::PlugInStatusOf(health.level);
 }
 
 int ShowChanges(const Options& options, const DocumentTarget& target) {
@@ -177,9 +163,9 @@ int TellUnknownHealth(const std::string& why) noexcept {
         // Who cannot be told is not told: the exit status still is.
         [[maybe_unused]] const ssize_t written = ::write(STDOUT_FILENO, text.data(), text.size());
     } catch (const std::bad_alloc&) {
-        return StatusOf(Level::Unknown);
+        return inventory::PlugInStatusOf(Level::Unknown);
     }
-    return StatusOf(Level::Unknown);
+    return inventory::PlugInStatusOf(Level::Unknown);
 }
 
 }  // namespace host

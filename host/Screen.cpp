@@ -20,7 +20,8 @@ std::string_view Environment(const char* name) {
 std::size_t ColumnsOfStandardOutput() {
     const std::string_view wish = Environment("COLUMNS");
     std::size_t columns = 0;
-    if (std::from_chars(wish.data(), wish.data() + wish.size(), columns).ec == std::errc() && columns > 0) {
+    const auto read = std::from_chars(wish.data(), wish.data() + wish.size(), columns);
+    if (read.ec == std::errc() && read.ptr == wish.data() + wish.size() && columns > 0) {
         return columns;
     }
     struct winsize size {};

@@ -224,6 +224,11 @@ std::string_view NameOf(Level level) {
     return kNames[static_cast<std::size_t>(level)];
 }
 
+int PlugInStatusOf(Level level) {
+    constexpr int kStatuses[] = {0, 3, 1, 2};
+    return kStatuses[static_cast<std::size_t>(level)];
+}
+
 std::string PlaceOf(const Finding& finding) {
     std::string place;
     const auto add = [&place](const std::string& before, const std::string& text) {

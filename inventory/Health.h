@@ -16,6 +16,9 @@ enum class Level { Ok, Unknown, Warning, Critical };
 /// "OK", "UNKNOWN", "WARNING", "CRITICAL".
 [[nodiscard]] std::string_view NameOf(Level level);
 
+/// The number that monitoring plug-ins have for a level: 0 well, 1 warning, 2 critical, 3 unknown.
+[[nodiscard]] int PlugInStatusOf(Level level);
+
 /// Something that is not well.
 struct Finding {
     Level level = Level::Unknown;

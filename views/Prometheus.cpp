@@ -53,21 +53,6 @@ constexpr Metric kSmartKey = {"raid_drive_smart_key_value", kGauge,
 constexpr Metric kSmartTable = {"raid_drive_smart_table_value", kGauge,
                                 "A number of the table of a drive's SMART data."};
 
-/// As monitoring plug-ins count.
-double NumberOf(Level level) {
-    switch (level) {
-        case Level::Ok:
-            return 0;
-        case Level::Warning:
-            return 1;
-        case Level::Critical:
-            return 2;
-        case Level::Unknown:
-            break;
-    }
-    return 3;
-}
-
 std::string Joined(const std::vector<std::string>& texts) {
     std::string joined;
     for (const std::string& text : texts) {
@@ -104,7 +89,7 @@ class Series final {
         if (health.counts.controllers == 0 && health.counts.drives > 0) {
             return;  // What is known of a drive is no news of its server.
         }
-        m_Exposition.Add(kHealth, {}, NumberOf(health.level));
+        m_Exposition.Add(kHealth, {}, PlugInStatusOf(health.level));
         if (snapshot.takenAt) {
             m_Exposition.Add(kLastSuccess, {}, static_cast<double>(UnixSeconds(*snapshot.takenAt)));
         }
@@ -130,7 +115,7 @@ class Series final {
 
     void AddPart(const Metric& healthMetric, const Metric& infoMetric, const Labels& part, Level level,
                  std::initializer_list<std::pair<std::string_view, std::string_view>> info) {
-        m_Exposition.Add(healthMetric, part, NumberOf(level));
+        m_Exposition.Add(healthMetric, part, PlugInStatusOf(level));
         Labels labels = part;
         for (const auto& [name, value] : info) {
             labels = labels.With(name, value);

@@ -163,6 +163,13 @@ TEST(HealthTest, NamesPartsThatHaveNoName) {
     EXPECT_EQ(PlaceOf(HealthOf(Node("Physical Drive Information", "")).findings.at(0)), "a drive");
 }
 
+TEST(HealthTest, HasThePlugInsNumbers) {
+    EXPECT_EQ(PlugInStatusOf(Level::Ok), 0);
+    EXPECT_EQ(PlugInStatusOf(Level::Warning), 1);
+    EXPECT_EQ(PlugInStatusOf(Level::Critical), 2);
+    EXPECT_EQ(PlugInStatusOf(Level::Unknown), 3);
+}
+
 TEST(HealthTest, ReadsNumbersInFrontOfUnits) {
     double number = -1;
     EXPECT_TRUE(LeadingNumber("31 C", number));
