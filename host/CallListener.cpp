@@ -1,5 +1,9 @@
 #include "host/CallListener.h"
 
+#include <pthread.h>
+
+#include <algorithm>
+#include <atomic>
 #include <new>
 #include <string_view>
 
@@ -17,7 +21,21 @@ constexpr int kMessageLevel = 0;
 constexpr int kResultLevel = 1;
 constexpr int kFailureLevel = 2;
 
+// A run that fails and is mended by the next one leaves no trace, but each run is a fork of this process.
+std::atomic<std::size_t> g_Forks = 0;
+
+std::size_t CountForks() noexcept {
+    static const int isCounting = ::pthread_atfork(
+        nullptr, [] { ++g_Forks; }, nullptr);
+    static_cast<void>(isCounting);  // Without memory for it no failed run is counted.
+    return g_Forks;
+}
+
 }  // namespace
+
+CallListener::CallListener(Progress* progress) : m_Progress(progress), m_ForksBefore(CountForks()) {
+    CTraceOutput::SetListener(this);
+}
 
 void CallListener::OnTrace(const TraceLine& line) noexcept {
     try {
@@ -48,10 +66,20 @@ void CallListener::Hear(const TraceLine& line) {
     if (line.level == kMessageLevel && line.text.starts_with(kFailureMessage)) {
         const std::lock_guard lock(m_Mutex);
         m_Reasons = line.text.substr(kFailureMessage.size());
-    } else if (m_Progress != nullptr && line.level == kResultLevel && line.text.starts_with(kCommandStart) &&
+    } else if (line.level == kResultLevel && line.text.starts_with(kCommandStart) &&
                line.text.ends_with(kCommandEnd)) {
         std::string_view command = line.text.substr(kCommandStart.size());
         command.remove_suffix(1);
+        StartCommand(command);
+    }
+}
+
+void CallListener::StartCommand(std::string_view command) {
+    {
+        const std::lock_guard lock(m_Mutex);
+        m_LastCommand = command;
+    }
+    if (m_Progress != nullptr) {
         m_Progress->Show(command);
     }
 }
@@ -61,14 +89,23 @@ std::optional<std::string> CallListener::Reasons() const {
     return m_Reasons;
 }
 
-void CallListener::ForgetReasons() {
+std::optional<std::string> CallListener::LastCommand() const {
+    const std::lock_guard lock(m_Mutex);
+    return m_LastCommand;
+}
+
+void CallListener::Forget() {
     const std::lock_guard lock(m_Mutex);
     m_Reasons.reset();
+    m_LastCommand.reset();
 }
 
 inventory::ToolRuns CallListener::Runs() const {
     const std::lock_guard lock(m_Mutex);
-    return m_Runs;
+    inventory::ToolRuns runs = m_Runs;
+    const std::size_t good = runs.commands - runs.failures;
+    runs.failedRuns = std::max(g_Forks - m_ForksBefore, good) - good;
+    return runs;
 }
 
 }  // namespace host

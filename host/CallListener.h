@@ -10,6 +10,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace host {
 
@@ -19,7 +20,7 @@ namespace host {
 class CallListener final : public ITraceListener {
   public:
     /// `progress` may be null; not owned, must outlive the listener.
-    explicit CallListener(Progress* progress) : m_Progress(progress) { CTraceOutput::SetListener(this); }
+    explicit CallListener(Progress* progress);
     ~CallListener() override { CTraceOutput::SetListener(nullptr); }
 
     void OnTrace(const TraceLine& line) noexcept override;
@@ -28,7 +29,11 @@ class CallListener final : public ITraceListener {
     [[nodiscard]] std::optional<std::string> Reasons() const;
 
     /// To be called before a call that is not the first.
-    void ForgetReasons();
+    void Forget();
+
+    /// The command that the tool ran last in the last call, for instance
+    /// "vdkcli -ldpdinfo -a0"; nothing when it ran none.
+    [[nodiscard]] std::optional<std::string> LastCommand() const;
 
     /// Of all calls so far.
     [[nodiscard]] inventory::ToolRuns Runs() const;
@@ -36,11 +41,14 @@ class CallListener final : public ITraceListener {
   private:
     void Hear(const TraceLine& line);
     void Clock(const TraceLine& line);
+    void StartCommand(std::string_view command);
 
     Progress* m_Progress;
     mutable std::mutex m_Mutex;
     std::optional<std::string> m_Reasons;
-    inventory::ToolRuns m_Runs;
+    std::optional<std::string> m_LastCommand;
+    inventory::ToolRuns m_Runs;  ///< without the failed runs, which Runs() works out
+    const std::size_t m_ForksBefore;
     std::optional<std::chrono::steady_clock::time_point> m_RunsSince;  ///< while the tool runs
 };
 

@@ -1,5 +1,7 @@
 #include "host/FailureText.h"
 
+#include "host/Progress.h"
+
 #include "views/Text.h"
 
 #include <algorithm>
@@ -64,7 +66,7 @@ std::string Advice(std::string_view code, const FailureSetting& setting) {
         return "result files cannot be written in " + *setting.resultDirectory +
                ": get the right to, or name another install root by --install-dir";
     }
-    if (code == "01" && setting.subcommand == "get-pd-info") {
+    if (code == "01" && setting.isOfOneDrive) {
         return "check that there is such a drive (get-info lists them), or see what --trace 1,2 shows";
     }
     if ((code == "01" || code == "06") && !setting.scenario.empty()) {
@@ -72,6 +74,12 @@ std::string Advice(std::string_view code, const FailureSetting& setting) {
     }
     const Reason* const reason = FindReason(code);
     return reason == nullptr ? kSeeTrace : reason->advice;
+}
+
+/// Which report of the tool the reason is about; empty for one that is about none.
+std::string Place(std::string_view code, const FailureSetting& setting) {
+    const bool isOfReport = code == "01" || code == "04" || code == "06";
+    return isOfReport && setting.command ? " at " + DescribeCommand(*setting.command) : "";
 }
 
 }  // namespace
@@ -87,7 +95,7 @@ std::string DescribeMethodFailure(DWORD returnValue, const std::optional<std::st
     for (std::size_t older = 1; older < codes.size(); ++older) {
         text += ", before that " + InWords(codes[older]);
     }
-    return text + "; " + Advice(codes.front(), setting);
+    return text + Place(codes.back(), setting) + "; " + Advice(codes.front(), setting);
 }
 
 std::string DescribeCallFailure(const MethodOutcome& outcome, const FailureSetting& setting) {

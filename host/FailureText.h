@@ -9,13 +9,16 @@ namespace host {
 
 /// What surrounds a failure, for the advice on it.
 struct FailureSetting {
-    std::string subcommand;                      ///< "get-info"
-    std::string scenario;                        ///< empty: against this server
-    std::optional<std::string> resultDirectory;  ///< where the module could not write result files, if so
+    std::string subcommand;     ///< "get-info"
+    bool isOfOneDrive = false;  ///< whether GetPDInfo was called
+    std::string scenario = {};  ///< empty: against this server
+    std::optional<std::string> resultDirectory =
+        {};                                   ///< where the module could not write result files, if so
+    std::optional<std::string> command = {};  ///< that the tool ran last, "vdkcli -pdinfo -a0"
 };
 
 /// One line for a method that ended with a return value other than 0: the value, the reasons in words with
-/// their codes, what to do. `reasons` are two-digit codes, newest first.
+/// their codes, at which report of the tool, what to do. `reasons` are two-digit codes, newest first.
 [[nodiscard]] std::string DescribeMethodFailure(DWORD returnValue, const std::optional<std::string>& reasons,
                                                 const FailureSetting& setting);
 

@@ -34,6 +34,18 @@ std::optional<std::string> UnwritableResultDirectory() {
     return directory.string();
 }
 
+/// The subcommand that fails when the method does; of those that call both, the one that would call it alone.
+std::string SubcommandFor(bool isOfOneDrive, const Options& options) {
+    switch (options.action) {
+        case Options::Action::Capture:
+            return isOfOneDrive ? "get-pd-info" : "get-info";
+        case Options::Action::Show:
+            return isOfOneDrive ? "smart" : "show";
+        default:
+            return options.subcommand;
+    }
+}
+
 }  // namespace
 
 Inquiry::Inquiry(const Options& options)
@@ -51,10 +63,12 @@ std::string Inquiry::AskForDrive(const std::vector<Options::Parameter>& paramete
 }
 
 std::string Inquiry::Ask(const char* method, const std::vector<Options::Parameter>& parameters) {
-    const FailureSetting setting = {parameters.empty() ? "get-info" : "get-pd-info",
-                                    m_Options.scenario.value_or(""), UnwritableResultDirectory()};
-    m_Listener.ForgetReasons();
+    const bool isOfOneDrive = !parameters.empty();
+    FailureSetting setting = {SubcommandFor(isOfOneDrive, m_Options), isOfOneDrive,
+                              m_Options.scenario.value_or(""), UnwritableResultDirectory()};
+    m_Listener.Forget();
     MethodOutcome outcome = CallMethod(m_Module.Provider(), {method, parameters, m_Options.appKey});
+    setting.command = m_Listener.LastCommand();
     if (outcome.status == WBEM_S_NO_ERROR && outcome.returnValue.value_or(0) != 0) {
         throw HostError(ExitStatus::MethodFailed,
                         DescribeMethodFailure(*outcome.returnValue, m_Listener.Reasons(), setting));

@@ -236,11 +236,12 @@ class Parser final {
             Reject("a subcommand is missing: " + SubcommandNames());
         }
         m_Options.action = chosen->action;
-        ChooseFormat(chosen->app->get_name());
+        m_Options.subcommand = chosen->app->get_name();
+        ChooseFormat();
         switch (m_Options.action) {
             case Options::Action::Smart:
             case Options::Action::GetPDInfo:
-                ChooseDrive(chosen->app->get_name());
+                ChooseDrive();
                 break;
             case Options::Action::Show:
             case Options::Action::Health:
@@ -274,7 +275,7 @@ class Parser final {
         }
     }
 
-    void ChooseFormat(const std::string& subcommand) {
+    void ChooseFormat() {
         switch (m_Options.action) {
             case Options::Action::Show:
             case Options::Action::Smart:
@@ -286,7 +287,7 @@ class Parser final {
                 break;
             default:
                 if (m_Format) {
-                    Reject("--format does not go with " + subcommand);
+                    Reject("--format does not go with " + m_Options.subcommand);
                 }
                 return;
         }
@@ -315,9 +316,9 @@ class Parser final {
         }
     }
 
-    void ChooseDrive(const std::string& subcommand) {
+    void ChooseDrive() {
         if (!m_Drive.back()) {
-            Reject(subcommand + " needs three parameters: CTRL ENCL PD");
+            Reject(m_Options.subcommand + " needs three parameters: CTRL ENCL PD");
         }
         m_Options.parameters = {
             {"CTRL", "CtrlNo", *m_Drive[0]}, {"ENCL", "EnclNo", *m_Drive[1]}, {"PD", "PDNo", *m_Drive[2]}};

@@ -25,6 +25,7 @@ struct Options {
     };
 
     Action action = Action::Help;
+    std::string subcommand;  ///< as it was typed: "get-pd-info"
     Format format = Format::Xml;
     std::vector<Parameter> parameters;
     std::optional<std::string> scenario;

@@ -13,7 +13,8 @@ namespace inventory {
 /// The tool's runs behind an answer, as far as they could be watched.
 struct ToolRuns {
     std::size_t commands = 0;
-    std::size_t failures = 0;  ///< commands that came to no good end
+    std::size_t failures = 0;    ///< commands that came to no good end
+    std::size_t failedRuns = 0;  ///< runs that failed, those that another run mended included
     std::chrono::duration<double> duration{0};
 };
 

@@ -57,6 +57,7 @@ Value FromRuns(const inventory::ToolRuns& runs) {
     }
     return {{"commands", runs.commands},
             {"failures", runs.failures},
+            {"failed_runs", runs.failedRuns},
             {"duration_seconds", runs.duration.count()}};
 }
 

@@ -21,7 +21,9 @@ constexpr Metric kHealth = {"raid_health", kGauge,
 constexpr Metric kLastSuccess = {"raid_last_success_timestamp_seconds", kGauge,
                                  "When the server was asked with success, in seconds since 1970."};
 constexpr Metric kRuns = {"raid_tool_commands", kGauge, "Commands of the RAID tool behind this answer."};
-constexpr Metric kFailures = {"raid_tool_failed_commands", kGauge, "Those of them that failed."};
+constexpr Metric kFailures = {"raid_tool_failed_commands", kGauge, "Those of them that failed for good."};
+constexpr Metric kFailedRuns = {"raid_tool_failed_runs", kGauge,
+                                "Runs of the RAID tool that failed, those that a retry mended included."};
 constexpr Metric kDuration = {"raid_tool_duration_seconds", kGauge, "How long they took."};
 constexpr Metric kParts = {"raid_parts", kGauge, "How many parts of a kind there are."};
 constexpr Metric kFindings = {"raid_findings", kGauge, "How many things of a level are not well."};
@@ -96,6 +98,7 @@ class Series final {
         if (snapshot.runs.commands > 0) {
             m_Exposition.Add(kRuns, {}, static_cast<double>(snapshot.runs.commands));
             m_Exposition.Add(kFailures, {}, static_cast<double>(snapshot.runs.failures));
+            m_Exposition.Add(kFailedRuns, {}, static_cast<double>(snapshot.runs.failedRuns));
             m_Exposition.Add(kDuration, {}, snapshot.runs.duration.count());
         }
         const auto addParts = [&](std::string_view kind, std::size_t count) {

@@ -58,15 +58,16 @@ TEST(MethodFailure, ToolCannotBeRun) {
     const InstallRoot root;
     ExpectFailure(
         RunCommand({"--install-dir", root.Path(), "--scenario", "faults/marker", "get-info"}), 1,
-        "get-info failed with return value 0x000000a1: the tool's run failed (01); look at the scenario "
-        "faults/marker, and at what --trace 1,2 shows");
+        "get-info failed with return value 0x000000a1: the tool's run failed (01) at all controllers: "
+        "controller data (vdkcli -ctrlinfo -aAll); look at the scenario faults/marker, and at what --trace "
+        "1,2 shows");
     EXPECT_TRUE(root.ResultFiles().empty());
 }
 
 TEST(MethodFailure, SecondControllerFails) {
     const InstallRoot root;
     ExpectFailureLike(RunCommand({"--install-dir", root.Path(), "--scenario", "half-failed", "get-info"}), 1,
-                      "(01)");
+                      "(01) at controller 1: logical drives (vdkcli -ldpdinfo -a1); ");
     EXPECT_TRUE(root.ResultFiles().empty());
 }
 
@@ -94,8 +95,9 @@ TEST(MethodFailure, ReportCannotBeUnderstood) {
     const InstallRoot root;
     ExpectFailure(
         RunCommand({"--install-dir", root.Path(), "--scenario", "old", "get-pd-info", "0", "1", "1"}), 1,
-        "get-pd-info failed with return value 0x80000001: the tool's report could not be understood (06); "
-        "look at the scenario old, and at what --trace 1,2 shows");
+        "get-pd-info failed with return value 0x80000001: the tool's report could not be understood (06) "
+        "at controller 0: drive 1:1 (vdkcli -pdinfo -pd[1:1] -a0); look at the scenario old, and at what "
+        "--trace 1,2 shows");
     EXPECT_TRUE(root.ResultFiles().empty());
 }
 
@@ -126,8 +128,8 @@ TEST(MethodFailure, ResultDirectoryCannotBeMade) {
     WriteFile(root.Path() + "/tmp", "in the way");
     ExpectFailure(
         RunCommand({"--install-dir", root.Path(), "--scenario", "faults/marker", "get-info"}), 1,
-        "get-info failed with return value 0x000000a1: the tool's run failed (01); result files cannot "
-        "be written in " +
+        "get-info failed with return value 0x000000a1: the tool's run failed (01) at all controllers: "
+        "controller data (vdkcli -ctrlinfo -aAll); result files cannot be written in " +
             root.Path() + "/tmp: get the right to, or name another install root by --install-dir");
 }
 

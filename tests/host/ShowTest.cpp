@@ -12,12 +12,14 @@
 #include <algorithm>
 #include <chrono>
 #include <csignal>
+#include <filesystem>
 #include <sstream>
 #include <thread>
 
 namespace host::test {
 namespace {
 
+namespace fs = std::filesystem;
 using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
@@ -65,12 +67,30 @@ INSTANTIATE_TEST_SUITE_P(
         HealthCase{"large", 2, "RAID CRITICAL - 4 critical, 3 warnings in 2 controllers, "},
         HealthCase{"old", 3, "RAID UNKNOWN - 1 unknown in 1 controller, "},
         HealthCase{"empty", 3, "RAID UNKNOWN - no controller, nothing to judge | "},
-        HealthCase{"half-failed", 3, "RAID UNKNOWN - get-info failed with return value 0x000000a1: the "}),
+        HealthCase{"half-failed", 3, "RAID UNKNOWN - health failed with return value 0x000000a1: the "}),
     [](const auto& each) {
         std::string name = each.param.scenario;
         name.erase(std::remove(name.begin(), name.end(), '-'), name.end());
         return name;
     });
+
+TEST(Show, FailureBearsItsOwnNameAndItsReport) {
+    const Ended ended = RunCommand({"--scenario", "half-failed", "show"});
+    EXPECT_EQ(ended.ExitStatus(), 1);
+    EXPECT_THAT(ended.err, StartsWith("mngsrvraid: show failed with return value 0x000000a1: "));
+    EXPECT_THAT(ended.err, HasSubstr(" at controller 1: logical drives ("));
+}
+
+TEST(Show, MetricsCountEveryRunThatFailed) {
+    const TempFolder folder;
+    fs::copy(fs::path(HOST_TEST_SCENARIOS) / "small", folder.Path() / "server", fs::copy_options::recursive);
+    WriteFile(folder.Path() / "server/v.do", "exit 3\n");
+    const Ended ended =
+        RunCommand({"--scenario", folder.Path() / "server", "show", "--format", "prometheus"});
+    EXPECT_EQ(ended.ExitStatus(), 0);
+    EXPECT_THAT(ended.out, HasSubstr("\nraid_tool_failed_commands 1\n"));
+    EXPECT_THAT(ended.out, HasSubstr("\nraid_tool_failed_runs 3\n"));
+}
 
 TEST(Health, IsAWarningWhileADriveIsRebuilt) {
     const Saved saved(Replaced(XmlOf("small"), "Value=\"NO ERROR\"", "Value=\"REBUILD\""));

@@ -109,11 +109,11 @@ TEST(Json, SmartKeysAndRowsStandWithTheDrive) {
 
 TEST(Json, ToolRunsAreToldWhereTheyWereWatched) {
     inventory::Snapshot snapshot = SnapshotFrom("");
-    snapshot.runs = {7, 1, std::chrono::duration<double>(1.5)};
+    snapshot.runs = {7, 1, 4, std::chrono::duration<double>(1.5)};
     const std::string text = Json(snapshot);
     EXPECT_EQ(Validate(text), "");
     EXPECT_EQ(Parsed::parse(text)["tool_runs"].dump(),
-              R"({"commands":7,"failures":1,"duration_seconds":1.5})");
+              R"({"commands":7,"failures":1,"failed_runs":4,"duration_seconds":1.5})");
 }
 
 TEST(Json, AnyBytesMakeValidUtf8) {

@@ -134,11 +134,11 @@ TEST(Prometheus, UnknownIsThreeAsPlugInsCount) {
 TEST(Prometheus, ToolRunsAreToldWhereTheyWereWatched) {
     inventory::Snapshot snapshot = SnapshotFrom("");
     EXPECT_THAT(Prometheus(snapshot), Not(HasSubstr("raid_tool_")));
-    snapshot.runs = {7, 1, std::chrono::duration<double>(1.5)};
+    snapshot.runs = {7, 1, 4, std::chrono::duration<double>(1.5)};
     const std::string text = Prometheus(snapshot);
     EXPECT_EQ(CheckMetrics(text), "");
     EXPECT_THAT(LinesOf(text), IsSupersetOf({"raid_tool_commands 7", "raid_tool_failed_commands 1",
-                                             "raid_tool_duration_seconds 1.5"}));
+                                             "raid_tool_failed_runs 4", "raid_tool_duration_seconds 1.5"}));
 }
 
 TEST(Prometheus, TemperatureThatIsNoNumberIsLeftOut) {
