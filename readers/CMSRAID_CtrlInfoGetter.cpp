@@ -1,6 +1,7 @@
 #include "readers/CMSRAID_CtrlInfoGetter.h"
 
 #include <iterator>
+#include <utility>
 
 using msraid::kCategory;
 using msraid::kFailure;
@@ -55,14 +56,14 @@ ResultCode CMSRAID_CtrlInfoGetter::CreateRAIDItem(std::ifstream& in, std::string
         AddRootItem();
         return m_CurrentRoot.IsNull() ? kGeneralFailure : ParseCtrlNo(in, line);
     }
-    return line.starts_with(TITLE_BEGIN_NAME) ? ReadTitle(in, line) : ReadKeyLine(in, line);
+    return line.starts_with(TITLE_BEGIN_NAME) ? ReadTitle(in, line) : ReadKeyLine(in, std::move(line));
 }
 
-ResultCode CMSRAID_CtrlInfoGetter::ReadKeyLine(std::ifstream& in, const std::string& line) {
+ResultCode CMSRAID_CtrlInfoGetter::ReadKeyLine(std::ifstream& in, std::string line) {
     if (!IsKeyLine(line)) {
         return kSuccess;
     }
-    const ResultCode result = ParseKeyValue(in, line, m_ItemList);
+    const ResultCode result = ParseKeyValue(in, std::move(line), m_ItemList);
     if (result != kSuccess) {
         return result;
     }

@@ -43,7 +43,7 @@ class CMSRAID_CtrlInfoGetter final : public CMSRAID_InfoGetter {
 
     [[nodiscard]] static bool IsControllerLine(const std::string& line);
 
-    ResultCode ReadKeyLine(std::ifstream& in, const std::string& line);
+    ResultCode ReadKeyLine(std::ifstream& in, std::string line);
     ResultCode ReadTitle(std::ifstream& in, const std::string& line);
     ResultCode ParseCtrlNo(std::ifstream& in, std::string line);
     ResultCode ParseSettingInfo(std::ifstream& in, std::string title);

@@ -5,6 +5,7 @@
 #include "qel/CStringUtil.h"
 
 #include <iterator>
+#include <utility>
 
 using msraid::IsDigitAt;
 using msraid::kCategory;
@@ -54,17 +55,17 @@ ResultCode CMSRAID_LDInfoGetter::CreateRAIDItem(std::ifstream& in, std::string l
     if (line.starts_with(CTRL_NO_NAME_HEAD) && line.find(':') != std::string::npos) {
         return kSuccess;
     }
-    return line.starts_with(TITLE_BEGIN_NAME) ? ReadTitle(in, line) : ReadBodyLine(in, line);
+    return line.starts_with(TITLE_BEGIN_NAME) ? ReadTitle(in, line) : ReadBodyLine(in, std::move(line));
 }
 
-ResultCode CMSRAID_LDInfoGetter::ReadBodyLine(std::ifstream& in, const std::string& line) {
+ResultCode CMSRAID_LDInfoGetter::ReadBodyLine(std::ifstream& in, std::string line) {
     if (line.find(LD_LDLIST_NAME_HEAD) != std::string::npos) {
         return ParseLDList(in, line);
     }
     if (line.find(LD_PDLIST_NAME_HEAD) != std::string::npos) {
         return ParsePDList(in, line);
     }
-    return IsKeyLine(line) ? ParseKeyValue(in, line, m_ItemList) : kSuccess;
+    return IsKeyLine(line) ? ParseKeyValue(in, std::move(line), m_ItemList) : kSuccess;
 }
 
 ResultCode CMSRAID_LDInfoGetter::ReadTitle(std::ifstream& in, std::string line) {

@@ -50,7 +50,7 @@ class CMSRAID_LDInfoGetter final : public CMSRAID_InfoGetter {
 
     [[nodiscard]] static bool IsGroupLine(const std::string& line);
 
-    ResultCode ReadBodyLine(std::ifstream& in, const std::string& line);
+    ResultCode ReadBodyLine(std::ifstream& in, std::string line);
     ResultCode ReadTitle(std::ifstream& in, std::string line);
 
     // The lower-case l and the missing I of two of these names are meant; the trace shows them.

@@ -186,10 +186,11 @@ ResultCode CMSRAID_InfoGetter::ParseKeyValue(std::ifstream& /*file*/, std::strin
         return kGeneralFailure;
     }
     const std::size_t colon = line.find(':');
-    std::string key = line.substr(0, colon);
-    Trim(key);
     std::string value = line.substr(colon + 1);
     Trim(value);
+    std::string& key = line;  // What is left of it: a reader lives off these lines.
+    key.erase(colon);
+    Trim(key);
     return InsertItem(list, list.end(), m_CurrentParent.Name(), key, value);
 }
 
@@ -198,8 +199,17 @@ void CMSRAID_InfoGetter::AddRootItem() {}
 void CMSRAID_InfoGetter::FreeItemList() {}
 
 void CMSRAID_InfoGetter::Trim(std::string& text) {
-    text.erase(text.find_last_not_of(" \t\r\n") + 1);
-    text.erase(0, text.find_first_not_of(" \t"));
+    const auto isBlank = [](char character) { return character == ' ' || character == '\t'; };
+    std::size_t end = text.size();
+    while (end > 0 && (isBlank(text[end - 1]) || text[end - 1] == '\r' || text[end - 1] == '\n')) {
+        --end;
+    }
+    std::size_t start = 0;
+    while (start < end && isBlank(text[start])) {
+        ++start;
+    }
+    text.erase(end);
+    text.erase(0, start);
 }
 
 bool CMSRAID_InfoGetter::ReadSectionLine(std::ifstream& file, std::string& line) {

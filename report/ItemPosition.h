@@ -14,10 +14,12 @@ class ItemPosition final {
     [[nodiscard]] bool IsNull() const { return !m_IsSet; }
     [[nodiscard]] bool PointsAt(ItemList::const_iterator cell) const { return m_IsSet && m_At == cell; }
 
-    /// Name of the item there, for use as a parent name; "" when null.
-    [[nodiscard]] std::string Name() const { return m_IsSet ? (*m_At)->m_Name : std::string(); }
+    /// Name of the item there, for use as a parent name; "" when null. Goes with the item.
+    [[nodiscard]] const std::string& Name() const { return m_IsSet ? (*m_At)->m_Name : kNoName; }
 
   private:
+    static inline const std::string kNoName;
+
     ItemList::iterator m_At;
     bool m_IsSet = false;
 };
