@@ -1,8 +1,9 @@
 #include "convlib/ItemTree.h"
 
+#include "convlib/NameTable.h"
+
 #include <stdexcept>
 #include <string_view>
-#include <unordered_map>
 
 namespace convlib {
 
@@ -17,19 +18,16 @@ ItemTree::ItemTree(const ItemList& items, std::size_t maxItems) {
 }
 
 void ItemTree::FindParents(const ItemList& items) {
-    std::unordered_map<std::string_view, Index> lastOfName;
+    NameTable lastOfName([this](Index node) { return std::string_view(m_Nodes[node].item->m_Name); });
+    static_assert(decltype(lastOfName)::kNone == kDocument, "a parent that is not found is the document");
     for (const CItemDisp* entry : items) {
         if (entry == nullptr) {
             continue;
         }
-        Index parent = kDocument;
-        if (!entry->m_ParentName.empty()) {
-            const auto found = lastOfName.find(entry->m_ParentName);
-            parent = found == lastOfName.end() ? kDocument : found->second;
-        }
-        // Entered only now: an item is never its own parent.
-        lastOfName.insert_or_assign(entry->m_Name, static_cast<Index>(m_Nodes.size()));
+        const Index parent = entry->m_ParentName.empty() ? kDocument : lastOfName.Find(entry->m_ParentName);
         m_Nodes.push_back({static_cast<const DisplayItem*>(entry), kNone, parent});
+        // Entered only now: an item is never its own parent.
+        lastOfName.Enter(static_cast<Index>(m_Nodes.size() - 1));
     }
 }
 
