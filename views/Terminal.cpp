@@ -18,6 +18,7 @@ using inventory::LogicalDrive;
 
 constexpr std::size_t kIndentation = 2;
 constexpr std::size_t kLongest = 60;  // of a text in a line of them
+constexpr char kNotWell = '!';        // behind a member
 
 using Fit = Grid::Fit;
 
@@ -55,7 +56,7 @@ std::string MembersOf(const Controller& controller, const Group& group) {
         text += (text.empty() ? "" : " ") + (member.number.empty() ? "?" : member.number);
         const Drive* const drive = inventory::DriveOf(controller, member);
         if (drive == nullptr || inventory::LevelOf(*drive) != Level::Ok) {
-            text += '!';
+            text += kNotWell;
         }
     }
     return text;
@@ -90,7 +91,7 @@ Grid GroupsOf(const Controller& controller) {
             grid.AddRow(
                 {once(group.number),
                  once(group.level),
-                 once(MembersOf(controller, group)),
+                 isFirst ? Grid::Cell{MembersOf(controller, group), {}, false, kNotWell} : Blank(),
                  ofDrive(drive.number),
                  isEmpty ? Blank() : Grid::Cell{drive.state, inventory::LevelOf(controller, group, drive)},
                  ofDrive(isEmpty ? "" : drive.capacity),
