@@ -110,6 +110,15 @@ TEST(ManualTest, IsWellFormed) {
     EXPECT_EQ(ended.ExitStatus(), 0) << ended.out << ended.err;
 }
 
+TEST(ManualTest, FitsThePagesOfOtherFormatters) {
+    const Command format{.words = {"-mdoc", "-Tascii", "-ww", HOST_TEST_SOURCES "/man/mngsrvraid.1"},
+                         .program = "/usr/bin/troff"};
+    const Ended ended = format.Run();
+    EXPECT_EQ(ended.ExitStatus(), 0);
+    EXPECT_EQ(ended.err, "");
+    EXPECT_NE(ended.out, "");
+}
+
 struct Shell {
     const char* name;
     const char* program;
