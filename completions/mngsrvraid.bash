@@ -3,10 +3,25 @@
 _mngsrvraid() {
     local subcommands="show smart health get-info get-pd-info capture diff"
     local options="--help --version --scenario --install-dir --trace --trace-file --app-key --output --format"
-    local word=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
-    local subcommand="" each
-    for each in "${COMP_WORDS[@]:1:COMP_CWORD-1}"; do
-        case " $subcommands " in *" $each "*) subcommand=$each && break ;; esac
+    local valued="--scenario --install-dir --trace --trace-file --app-key --output --format --document"
+    local scenarios="awkward empty half-failed huge large old small
+        faults/bare-version faults/broken-header faults/dead faults/endless faults/flaky faults/flood
+        faults/held-open faults/killed faults/late faults/marker faults/one-line faults/shell-killed
+        faults/silent faults/slow faults/still-writing faults/stopped faults/truncated-title"
+    # Bash takes the equals sign of --format=json for a word of its own.
+    local word=${COMP_WORDS[COMP_CWORD]#=} previous=${COMP_WORDS[COMP_CWORD - 1]}
+    if [[ $previous == "=" ]]; then
+        previous=${COMP_WORDS[COMP_CWORD - 2]}
+    fi
+    local subcommand="" position
+    for ((position = 1; position < COMP_CWORD; position++)); do
+        if [[ " $valued " == *" ${COMP_WORDS[position]} "* ]]; then
+            ((position++)) # its value may be any word
+            [[ ${COMP_WORDS[position]} == "=" ]] && ((position++))
+        elif [[ " $subcommands " == *" ${COMP_WORDS[position]} "* ]]; then
+            subcommand=${COMP_WORDS[position]}
+            break
+        fi
     done
     COMPREPLY=()
     case $previous in
@@ -20,7 +35,7 @@ _mngsrvraid() {
             ;;
         --scenario)
             mapfile -t COMPREPLY < <(compgen -d -- "$word"
-                compgen -W "small large old awkward half-failed huge empty" -- "$word")
+                compgen -W "$scenarios" -- "$word")
             return
             ;;
         --install-dir)

@@ -34,9 +34,11 @@ std::string Present(const Snapshot& snapshot, const Options& options) {
             return views::Html(snapshot);
         case Options::Format::Prometheus:
             return views::Prometheus(snapshot);
-        default:
-            return views::Table(snapshot, options.output ? views::TerminalStyle() : StyleOfStandardOutput());
+        case Options::Format::Xml:  // passed on as it is, before this
+        case Options::Format::Table:
+            break;
     }
+    return views::Table(snapshot, options.output ? views::TerminalStyle() : StyleOfStandardOutput());
 }
 
 constexpr const char* kFromModule = "what the module returned";

@@ -13,15 +13,20 @@
 namespace host {
 namespace {
 
+[[noreturn]] void Fail(const std::string& path, const std::string& why) {
+    throw HostError(ExitStatus::Surroundings,
+                    (path == "-" ? "standard input" : path) + " cannot be read: " + why);
+}
+
 [[noreturn]] void Fail(const std::string& path) {
-    throw HostError(ExitStatus::Surroundings, (path == "-" ? "standard input" : path) + " cannot be read: " +
-                                                  std::generic_category().message(errno));
+    Fail(path, std::generic_category().message(errno));
 }
 
 }  // namespace
 
-std::string ReadFile(const std::string& path) {
+std::string ReadFile(const std::string& path, std::size_t mostMebibytes) {
     constexpr std::size_t kPiece = std::size_t{64} * 1024;
+    constexpr std::size_t kMebibyte = std::size_t{1024} * 1024;
     const bool isStandardInput = path == "-";
     const Descriptor opened(isStandardInput ? ::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0)
                                             : ::open(path.c_str(), O_RDONLY | O_CLOEXEC));
@@ -36,6 +41,9 @@ std::string ReadFile(const std::string& path) {
             Fail(path);
         }
         text.append(piece.data(), size < 0 ? 0 : static_cast<std::size_t>(size));
+        if (text.size() > mostMebibytes * kMebibyte) {
+            Fail(path, "it is larger than " + std::to_string(mostMebibytes) + " MiB, as no RAID document is");
+        }
     }
     return text;
 }

@@ -1,11 +1,16 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 
 namespace host {
 
+/// The document of half a million drives fits. What is larger, or has no end as /dev/zero, would only fill
+/// the memory.
+inline constexpr std::size_t kMostMebibytes = 1024;
+
 /// The whole of a file; "-" is standard input. Throws HostError(Surroundings) where it cannot be read to its
-/// end.
-[[nodiscard]] std::string ReadFile(const std::string& path);
+/// end, or is larger than documents are.
+[[nodiscard]] std::string ReadFile(const std::string& path, std::size_t mostMebibytes = kMostMebibytes);
 
 }  // namespace host

@@ -2,6 +2,7 @@
 
 #include "host/CaptureFolder.h"
 #include "host/ExitStatus.h"
+#include "host/NearestName.h"
 
 #include <unistd.h>
 
@@ -32,6 +33,15 @@ std::string Joined(const std::vector<std::string>& names) {
                     what + "; shipped scenarios: " + Joined(ScenarioNames(shipped)));
 }
 
+[[noreturn]] void FailToFind(const std::string& name, const fs::path& shipped) {
+    const std::string nearest = NearestName(ScenarioNames(shipped), name);
+    if (nearest.empty()) {
+        Fail("there is no scenario " + name, shipped);
+    }
+    throw HostError(ExitStatus::Surroundings,
+                    "there is no scenario " + name + "; did you mean " + nearest + "?");
+}
+
 bool IsScenario(const fs::path& folder) {
     std::error_code error;
     return fs::exists(folder / "v.txt", error) || fs::exists(folder / "server.conf", error) ||
@@ -52,7 +62,10 @@ fs::path FindScenario(const std::string& name, const fs::path& shipped) {
         const bool isFile = fs::exists(folder, error);
         folder = shipped / name;
         if (fs::path(name).is_absolute() || !fs::is_directory(folder, error)) {
-            Fail((isFile ? "not a folder: " : "there is no scenario ") + name, shipped);
+            if (isFile) {
+                Fail("not a folder: " + name, shipped);
+            }
+            FailToFind(name, shipped);
         }
     }
     if (::access(folder.c_str(), R_OK | X_OK) != 0) {

@@ -7,8 +7,8 @@
 namespace host {
 
 /// The folder that `--scenario NAME` means: NAME itself, else a scenario of that name in `shipped`. Throws
-/// HostError(Surroundings) with the shipped names when it is neither, is a
-/// capture that was interrupted, or cannot be read.
+/// HostError(Surroundings) when it is neither, is a capture that was interrupted, or cannot be read: with the
+/// shipped name that was meant, or all of them.
 [[nodiscard]] std::filesystem::path FindScenario(const std::string& name,
                                                  const std::filesystem::path& shipped);
 

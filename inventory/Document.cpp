@@ -9,12 +9,20 @@ constexpr std::string_view kDocumentElement = "RAID";
 constexpr std::string_view kItemElement = "Item";
 constexpr std::string_view kVersion = "1";
 
+[[noreturn]] void RefuseXml(std::ptrdiff_t place, const std::string& why) {
+    throw DocumentError("it is no XML (at byte " + std::to_string(place) + "): " + why);
+}
+
 /// Takes over the items of a parsed text in the order in which they stand there.
 class Reader final : public pugi::xml_tree_walker {
   public:
     bool for_each(pugi::xml_node& node) override {
         const auto level = static_cast<std::size_t>(depth());
-        if (node.type() != pugi::node_element || node.name() != kItemElement) {
+        if (node.type() != pugi::node_element) {
+            throw DocumentError("it holds text between its items (at byte " +
+                                std::to_string(node.offset_debug()) + ")");
+        }
+        if (node.name() != kItemElement) {
             throw DocumentError(std::string("it holds something that is no item: ") + node.name());
         }
         if (level >= Document::kMaxDepth) {
@@ -40,8 +48,17 @@ class Reader final : public pugi::xml_tree_walker {
         item.value = value.value();
         item.lostParent = node.attribute("Parent").value();
         item.hasValue = !value.empty();
-        item.isPlaceholder = node.attribute("Valid").value() == std::string_view("FALSE");
+        item.isPlaceholder = IsPlaceholder(node);
         return item;
+    }
+
+    static bool IsPlaceholder(const pugi::xml_node& node) {
+        const std::string_view valid = node.attribute("Valid").value();
+        if (valid != "TRUE" && valid != "FALSE") {
+            throw DocumentError("the item at byte " + std::to_string(node.offset_debug()) +
+                                " has a Valid that is neither TRUE nor FALSE");
+        }
+        return valid == "FALSE";
     }
 
     void CloseFrom(std::size_t level) {
@@ -54,19 +71,41 @@ class Reader final : public pugi::xml_tree_walker {
     std::vector<std::size_t> m_Open;  ///< of every level, the item that goes on
 };
 
+/// The one document element, with nothing but white space beside it.
+pugi::xml_node DocumentElementOf(const pugi::xml_document& parsed) {
+    pugi::xml_node element;
+    for (const pugi::xml_node& node : parsed) {
+        if (node.type() != pugi::node_element) {
+            RefuseXml(node.offset_debug(), "Text outside the document element");
+        }
+        if (element) {
+            RefuseXml(node.offset_debug(), "A second document element");
+        }
+        element = node;
+    }
+    if (!element) {
+        RefuseXml(0, "No document element found");
+    }
+    return element;
+}
+
 }  // namespace
 
 Document Document::Read(std::string_view xml) {
     pugi::xml_document parsed;
-    // Line ends in values are written as references, which stay what they are; blanks between items mean
-    // nothing.
-    const pugi::xml_parse_result result = parsed.load_buffer(
-        xml.data(), xml.size(), pugi::parse_default & ~pugi::parse_eol, pugi::encoding_utf8);
-    if (!result) {
-        throw DocumentError("it is no XML (at byte " + std::to_string(result.offset) +
-                            "): " + result.description());
+    // The parser takes a NUL for the end, whatever comes behind it.
+    if (const std::size_t nul = xml.find('\0'); nul != std::string_view::npos) {
+        RefuseXml(static_cast<std::ptrdiff_t>(nul), "A NUL byte");
     }
-    pugi::xml_node root = parsed.document_element();
+    // Line ends in values are written as references, which stay what they are; blanks between items mean
+    // nothing. As a fragment, so that what stands beside the document element is not passed over.
+    const pugi::xml_parse_result result = parsed.load_buffer(
+        xml.data(), xml.size(), (pugi::parse_default & ~pugi::parse_eol) | pugi::parse_fragment,
+        pugi::encoding_utf8);
+    if (!result) {
+        RefuseXml(result.offset, result.description());
+    }
+    pugi::xml_node root = DocumentElementOf(parsed);
     if (root.name() != kDocumentElement) {
         throw DocumentError(std::string("its document element is ") + root.name() + ", not RAID");
     }

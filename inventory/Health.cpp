@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
-#include <charconv>
 #include <utility>
 
 namespace inventory {
@@ -161,9 +160,8 @@ class Inspection final {
             }
         }
         for (const Drive& drive : controller.drives) {
-            const std::string group = drive.group == "-" ? "" : drive.group;
             if (Finding* const finding =
-                    Note(LevelOf(drive), group, NameOr(drive.number, "a drive"), WhatOf(drive))) {
+                    Note(LevelOf(drive), drive.group, NameOr(drive.number, "a drive"), WhatOf(drive))) {
                 finding->enclosure = drive.enclosure;
                 finding->slot = drive.slot;
             }
@@ -343,14 +341,6 @@ std::size_t CountOf(const Health& health, Level level) {
     return static_cast<std::size_t>(
         std::count_if(health.findings.begin(), health.findings.end(),
                       [level](const Finding& each) { return each.level == level; }));
-}
-
-bool LeadingNumber(std::string_view text, double& number) {
-    // Not "inf" and "nan", which from_chars takes for numbers.
-    const std::size_t digit = text.starts_with('-') ? 1 : 0;
-    return digit < text.size() && '0' <= text[digit] && text[digit] <= '9' &&
-           std::from_chars(text.data(), text.data() + text.size(), number, std::chars_format::fixed).ec ==
-               std::errc();
 }
 
 }  // namespace inventory

@@ -66,7 +66,4 @@ struct Health {
 /// How many findings are of that level.
 [[nodiscard]] std::size_t CountOf(const Health& health, Level level);
 
-/// The number that a text begins with, such as 31 of "31 C"; false where it begins with none.
-[[nodiscard]] bool LeadingNumber(std::string_view text, double& number);
-
 }  // namespace inventory

@@ -18,6 +18,7 @@ constexpr std::string_view kSmart = "### SMART Information ###";
 constexpr std::string_view kTitleMark = "### ";
 constexpr std::string_view kTitleEnd = " Information ###";
 constexpr std::string_view kBackupUnit = "Backup Unit";
+constexpr std::string_view kNoGroup = "-";
 
 /// Calls `work` with every child of that name.
 template <typename Work>
@@ -126,6 +127,9 @@ Drive DriveFrom(const Item& root) {
     Drive drive;
     drive.number = general("PD No.");
     drive.group = general("RG No.");
+    if (drive.group == kNoGroup) {
+        drive.group.clear();
+    }
     drive.membership = general("LD No.");
     drive.statuses = ValuesIn(root, kGeneral, "PD Status");
     for (const std::string& detail : ValuesIn(root, kGeneral, "PD Status(Detail)")) {

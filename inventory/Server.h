@@ -16,7 +16,7 @@ namespace inventory {
 /// A physical drive: a root "Physical Drive Information".
 struct Drive {
     std::string number;      ///< "PD0"
-    std::string group;       ///< "RG0"; "-" when it is in none
+    std::string group;       ///< "RG0"; empty when it is in none
     std::string membership;  ///< "LD0", or what it is instead: "GHS", "DHS", "RLD", "None"
     std::vector<std::string>
         statuses;        ///< "NO ERROR", "ERROR", "REBUILD", "UNKNOWN"; more than one in odd reports

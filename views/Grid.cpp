@@ -21,8 +21,17 @@ std::size_t TotalOf(const std::vector<std::size_t>& widths) {
     return total;
 }
 
-void TrimEnd(std::string& line) {
-    line.erase(line.find_last_not_of(' ') + 1);
+// What does not begin before the edge is left out, what goes beyond it is shortened.
+void CutAt(std::size_t room, std::vector<std::size_t>& widths) {
+    std::size_t gap = 0;
+    for (std::size_t& width : widths) {
+        if (width > 0) {
+            gap = std::min(gap, room);
+            width = std::min(width, room - gap);
+            room -= gap + width;
+            gap = kGap;
+        }
+    }
 }
 
 }  // namespace
@@ -34,20 +43,23 @@ void Grid::AddRow(std::vector<Cell> row) {
     m_Rows.push_back(std::move(row));
 }
 
-// A width of 0: the column is left out. First titles give way, then whole columns, then the widest texts.
-std::vector<std::size_t> Grid::WidthsFor(const TerminalStyle& style, std::size_t indentation) const {
-    std::vector<std::size_t> texts(m_Columns.size());
+std::vector<std::size_t> Grid::TextWidths() const {
+    std::vector<std::size_t> widths(m_Columns.size());
+    for (const std::vector<Cell>& row : m_Rows) {
+        for (std::size_t column = 0; column < widths.size(); ++column) {
+            widths[column] = std::max(widths[column], WidthOf(row[column].text));
+        }
+    }
+    return widths;
+}
+
+// A width of 0: the column is left out. First titles give way, then whole columns, then the widest texts, and
+// what stands behind the edge in the end.
+std::vector<std::size_t> Grid::WidthsFor(const std::vector<std::size_t>& texts, std::size_t room) const {
     std::vector<std::size_t> widths(m_Columns.size());
     for (std::size_t column = 0; column < m_Columns.size(); ++column) {
-        for (const std::vector<Cell>& row : m_Rows) {
-            texts[column] = std::max(texts[column], WidthOf(row[column].text));
-        }
         widths[column] = texts[column] == 0 ? 0 : std::max(texts[column], WidthOf(m_Columns[column].title));
     }
-    if (style.columns == 0) {
-        return widths;
-    }
-    const std::size_t room = style.columns > indentation ? style.columns - indentation : 1;
     const auto excess = [&] { return TotalOf(widths) > room ? TotalOf(widths) - room : 0; };
     for (std::size_t column = m_Columns.size(); column-- > 0 && excess() > 0;) {
         const std::size_t shortest = std::max(texts[column], std::min(widths[column], kShortestTitle));
@@ -68,6 +80,7 @@ std::vector<std::size_t> Grid::WidthsFor(const TerminalStyle& style, std::size_t
         }
         --widths[widest];
     }
+    CutAt(room, widths);
     return widths;
 }
 
@@ -82,43 +95,55 @@ std::size_t Grid::WidestToShorten(const std::vector<std::size_t>& widths) const 
     return widest;
 }
 
+std::string Grid::NotShown(const std::vector<std::size_t>& texts,
+                           const std::vector<std::size_t>& widths) const {
+    std::string titles;
+    for (std::size_t column = 0; column < m_Columns.size(); ++column) {
+        if (texts[column] > 0 && widths[column] == 0) {
+            titles += (titles.empty() ? "" : ", ") + m_Columns[column].title;
+        }
+    }
+    return titles;
+}
+
 std::string Grid::Text(const TerminalStyle& style, std::size_t indentation) const {
-    const std::vector<std::size_t> widths = WidthsFor(style, indentation);
+    const std::size_t room =
+        style.columns == 0 ? std::string::npos : style.columns - std::min(style.columns, indentation);
+    const std::vector<std::size_t> texts = TextWidths();
+    const std::vector<std::size_t> widths = WidthsFor(texts, room);
     std::string text;
-    const auto writeLine = [&](const auto& cellOf) {
-        std::string line(indentation, ' ');
-        std::size_t room = style.columns == 0 ? std::string::npos : style.columns;
-        room -= std::min(room, indentation);
-        bool isFirst = true;
-        for (std::size_t column = 0; column < widths.size() && room > 0; ++column) {
+    const auto addLine = [&](const std::string& line) {
+        text.append(indentation, ' ').append(line);
+        text.erase(text.find_last_not_of(' ') + 1);
+        text += '\n';
+    };
+    const auto addCells = [&](const auto& cellOf) {
+        std::string line;
+        for (std::size_t column = 0; column < widths.size(); ++column) {
             if (widths[column] == 0) {
                 continue;
             }
-            if (!isFirst) {
-                line.append(std::min(room, kGap), ' ');
-                room -= std::min(room, kGap);
-            }
-            isFirst = false;
-            const std::size_t width = std::min(widths[column], room);
-            room -= width;
+            line.append(line.empty() ? 0 : kGap, ' ');
             const Cell cell = cellOf(column);
-            const std::string shown = Shortened(cell.text, width);
+            const std::string shown = Shortened(cell.text, widths[column], cell.mark);
             const std::string padded =
-                m_Columns[column].isNumber ? PadLeft(shown, width) : PadRight(shown, width);
+                m_Columns[column].isNumber ? PadLeft(shown, widths[column]) : PadRight(shown, widths[column]);
             line += cell.level ? Colored(padded, *cell.level, style) : padded;
         }
-        TrimEnd(line);
-        text += line + '\n';
+        addLine(line);
     };
-    writeLine([&](std::size_t column) { return Cell{m_Columns[column].title}; });
+    addCells([&](std::size_t column) { return Cell{m_Columns[column].title}; });
     for (const std::vector<Cell>& row : m_Rows) {
-        writeLine([&](std::size_t column) {
+        addCells([&](std::size_t column) {
             Cell cell = row[column];
             if (cell.text.empty() && !cell.isBlank) {
                 cell.text.push_back(kNotTold);
             }
             return cell;
         });
+    }
+    if (const std::string titles = NotShown(texts, widths); !titles.empty()) {
+        addLine(Shortened("not shown for lack of width: " + titles, room));
     }
     return text;
 }

@@ -18,7 +18,9 @@ namespace views {
 ///     PD12      4  HOT SPARE  558.406 GB
 ///
 /// Where it is too wide, titles are shortened, then columns that may be left out are, the last one first;
-/// then the widest of those that may be shortened.
+/// then the widest of those that may be shortened. A line below tells which columns had no room:
+///
+///     not shown for lack of width: MODEL, SERIAL NUMBER
 class Grid final {
   public:
     enum class Fit { Fixed, Shorten, ShortenOrOmit, Omit };
@@ -33,6 +35,7 @@ class Grid final {
         std::string text;                            ///< empty: not told, shown as "-"
         std::optional<inventory::Level> level = {};  ///< colours it
         bool isBlank = false;                        ///< nothing to tell here: no "-" either
+        char mark = '\0';                            ///< in the text; told also where it is cut off
     };
 
     explicit Grid(std::vector<Column> columns) : m_Columns(std::move(columns)) {}
@@ -47,8 +50,11 @@ class Grid final {
 
   private:
     [[nodiscard]] std::size_t WidestToShorten(const std::vector<std::size_t>& widths) const;
-    [[nodiscard]] std::vector<std::size_t> WidthsFor(const TerminalStyle& style,
-                                                     std::size_t indentation) const;
+    [[nodiscard]] std::vector<std::size_t> TextWidths() const;
+    [[nodiscard]] std::vector<std::size_t> WidthsFor(const std::vector<std::size_t>& texts,
+                                                     std::size_t room) const;
+    [[nodiscard]] std::string NotShown(const std::vector<std::size_t>& texts,
+                                       const std::vector<std::size_t>& widths) const;
 
     std::vector<Column> m_Columns;
     std::vector<std::vector<Cell>> m_Rows;

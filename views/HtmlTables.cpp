@@ -127,7 +127,7 @@ struct DriveColumn {
 constexpr DriveColumn kDriveColumns[] = {
     {"Enclosure", [](const Drive& drive) { return drive.enclosure; }},
     {"Slot", [](const Drive& drive) { return drive.slot; }},
-    {"Group", [](const Drive& drive) { return drive.group == "-" ? "" : drive.group; }},
+    {"Group", [](const Drive& drive) { return drive.group; }},
     {"Use", [](const Drive& drive) { return RoleOf(drive); }},
     {"Size", [](const Drive& drive) { return drive.capacity; }},
     {"Type",

@@ -12,7 +12,6 @@ using Value = nlohmann::ordered_json;
 
 constexpr int kSchemaVersion = 1;
 constexpr int kIndentation = 2;
-constexpr std::string_view kNoGroup = "-";
 
 // What was not told is null, so that nobody takes it for an empty text.
 Value Told(const std::string& text) {
@@ -120,7 +119,7 @@ Value FromDrive(const inventory::Drive& drive) {
     return {{"number", Told(drive.number)},
             {"level", NameOf(LevelOf(drive))},
             {"role", Told(RoleOf(drive))},
-            {"group", drive.group == kNoGroup ? Value(nullptr) : Told(drive.group)},
+            {"group", Told(drive.group)},
             {"membership", Told(drive.membership)},
             {"statuses", Each(drive.statuses, Told)},
             {"detail", Told(drive.detail)},

@@ -188,8 +188,10 @@ class Series final {
         }
     }
 
+    /// A count is a whole number and nothing else: "12 K" is better not told than told as 12.
     void AddCount(const Metric& metric, const Labels& labels, const std::string& text) {
-        if (const std::optional<Measure> count = MeasureFrom(text)) {
+        const bool isWhole = text.find_first_not_of("0123456789") == std::string::npos;
+        if (const std::optional<Measure> count = MeasureFrom(text); count && isWhole) {
             m_Exposition.Add(metric, labels, count->number);
         }
     }

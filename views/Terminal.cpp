@@ -1,5 +1,6 @@
 #include "inventory/Smart.h"
 #include "views/Grid.h"
+#include "views/Measure.h"
 #include "views/Text.h"
 #include "views/Views.h"
 
@@ -18,6 +19,7 @@ using inventory::LogicalDrive;
 
 constexpr std::size_t kIndentation = 2;
 constexpr std::size_t kLongest = 60;  // of a text in a line of them
+constexpr char kNotWell = '!';        // behind a member
 
 using Fit = Grid::Fit;
 
@@ -55,7 +57,7 @@ std::string MembersOf(const Controller& controller, const Group& group) {
         text += (text.empty() ? "" : " ") + (member.number.empty() ? "?" : member.number);
         const Drive* const drive = inventory::DriveOf(controller, member);
         if (drive == nullptr || inventory::LevelOf(*drive) != Level::Ok) {
-            text += '!';
+            text += kNotWell;
         }
     }
     return text;
@@ -90,7 +92,7 @@ Grid GroupsOf(const Controller& controller) {
             grid.AddRow(
                 {once(group.number),
                  once(group.level),
-                 once(MembersOf(controller, group)),
+                 isFirst ? Grid::Cell{MembersOf(controller, group), {}, false, kNotWell} : Blank(),
                  ofDrive(drive.number),
                  isEmpty ? Blank() : Grid::Cell{drive.state, inventory::LevelOf(controller, group, drive)},
                  ofDrive(isEmpty ? "" : drive.capacity),
@@ -125,12 +127,11 @@ Grid DrivesOf(const Controller& controller) {
                {"MODEL", Fit::Omit},
                {"SERIAL NUMBER", Fit::Omit}});
     for (const Drive& drive : controller.drives) {
-        const bool hasNoGroup = drive.group == "-";
         grid.AddRow({{drive.number},
                      {SlotOf(drive)},
                      {StatusOf(drive), inventory::LevelOf(drive)},
                      {inventory::RoleOf(drive)},
-                     {hasNoGroup ? "" : drive.group, {}, hasNoGroup},
+                     {drive.group, {}, true},
                      {drive.capacity},
                      {TypeOf(drive)},
                      {drive.temperature},
@@ -243,8 +244,7 @@ std::string Verdict(const inventory::Health& health, const std::string& text, co
 
 bool HoldsNumbers(const inventory::Smart& smart, std::size_t column) {
     return std::all_of(smart.rows.begin(), smart.rows.end(), [column](const std::vector<std::string>& row) {
-        double number = 0;
-        return inventory::LeadingNumber(row[column], number);
+        return MeasureFrom(row[column]).has_value();
     });
 }
 
@@ -278,7 +278,7 @@ std::string Identity(const Drive& drive, const TerminalStyle& style) {
     const std::pair<const char*, std::string> kLines[] = {
         {"Status", StatusOf(drive)},
         {"Role", inventory::RoleOf(drive)},
-        {"Group", drive.group == "-" ? "none" : drive.group},
+        {"Group", drive.group},
         {"Vendor", drive.vendor},
         {"Model", drive.product},
         {"Serial number", drive.serial},

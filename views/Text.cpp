@@ -96,6 +96,15 @@ std::string Shortened(std::string_view text, std::size_t width) {
     return std::string(text.substr(0, FittingFront(text, width - 1))).append(kEllipsis);
 }
 
+std::string Shortened(std::string_view text, std::size_t width, char mark) {
+    std::string shortened = Shortened(text, width);
+    const auto marksIn = [mark](std::string_view in) { return std::count(in.begin(), in.end(), mark); };
+    if (width > 0 && marksIn(shortened) < marksIn(text)) {
+        shortened = Shortened(text, width - 1) + mark;
+    }
+    return shortened;
+}
+
 std::string PadRight(std::string text, std::size_t width) {
     const std::size_t taken = WidthOf(text);
     return std::move(text.append(taken < width ? width - taken : 0, ' '));

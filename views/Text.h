@@ -20,6 +20,9 @@ namespace views {
 /// The text in at most `width` columns, with an ellipsis where something was left out.
 [[nodiscard]] std::string Shortened(std::string_view text, std::size_t width);
 
+/// The same with the mark behind the ellipsis where one of those in the text would be cut off: "PD2 PD…!".
+[[nodiscard]] std::string Shortened(std::string_view text, std::size_t width, char mark);
+
 /// The text with blanks behind it, or before it, up to `width` columns.
 [[nodiscard]] std::string PadRight(std::string text, std::size_t width);
 [[nodiscard]] std::string PadLeft(std::string text, std::size_t width);

@@ -228,6 +228,22 @@ TEST(Surroundings, ScenarioIsMissing) {
     EXPECT_THAT(ended.err, HasSubstr(", small\n"));
 }
 
+TEST(Surroundings, ScenarioIsMisspelt) {
+    constexpr std::pair<const char*, const char*> kNames[] = {{"lrage", "large"},
+                                                              {"Small", "small"},
+                                                              {"faults/flakey", "faults/flaky"},
+                                                              {"falts/flaky", "faults/flaky"},
+                                                              {"flaky", "faults/flaky"}};
+    for (const auto& [typed, meant] : kNames) {
+        ExpectFailure(RunCommand({"--scenario", typed, "get-info"}), 4,
+                      std::string("there is no scenario ") + typed + "; did you mean " + meant + "?");
+    }
+    for (const char* const typed : {"x", "faults/foo", "full"}) {
+        ExpectFailureLike(RunCommand({"--scenario", typed, "get-info"}), 4,
+                          std::string("there is no scenario ") + typed + "; shipped scenarios: awkward, ");
+    }
+}
+
 TEST(Surroundings, ScenarioIsAFile) {
     const TempFolder folder;
     WriteFile(folder / "v.txt", "");

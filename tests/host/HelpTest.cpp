@@ -1,5 +1,6 @@
 // What tells people how to use the command: its help, its manual page and the completions of three shells.
 
+#include "host/ScenarioFolder.h"
 #include "tests/host/Command.h"
 
 #include <gmock/gmock.h>
@@ -109,6 +110,15 @@ TEST(ManualTest, IsWellFormed) {
     EXPECT_EQ(ended.ExitStatus(), 0) << ended.out << ended.err;
 }
 
+TEST(ManualTest, FitsThePagesOfOtherFormatters) {
+    const Command format{.words = {"-mdoc", "-Tascii", "-ww", HOST_TEST_SOURCES "/man/mngsrvraid.1"},
+                         .program = "/usr/bin/troff"};
+    const Ended ended = format.Run();
+    EXPECT_EQ(ended.ExitStatus(), 0);
+    EXPECT_EQ(ended.err, "");
+    EXPECT_NE(ended.out, "");
+}
+
 struct Shell {
     const char* name;
     const char* program;
@@ -126,6 +136,10 @@ TEST_P(CompletionTest, KnowsEveryOptionAndSubcommandAndIsUnderstood) {
     }
     for (const char* const subcommand : kSubcommands) {
         EXPECT_THAT(text, HasSubstr(subcommand));
+    }
+    const std::vector<std::string> words = Words(std::regex_replace(text, std::regex("[\"'()]"), " "));
+    for (const std::string& scenario : ScenarioNames(HOST_TEST_SCENARIOS)) {
+        EXPECT_TRUE(Holds(words, scenario)) << scenario;
     }
     const Ended ended = Command{.words = {"-n", path}, .program = GetParam().program}.Run();
     EXPECT_EQ(ended.ExitStatus(), 0);
@@ -154,6 +168,43 @@ TEST(BashCompletion, OffersWhatMayStandThere) {
     EXPECT_EQ(OfferedByBash("health --v"), "--version --verbose\n");
     EXPECT_EQ(OfferedByBash("get-info --v"), "--version\n");
     EXPECT_EQ(OfferedByBash("capture --r"), "--redact\n");
+    EXPECT_EQ(OfferedByBash("--scenario faults/s"),
+              "faults/shell-killed faults/silent faults/slow faults/still-writing faults/stopped\n");
+}
+
+// The equals sign is a word of its own there.
+TEST(BashCompletion, OffersValuesBehindAnEqualsSign) {
+    EXPECT_EQ(OfferedByBash("show --format ="), "xml tree table json html prometheus\n");
+    EXPECT_EQ(OfferedByBash("show --format = j"), "json\n");
+    EXPECT_EQ(OfferedByBash("--trace = a"), "all\n");
+}
+
+TEST(BashCompletion, TakesNoValueForTheSubcommand) {
+    EXPECT_EQ(OfferedByBash("--output show s"), "show smart\n");
+    EXPECT_EQ(OfferedByBash("--output = show s"), "show smart\n");
+    EXPECT_EQ(OfferedByBash("--output diff show --sm"), "--smart\n");
+    EXPECT_EQ(OfferedByBash("--version show --sm"), "--smart\n");
+}
+
+/// What fish offers for the last of the words.
+std::vector<std::string> OfferedByFish(const std::string& words) {
+    const std::string script = "source " HOST_TEST_SOURCES
+                               "/completions/mngsrvraid.fish; complete -C 'mngsrvraid " +
+                               words + "' | string replace -r '\t.*' ''";
+    return Words(Command{.words = {"-N", "-c", script}, .program = "/usr/bin/fish"}.Run().out);
+}
+
+TEST(FishCompletion, OffersWhatMayStandThere) {
+    EXPECT_THAT(OfferedByFish("s"), testing::UnorderedElementsAre("show", "smart"));
+    EXPECT_THAT(OfferedByFish("show --s"), testing::UnorderedElementsAre("--scenario", "--smart"));
+    EXPECT_THAT(OfferedByFish("show --format=j"), testing::ElementsAre("--format=json"));
+    EXPECT_THAT(OfferedByFish("--scenario faults/la"), testing::ElementsAre("faults/late"));
+    EXPECT_THAT(OfferedByFish("get-info --re"), testing::IsEmpty());
+}
+
+TEST(FishCompletion, TakesNoValueForTheSubcommand) {
+    EXPECT_THAT(OfferedByFish("--output show s"), testing::UnorderedElementsAre("show", "smart"));
+    EXPECT_THAT(OfferedByFish("--output=x --output diff show --sm"), testing::ElementsAre("--smart"));
 }
 
 }  // namespace

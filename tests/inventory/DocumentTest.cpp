@@ -72,6 +72,27 @@ TEST(DocumentTest, SaysWhyATextIsNone) {
     EXPECT_EQ(ErrorOf(Xml("<Drive/>")), "it holds something that is no item: Drive");
 }
 
+TEST(DocumentTest, SaysWhereSomethingStandsThatIsNoPartOfIt) {
+    const std::string empty = "<RAID version=\"1\"/>";
+    EXPECT_EQ(ErrorOf(" <!-- saved --> " + empty + " \n<!-- end -->\n"), "no error");
+    EXPECT_EQ(ErrorOf(empty + "\n" + empty), "it is no XML (at byte 21): A second document element");
+    EXPECT_EQ(ErrorOf(empty + "\nmore"), "it is no XML (at byte 19): Text outside the document element");
+    EXPECT_EQ(ErrorOf("more" + empty), "it is no XML (at byte 0): Text outside the document element");
+    EXPECT_EQ(ErrorOf(empty + std::string(1, '\0') + "more"), "it is no XML (at byte 19): A NUL byte");
+    EXPECT_EQ(ErrorOf("<RAID version=\"1\">" + Key("a", "b") + " more </RAID>"),
+              "it holds text between its items (at byte 57)");
+    EXPECT_EQ(ErrorOf("<RAID version=\"1\"><![CDATA[ ]]></RAID>"),
+              "it holds text between its items (at byte 27)");
+}
+
+TEST(DocumentTest, RefusesAnItemThatIsNeitherValidNorAPlaceholder) {
+    for (const char* const valid : {" Valid=\"true\"", " Valid=\"\"", ""}) {
+        EXPECT_EQ(ErrorOf("<RAID version=\"1\"><Item Name=\"a\"" + std::string(valid) + "/></RAID>"),
+                  "the item at byte 19 has a Valid that is neither TRUE nor FALSE")
+            << valid;
+    }
+}
+
 TEST(DocumentTest, RefusesOnlyDepthsThatNoRealOneHas) {
     std::string items;
     for (std::size_t level = 0; level < Document::kMaxDepth; ++level) {

@@ -170,16 +170,5 @@ TEST(HealthTest, HasThePlugInsNumbers) {
     EXPECT_EQ(PlugInStatusOf(Level::Unknown), 3);
 }
 
-TEST(HealthTest, ReadsNumbersInFrontOfUnits) {
-    double number = -1;
-    EXPECT_TRUE(LeadingNumber("31 C", number));
-    EXPECT_EQ(number, 31);
-    EXPECT_TRUE(LeadingNumber("-0.5", number));
-    EXPECT_EQ(number, -0.5);
-    for (const char* const text : {"", "N/A", "-", " 31", "inf", "nan"}) {
-        EXPECT_FALSE(LeadingNumber(text, number)) << text;
-    }
-}
-
 }  // namespace
 }  // namespace inventory::test

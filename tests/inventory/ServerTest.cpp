@@ -99,6 +99,14 @@ TEST(ServerTest, ReadsAGroupWithLogicalDrivesCachesAndMembers) {
     EXPECT_EQ(GroupOf(controller, controller.drives[0]), &group);
 }
 
+TEST(ServerTest, ADriveInNoGroupNamesNone) {
+    const Document document = Read(DriveItem("PD0", "NO ERROR", "HOT SPARE", "", "-") +
+                                   DriveItem("PD1", "NO ERROR", "ONLINE", "", "RG-"));
+    const Server server = Survey(document);
+    EXPECT_EQ(server.controllers.at(0).drives.at(0).group, "");
+    EXPECT_EQ(server.controllers.at(0).drives.at(1).group, "RG-");
+}
+
 TEST(ServerTest, SaysWhatADriveDoes) {
     const auto roleOf = [](const std::string& membership, const std::string& group) {
         Drive drive;
@@ -107,11 +115,11 @@ TEST(ServerTest, SaysWhatADriveDoes) {
         return RoleOf(drive);
     };
     EXPECT_EQ(roleOf("LD1,LD2", "RG1"), "LD1,LD2");
-    EXPECT_EQ(roleOf("GHS", "-"), "global spare");
+    EXPECT_EQ(roleOf("GHS", ""), "global spare");
     EXPECT_EQ(roleOf("DHS", "RG2"), "spare of RG2");
     EXPECT_EQ(roleOf("DHS", ""), "spare of a group");
-    EXPECT_EQ(roleOf("None", "-"), "unused");
-    EXPECT_EQ(roleOf("RLD", "-"), "RLD");
+    EXPECT_EQ(roleOf("None", ""), "unused");
+    EXPECT_EQ(roleOf("RLD", ""), "RLD");
 }
 
 TEST(SmartTest, LaysOutKeysAndRowsOfDifferentColumns) {

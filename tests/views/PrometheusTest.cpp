@@ -161,6 +161,22 @@ TEST(Prometheus, CountsErrors) {
     EXPECT_THAT(SeriesOf("raid_drive_predictive_failures_total", text), Contains(drive + "0"));
 }
 
+TEST(Prometheus, WhatIsNoCountOfErrorsIsLeftOut) {
+    const std::string text =
+        Metrics(DriveXml("1", {ItemXml("Media Error Count", "-4"), ItemXml("Other Error Count", "12 K"),
+                               ItemXml("Predictive Failure Count", "1.5")}));
+    EXPECT_THAT(SeriesOf("raid_drive_media_errors_total", text), testing::IsEmpty());
+    EXPECT_THAT(SeriesOf("raid_drive_other_errors_total", text), testing::IsEmpty());
+    EXPECT_THAT(SeriesOf("raid_drive_predictive_failures_total", text), testing::IsEmpty());
+}
+
+TEST(Prometheus, ADriveInNoGroupHasNoLabelForIt) {
+    const std::vector<std::string> drives = SeriesOf("raid_drive_info", Prometheus(SnapshotOf("small")));
+    ASSERT_EQ(drives.size(), 3U);
+    EXPECT_THAT(drives[0], HasSubstr(",group=\"RG0\","));
+    EXPECT_THAT(drives[2], Not(HasSubstr("group=")));
+}
+
 TEST(Prometheus, SmartNumbersHaveTheirAttributeAndColumn) {
     const std::vector<std::string> row = {ItemXml("ID", "9"),      ItemXml("Attribute", "Power-On Hours"),
                                           ItemXml("Flag", "0012"), ItemXml("Value", "81"),

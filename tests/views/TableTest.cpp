@@ -7,6 +7,7 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <sstream>
 
 namespace views::test {
@@ -73,6 +74,14 @@ TEST(TableTest, TellsTheWorstBeforeEverythingElse) {
               "CRITICAL: 4 critical, 3 warnings in 2 controllers, 7 groups, 8 logical drives, 26 drives");
     EXPECT_EQ(lines.at(2), "Needs attention");
     EXPECT_EQ(lines.at(3), "  CRITICAL  controller 0, RG2, LD4: OFFLINE");
+}
+
+TEST(TableTest, AMemberThatIsNotWellIsMarkedOnANarrowTerminalToo) {
+    const std::vector<std::string> lines = Lines(Table(SnapshotOf("large"), {40, false}));
+    const auto group = std::find_if(lines.begin(), lines.end(),
+                                    [](const std::string& line) { return line.starts_with("  RG1    "); });
+    ASSERT_NE(group, lines.end());
+    EXPECT_THAT(*group, HasSubstr("RAID 5  PD2 PD\xE2\x80\xA6!  LD1  "));
 }
 
 TEST(TableTest, ColoursNothingUnlessAsked) {
