@@ -17,8 +17,9 @@ std::vector<std::string> ManyNames(std::size_t count) {
     return names;
 }
 
+// So many that some of them have the same 32 bits of hash.
 TEST(NameTable, FindsEveryNameHoweverManyThereAre) {
-    const std::vector<std::string> names = ManyNames(10'000);
+    const std::vector<std::string> names = ManyNames(300'000);
     NameTable table([&names](std::uint32_t item) { return std::string_view(names[item]); });
     for (std::uint32_t item = 1; item < names.size(); ++item) {
         ASSERT_EQ(table.Find(names[item]), decltype(table)::kNone);
