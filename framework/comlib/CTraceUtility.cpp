@@ -19,8 +19,13 @@ const char* TextOf(const char* text) noexcept {
 // Most lines fit; a report line of any length is formatted in memory of its own, and cut where there is none.
 constexpr std::size_t kUsualLength = 1024;
 
-__attribute__((format(printf, 3, 0))) void FormatAndEmit(const char* category, int level, const char* format,
-                                                         va_list arguments) noexcept {
+// Not inlined: what it needs would have to be saved for every line that nobody wants.
+__attribute__((format(printf, 3, 0), noinline)) void FormatAndEmit(const char* category, int level,
+                                                                   const char* format,
+                                                                   va_list arguments) noexcept {
+    const qel::ErrnoKeeper keeper;
+    category = TextOf(category);
+    format = TextOf(format);
     char usual[kUsualLength];
     va_list again;
     va_copy(again, arguments);
@@ -47,10 +52,9 @@ void CTraceUtility::WriteDebug(const char* category, int level, const char* form
     if (!qel::IsTraced(level)) {
         return;
     }
-    const qel::ErrnoKeeper keeper;
     va_list arguments;
     va_start(arguments, format);
-    FormatAndEmit(TextOf(category), level, format == nullptr ? "(null)" : format, arguments);
+    FormatAndEmit(category, level, format, arguments);
     va_end(arguments);
 }
 

@@ -15,17 +15,26 @@
 #include <string>
 
 namespace qel {
+
+std::atomic<unsigned> g_wantedLevels{0};
+
 namespace {
 
 std::atomic<unsigned> g_levels{0};
 std::atomic<int> g_descriptor{STDERR_FILENO};
 std::atomic<ITraceListener*> g_listener{nullptr};
 
+void UpdateWantedLevels() noexcept {
+    constexpr unsigned kAny = ~0U;
+    g_wantedLevels.store(g_listener.load() == nullptr ? g_levels.load() : kAny);
+}
+
 // A child process has copies of the listener's locks, perhaps taken by threads that it does not have. And it
 // may put something else in the place of its standard error before it is through with tracing, so it keeps
 // that aside.
 void PrepareChild() {
     g_listener.store(nullptr, std::memory_order_relaxed);
+    UpdateWantedLevels();
     if (g_levels.load(std::memory_order_relaxed) != 0 &&
         g_descriptor.load(std::memory_order_relaxed) == STDERR_FILENO) {
         const int aside = ::fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
@@ -152,10 +161,6 @@ void WriteLine(const TraceLine& line) noexcept {
 
 }  // namespace
 
-bool IsTraced(int level) noexcept {
-    return g_listener.load(std::memory_order_relaxed) != nullptr || IsWritten(level);
-}
-
 void EmitTrace(const TraceLine& line) noexcept {
     if (ITraceListener* const listener = g_listener.load(std::memory_order_acquire)) {
         listener->OnTrace(line);
@@ -169,6 +174,7 @@ void EmitTrace(const TraceLine& line) noexcept {
 
 void CTraceOutput::SetLevels(unsigned levels) noexcept {
     qel::g_levels.store(levels & ALL_LEVELS);
+    qel::UpdateWantedLevels();
 }
 
 void CTraceOutput::UseStandardError() noexcept {
@@ -192,4 +198,5 @@ bool CTraceOutput::OpenFile(const std::string& path) noexcept {
 
 void CTraceOutput::SetListener(ITraceListener* listener) noexcept {
     qel::g_listener.store(listener, std::memory_order_release);
+    qel::UpdateWantedLevels();
 }

@@ -1,0 +1,165 @@
+// What a whole call of the loaded module costs beside the tool's commands with nothing around them.
+
+#include "bench/support/Server.h"
+#include "host/MethodCall.h"
+#include "host/Module.h"
+#include "itemconv/CMSRAID_MngLib.h"
+#include "tests/support/TempFolder.h"
+
+#include "qel/portable/CTraceOutput.h"
+
+#include <benchmark/benchmark.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <iostream>
+#include <map>
+#include <stdexcept>
+#include <string_view>
+
+namespace bench {
+namespace {
+
+namespace fs = std::filesystem;
+
+struct Shape {
+    const char* name;
+    std::uint32_t controllers;
+    std::uint32_t drives;
+};
+constexpr Shape kServers[] = {
+    {"1x24", 1, 24},   {"8x24", 8, 24},     {"64x24", 64, 24},     {"1x10", 1, 10},
+    {"1x100", 1, 100}, {"1x1000", 1, 1000}, {"1x10000", 1, 10000}, {"1x100000", 1, 100000},
+};
+
+/// The commands that the module has the tool run.
+class CommandListener final : public ITraceListener {
+  public:
+    CommandListener() { CTraceOutput::SetListener(this); }
+    ~CommandListener() override { CTraceOutput::SetListener(nullptr); }
+    CommandListener(const CommandListener&) = delete;
+    CommandListener& operator=(const CommandListener&) = delete;
+
+    void OnTrace(const TraceLine& line) noexcept override {
+        constexpr std::string_view kBegin = "execute vdkcli command.(";
+        if (line.text.starts_with(kBegin)) {
+            const std::string_view rest = line.text.substr(kBegin.size());
+            commands.emplace_back(rest.substr(0, rest.size() - 1));
+        }
+    }
+
+    std::vector<std::string> commands;
+};
+
+class Bench final {
+  public:
+    Bench() : m_Module(host::Module::Load(host::Module::DefaultPath())) {
+        for (const Shape& shape : kServers) {
+            fs::create_directory(FolderOf(shape));
+            WriteServer(FolderOf(shape), shape.controllers, shape.drives);
+        }
+        fs::create_directory(m_Folder.Path() / "bare");
+        EnterServer(FolderOf(kServers[0]));
+    }
+
+    void Choose(const Shape& shape) {
+        UseServer(FolderOf(shape));
+        const CommandListener listener;
+        Call();
+        m_Commands = listener.commands;
+    }
+
+    void Call() {
+        const host::MethodOutcome outcome = host::CallMethod(m_Module.Provider(), {"GetInfo", {}, {}});
+        if (!outcome.document) {
+            throw std::runtime_error("the call fails");
+        }
+    }
+
+    void RunBare() { bench::RunBare(m_Commands, m_Folder.Path() / "bare"); }
+    void CleanUp() {
+        fs::remove_all(m_Folder.Path() / "bare");
+        fs::create_directory(m_Folder.Path() / "bare");
+    }
+
+    [[nodiscard]] std::size_t Commands() const { return m_Commands.size(); }
+
+  private:
+    [[nodiscard]] fs::path FolderOf(const Shape& shape) const { return m_Folder.Path() / shape.name; }
+
+    testsupport::TempFolder m_Folder;
+    host::Module m_Module;
+    std::vector<std::string> m_Commands;
+};
+
+double Seconds(const auto& work) {
+    const auto start = std::chrono::steady_clock::now();
+    work();
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+/// The call and the bare commands by turns, so that whatever else the machine does happens to both.
+void Compare(benchmark::State& state, Bench& bench, const Shape& shape) {
+    bench.Choose(shape);
+    double bare = 0;
+    double call = 0;
+    for ([[maybe_unused]] const auto each : state) {
+        bare += Seconds([&] { bench.RunBare(); });
+        bench.CleanUp();
+        const double seconds = Seconds([&] { bench.Call(); });
+        call += seconds;
+        state.SetIterationTime(seconds);
+    }
+    const auto runs = static_cast<double>(state.iterations());
+    state.counters["bare_ms"] = bare / runs * 1e3;
+    state.counters["own_ms"] = (call - bare) / runs * 1e3;
+    state.counters["ratio"] = call / bare;
+    state.counters["commands"] = static_cast<double>(bench.Commands());
+}
+
+void LoadLibrary(benchmark::State& state) {
+    CMSRAID_MngLib library;
+    for ([[maybe_unused]] const auto each : state) {
+        void* const handle = library.Load();
+        if (handle == nullptr) {
+            state.SkipWithError("the conversion library cannot be loaded");
+            return;
+        }
+        library.Unload(handle);
+    }
+}
+
+void Register(Bench& bench) {
+    for (const Shape& shape : kServers) {
+        benchmark::RegisterBenchmark(
+            (std::string("call/") + shape.name).c_str(),
+            [&bench, shape](benchmark::State& state) { Compare(state, bench, shape); })
+            ->Unit(benchmark::kMillisecond)
+            ->UseManualTime();
+    }
+    benchmark::RegisterBenchmark("load", LoadLibrary)->Unit(benchmark::kMicrosecond);
+}
+
+int Run(int count, char** words) {
+    benchmark::Initialize(&count, words);
+    if (benchmark::ReportUnrecognizedArguments(count, words)) {
+        return 1;
+    }
+    Bench bench;
+    Register(bench);
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}
+
+}  // namespace
+}  // namespace bench
+
+int main(int count, char** words) {
+    try {
+        return bench::Run(count, words);
+    } catch (const std::exception& error) {
+        std::cerr << error.what() << '\n';
+        return 1;
+    }
+}

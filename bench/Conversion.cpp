@@ -1,0 +1,112 @@
+// What the conversion of items into XML costs beside the same document written by libxml2.
+
+#include "bench/support/Clock.h"
+#include "bench/support/PlainWriter.h"
+#include "bench/support/Reading.h"
+#include "bench/support/Shapes.h"
+#include "convlib/XmlConverter.h"
+
+#include <algorithm>
+#include <memory>
+#include <sstream>
+#include <stdexcept>
+
+namespace bench {
+namespace {
+
+constexpr std::int64_t kFewest = 100;
+constexpr std::int64_t kMost = 1'000'000;
+constexpr std::int64_t kMostOfOddShapes = 100'000;
+
+struct Converted {
+    std::unique_ptr<convlib::XmlConverter> converter;
+    std::string_view text;
+};
+
+Converted Convert(ItemList& items) {
+    auto converter = std::make_unique<convlib::XmlConverter>();
+    const char* text = nullptr;
+    if (converter->ConvertToXml(0, "RAID", &items, &text) != convlib::XmlConverter::kSuccess) {
+        throw std::runtime_error("the items cannot be converted");
+    }
+    return {std::move(converter), text};
+}
+
+/// Items made once for both sides, of which only one list is kept at a time.
+ItemList& Items(Shape shape, std::int64_t drives) {
+    static ItemList items;
+    static std::pair<Shape, std::int64_t> held{Shape::Report, 0};
+    if (held != std::pair(shape, drives)) {
+        Delete(items);
+        items = ItemsOf(shape, static_cast<std::uint32_t>(drives));
+        held = {shape, drives};
+    }
+    return items;
+}
+
+std::string WithoutIndent(std::string_view text) {
+    std::istringstream lines{std::string(text)};
+    std::string result;
+    for (std::string line; std::getline(lines, line);) {
+        result += line.substr(std::min(line.find_first_not_of(' '), line.size())) + '\n';
+    }
+    return result;
+}
+
+void Count(benchmark::State& state, const ItemList& items, std::size_t size) {
+    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(size));
+    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(items.size()));
+}
+
+void Ours(benchmark::State& state, Shape shape) {
+    ItemList& items = Items(shape, state.range(0));
+    std::size_t size = 0;
+    MeasureAlone(
+        state, [&items] { return Convert(items); },
+        [&size](const Converted& result) { size = result.text.size(); });
+    Count(state, items, size);
+}
+
+void Plain(benchmark::State& state, Shape shape) {
+    ItemList& items = Items(shape, state.range(0));
+    const bool isIndented = shape != Shape::Chain && shape != Shape::OneName;
+    const PlainWriter writer(items, isIndented);
+    const bool isSame = isIndented ? Convert(items).text == writer.Text()
+                                   : WithoutIndent(Convert(items).text) == WithoutIndent(writer.Text());
+    if (!isSame) {
+        state.SkipWithError("the documents differ");
+        return;
+    }
+    std::size_t size = 0;
+    MeasureAlone(
+        state, [&writer] { return writer.Size(); }, [&size](std::size_t result) { size = result; });
+    Count(state, items, size);
+}
+
+void Register(const std::string& name, Shape shape, std::int64_t most) {
+    for (const auto& [what, function] : {std::pair("conversion/", &Ours), std::pair("libxml2/", &Plain)}) {
+        benchmark::RegisterBenchmark((std::string(what) + name).c_str(), function, shape)
+            ->RangeMultiplier(10)
+            ->Range(kFewest, most)
+            ->Unit(benchmark::kMicrosecond)
+            ->UseManualTime();
+    }
+}
+
+}  // namespace
+}  // namespace bench
+
+int main(int count, char** words) {
+    benchmark::Initialize(&count, words);
+    if (benchmark::ReportUnrecognizedArguments(count, words)) {
+        return 1;
+    }
+    bench::Register("report", bench::Shape::Report, bench::kMost);
+    bench::Register("one-parent", bench::Shape::OneParent, bench::kMostOfOddShapes);
+    bench::Register("chain", bench::Shape::Chain, bench::kMostOfOddShapes);
+    bench::Register("one-name", bench::Shape::OneName, bench::kMostOfOddShapes);
+    bench::Register("no-parent", bench::Shape::NoParent, bench::kMostOfOddShapes);
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}

@@ -1,0 +1,127 @@
+#include "bench/support/PlainWriter.h"
+
+#include <libxml/xmlwriter.h>
+
+#include <memory>
+#include <stdexcept>
+
+namespace bench {
+namespace {
+
+using convlib::DisplayItem;
+using convlib::ItemTree;
+
+const xmlChar* Xml(const char* text) {
+    return reinterpret_cast<const xmlChar*>(text);
+}
+
+void Require(int result) {
+    if (result < 0) {
+        throw std::runtime_error("libxml2 cannot write the document");
+    }
+}
+
+bool HasValue(const DisplayItem& item, bool hasChildren) {
+    return !item.m_Value.empty() ||
+           !(hasChildren || item.m_ParentName.empty() || item.m_Name.starts_with("### "));
+}
+
+}  // namespace
+
+class PlainWriter::Output final {
+  public:
+    explicit Output(bool isIndented)
+        : m_Buffer(xmlBufferCreate(), xmlBufferFree),
+          m_Writer(xmlNewTextWriterMemory(m_Buffer.get(), 0), xmlFreeTextWriter) {
+        if (m_Writer == nullptr) {
+            throw std::bad_alloc();
+        }
+        Require(xmlTextWriterSetIndent(m_Writer.get(), 1));
+        Require(xmlTextWriterSetIndentString(m_Writer.get(), Xml(isIndented ? "  " : "")));
+    }
+
+    void Begin() {
+        Require(xmlTextWriterStartDocument(m_Writer.get(), nullptr, "UTF-8", nullptr));
+        Require(xmlTextWriterStartElement(m_Writer.get(), Xml("RAID")));
+        Add("version", "1");
+    }
+
+    void Add(const Step& step) {
+        const DisplayItem& item = *step.item;
+        Require(xmlTextWriterStartElement(m_Writer.get(), Xml("Item")));
+        Add("Name", item.m_Name.c_str());
+        if (HasValue(item, step.hasChildren)) {
+            Add("Value", item.m_Value.c_str());
+        }
+        Add("Valid", item.ValidText().data());
+        if (step.isTop && !item.m_ParentName.empty()) {
+            Add("Parent", item.m_ParentName.c_str());
+        }
+    }
+
+    void EndElement() { Require(xmlTextWriterEndElement(m_Writer.get())); }
+    void End() { Require(xmlTextWriterEndDocument(m_Writer.get())); }
+
+    [[nodiscard]] const char* Text() const {
+        return reinterpret_cast<const char*>(xmlBufferContent(m_Buffer.get()));
+    }
+    [[nodiscard]] std::size_t Size() const {
+        return static_cast<std::size_t>(xmlBufferLength(m_Buffer.get()));
+    }
+
+  private:
+    void Add(const char* name, const char* value) {
+        Require(xmlTextWriterWriteAttribute(m_Writer.get(), Xml(name), Xml(value)));
+    }
+
+    std::unique_ptr<xmlBuffer, decltype(&xmlBufferFree)> m_Buffer;
+    std::unique_ptr<xmlTextWriter, decltype(&xmlFreeTextWriter)> m_Writer;
+};
+
+PlainWriter::PlainWriter(const ItemList& items, bool isIndented) : m_IsIndented(isIndented) {
+    const ItemTree tree(items);
+    std::vector<ItemTree::Index> path;
+    ItemTree::Index node = tree.FirstChild(ItemTree::kDocument);
+    while (node != ItemTree::kNone) {
+        const bool hasChildren = tree.FirstChild(node) != ItemTree::kNone;
+        m_Steps.push_back({&tree.Item(node), path.empty(), hasChildren});
+        if (hasChildren) {
+            path.push_back(node);
+            node = tree.FirstChild(node);
+            continue;
+        }
+        m_Steps.push_back({nullptr});
+        while (tree.NextSibling(node) == ItemTree::kNone && !path.empty()) {
+            node = path.back();
+            path.pop_back();
+            m_Steps.push_back({nullptr});
+        }
+        node = tree.NextSibling(node);
+    }
+}
+
+void PlainWriter::Write(Output& output) const {
+    output.Begin();
+    for (const Step& step : m_Steps) {
+        if (step.item == nullptr) {
+            output.EndElement();
+        } else {
+            output.Add(step);
+        }
+    }
+    output.End();
+}
+
+std::string PlainWriter::Text() const {
+    Output output(m_IsIndented);
+    Write(output);
+    return {output.Text(), output.Size()};
+}
+
+std::size_t PlainWriter::Size() const {
+    Output output(m_IsIndented);
+    Write(output);
+    return output.Size();
+}
+
+}  // namespace bench
