@@ -181,11 +181,11 @@ ResultCode CMSRAID_InfoGetter::ParseTitle(std::ifstream& /*file*/, std::string l
 }
 
 ResultCode CMSRAID_InfoGetter::ParseKeyValue(std::ifstream& /*file*/, std::string line, ItemList& list) {
-    if (!IsKeyLine(line)) {
+    const std::size_t colon = line.find(':');
+    if (colon == std::string::npos || colon == 0) {
         CTraceUtility::WriteDebug(kCategory, kFailure, "Failed to parse ParseKeyValue.(%s)", line.c_str());
         return kGeneralFailure;
     }
-    const std::size_t colon = line.find(':');
     std::string value = line.substr(colon + 1);
     Trim(value);
     std::string& key = line;  // What is left of it: a reader lives off these lines.
@@ -209,7 +209,9 @@ void CMSRAID_InfoGetter::Trim(std::string& text) {
         ++start;
     }
     text.erase(end);
-    text.erase(0, start);
+    if (start > 0) {
+        text.erase(0, start);
+    }
 }
 
 bool CMSRAID_InfoGetter::ReadSectionLine(std::ifstream& file, std::string& line) {
