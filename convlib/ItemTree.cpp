@@ -1,9 +1,6 @@
 #include "convlib/ItemTree.h"
 
-#include "convlib/NameTable.h"
-
 #include <stdexcept>
-#include <string_view>
 
 namespace convlib {
 
@@ -13,21 +10,33 @@ ItemTree::ItemTree(const ItemList& items, std::size_t maxItems) {
     }
     m_Nodes.reserve(items.size() + 1);
     m_Nodes.push_back({nullptr, kNone, kNone});
-    FindParents(items);
+    FindParents(NumberParentNames(items));
     LinkChildren();
 }
 
-void ItemTree::FindParents(const ItemList& items) {
-    NameTable lastOfName([this](Index node) { return std::string_view(m_Nodes[node].item->m_Name); });
-    static_assert(decltype(lastOfName)::kNone == kDocument, "a parent that is not found is the document");
-    for (const CItemDisp* entry : items) {
-        if (entry == nullptr) {
-            continue;
+/// Leaves in each node the number of its parent's name. Most lists have few of these, however many names.
+NameTable ItemTree::NumberParentNames(const ItemList& items) {
+    NameTable names;
+    for (const CItemDisp* const item : items) {
+        if (item != nullptr) {
+            const Index number =
+                item->m_ParentName.empty() ? NameTable::kNone : names.NumberOf(item->m_ParentName);
+            m_Nodes.push_back({static_cast<const DisplayItem*>(item), kNone, number});
         }
-        const Index parent = entry->m_ParentName.empty() ? kDocument : lastOfName.Find(entry->m_ParentName);
-        m_Nodes.push_back({static_cast<const DisplayItem*>(entry), kNone, parent});
+    }
+    return names;
+}
+
+void ItemTree::FindParents(const NameTable& parentNames) {
+    std::vector<Index> lastOfName(parentNames.Size(), kDocument);
+    for (Index index = kDocument + 1; index < m_Nodes.size(); ++index) {
+        Node& node = m_Nodes[index];
+        node.link = node.link == NameTable::kNone ? kDocument : lastOfName[node.link];
         // Entered only now: an item is never its own parent.
-        lastOfName.Enter(static_cast<Index>(m_Nodes.size() - 1));
+        const Index number = parentNames.Find(node.item->m_Name);
+        if (number != NameTable::kNone) {
+            lastOfName[number] = index;
+        }
     }
 }
 

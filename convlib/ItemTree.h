@@ -1,6 +1,7 @@
 #pragma once
 
 #include "convlib/DisplayItem.h"
+#include "convlib/NameTable.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -37,10 +38,11 @@ class ItemTree final {
     struct Node {
         const DisplayItem* item;
         Index firstChild;
-        Index link;  ///< the parent until the children are linked, the next sibling from then on
+        Index link;  ///< the number of the parent's name, then the parent, then the next sibling
     };
 
-    void FindParents(const ItemList& items);
+    NameTable NumberParentNames(const ItemList& items);
+    void FindParents(const NameTable& parentNames);
     void LinkChildren();
 
     std::vector<Node> m_Nodes;
