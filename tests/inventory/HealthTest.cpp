@@ -77,7 +77,9 @@ TEST(HealthTest, SmartDataHaveASay) {
     };
     EXPECT_EQ(levelOf("OK"), Level::Ok);
     EXPECT_EQ(levelOf("Alert"), Level::Warning);
+    EXPECT_EQ(levelOf("Failed"), Level::Critical);
     EXPECT_EQ(levelOf("Odd"), Level::Unknown);
+    EXPECT_EQ(levelOf(""), Level::Ok);
 }
 
 TEST(HealthTest, ADegradedLogicalDriveIsCriticalUnlessItsGroupIsBeingRebuilt) {
@@ -90,11 +92,18 @@ TEST(HealthTest, ADegradedLogicalDriveIsCriticalUnlessItsGroupIsBeingRebuilt) {
     EXPECT_EQ(LevelOfLogicalDrive("DEGRADED", "REBUILD", "RG1"), Level::Critical);
     EXPECT_EQ(LevelOfLogicalDrive("OFFLINE"), Level::Critical);
     EXPECT_EQ(LevelOfLogicalDrive("FAILED"), Level::Critical);
+    EXPECT_EQ(LevelOfLogicalDrive("Initializing"), Level::Warning);
+    EXPECT_EQ(LevelOfLogicalDrive("Reconstruction"), Level::Warning);
 }
 
 TEST(HealthTest, ABackupUnitMayBeAbsentButNotWorn) {
     EXPECT_EQ(LevelOfUnit(Key("BBU", "Absent")), Level::Ok);
     EXPECT_EQ(LevelOfUnit(Key("BBU", "Present") + Key("Status", "Optimal")), Level::Ok);
+    EXPECT_EQ(LevelOfUnit(Key("FBU", "Present") + Key("Status", "")), Level::Ok);
+    EXPECT_EQ(LevelOfUnit(Key("FBU", "Odd")), Level::Unknown);
+    EXPECT_EQ(LevelOfUnit(""), Level::Ok);
+    EXPECT_EQ(LevelOfUnit(Key("Replacement Required", "Yes")), Level::Warning);
+    EXPECT_EQ(LevelOfUnit(Key("Status", "Odd")), Level::Unknown);
     EXPECT_EQ(LevelOfUnit(Key("Status", "Learning")), Level::Ok);
     EXPECT_EQ(LevelOfUnit(Key("Status", "Failed")), Level::Warning);
     EXPECT_EQ(LevelOfUnit(Key("Status", "Optimal") + Key("Replacement Required", "Yes")), Level::Warning);
