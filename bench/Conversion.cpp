@@ -39,6 +39,7 @@ ItemList& Items(Shape shape, std::int64_t drives) {
     if (held != std::pair(shape, drives)) {
         Delete(items);
         items = ItemsOf(shape, static_cast<std::uint32_t>(drives));
+        ::malloc_trim(0);  // What the other list left in pieces is not to be put together in the measure.
         held = {shape, drives};
     }
     return items;
