@@ -7,7 +7,7 @@ cd "$(dirname "$0")/.."
 
 need_packages "${BUILD_PACKAGES[@]}"
 {
-    cmake --preset release -DZORBALT_BUILD_TESTS=OFF
+    cmake --preset release -DZORBALT_BUILD_TESTS=OFF -DZORBALT_BENCH=OFF
     cmake --build --preset release --target mngsrvraid
 } >&2
 exec build/release/bin/mngsrvraid --scenario large get-info
