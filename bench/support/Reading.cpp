@@ -25,7 +25,6 @@ namespace bench {
 namespace {
 
 constexpr const char* kVersion = "4.1";
-constexpr const char* kParent = "### General Information ###";
 
 std::unique_ptr<CMSRAID_InfoGetter> ReaderOf(Kind kind) {
     switch (kind) {
