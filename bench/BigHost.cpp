@@ -1,6 +1,7 @@
 // What starting the tool costs a host process that has much memory resident.
 
 #include "bench/support/InChild.h"
+#include "bench/support/Main.h"
 #include "bench/support/Server.h"
 #include "report/CMSRAID_VDK.h"
 #include "tests/support/TempFolder.h"
@@ -12,7 +13,6 @@
 #include <unistd.h>
 
 #include <cstring>
-#include <iostream>
 #include <stdexcept>
 
 namespace bench {
@@ -91,11 +91,7 @@ void Measure(benchmark::State& state, const Case& what) {
     }
 }
 
-int Run(int count, char** words) {
-    benchmark::Initialize(&count, words);
-    if (benchmark::ReportUnrecognizedArguments(count, words)) {
-        return 1;
-    }
+void Run() {
     const testsupport::TempFolder server;
     WriteServer(server.Path(), 1, 1);
     EnterServer(server.Path());
@@ -107,18 +103,11 @@ int Run(int count, char** words) {
         registered->Unit(benchmark::kMicrosecond)->UseRealTime();
     }
     benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
 }
 
 }  // namespace
 }  // namespace bench
 
 int main(int count, char** words) {
-    try {
-        return bench::Run(count, words);
-    } catch (const std::exception& error) {
-        std::cerr << error.what() << '\n';
-        return 1;
-    }
+    return bench::Main(count, words, bench::Run);
 }

@@ -1,5 +1,6 @@
 // What a whole call of the loaded module costs beside the tool's commands with nothing around them.
 
+#include "bench/support/Main.h"
 #include "bench/support/Server.h"
 #include "host/MethodCall.h"
 #include "host/Module.h"
@@ -12,7 +13,6 @@
 
 #include <chrono>
 #include <cstdlib>
-#include <iostream>
 #include <map>
 #include <stdexcept>
 #include <string_view>
@@ -140,26 +140,15 @@ void Register(Bench& bench) {
     benchmark::RegisterBenchmark("load", LoadLibrary)->Unit(benchmark::kMicrosecond);
 }
 
-int Run(int count, char** words) {
-    benchmark::Initialize(&count, words);
-    if (benchmark::ReportUnrecognizedArguments(count, words)) {
-        return 1;
-    }
+void Run() {
     Bench bench;
     Register(bench);
     benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
 }
 
 }  // namespace
 }  // namespace bench
 
 int main(int count, char** words) {
-    try {
-        return bench::Run(count, words);
-    } catch (const std::exception& error) {
-        std::cerr << error.what() << '\n';
-        return 1;
-    }
+    return bench::Main(count, words, bench::Run);
 }

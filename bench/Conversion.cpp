@@ -1,6 +1,7 @@
 // What the conversion of items into XML costs beside the same document written by libxml2.
 
 #include "bench/support/Clock.h"
+#include "bench/support/Main.h"
 #include "bench/support/PlainWriter.h"
 #include "bench/support/Reading.h"
 #include "bench/support/Shapes.h"
@@ -98,20 +99,18 @@ void Register(const std::string& name, Shape shape, std::int64_t most, std::int6
     add("libxml2/", Plain, mostPlain);
 }
 
+void Run() {
+    Register("report", Shape::Report, kMost, kMost);
+    Register("one-parent", Shape::OneParent, kMostOfOddShapes, kMostOfOddShapes);
+    Register("chain", Shape::Chain, kMostOfOddShapes, kMostNested);
+    Register("one-name", Shape::OneName, kMostOfOddShapes, kMostNested);
+    Register("no-parent", Shape::NoParent, kMostOfOddShapes, kMostOfOddShapes);
+    benchmark::RunSpecifiedBenchmarks();
+}
+
 }  // namespace
 }  // namespace bench
 
 int main(int count, char** words) {
-    benchmark::Initialize(&count, words);
-    if (benchmark::ReportUnrecognizedArguments(count, words)) {
-        return 1;
-    }
-    bench::Register("report", bench::Shape::Report, bench::kMost, bench::kMost);
-    bench::Register("one-parent", bench::Shape::OneParent, bench::kMostOfOddShapes, bench::kMostOfOddShapes);
-    bench::Register("chain", bench::Shape::Chain, bench::kMostOfOddShapes, bench::kMostNested);
-    bench::Register("one-name", bench::Shape::OneName, bench::kMostOfOddShapes, bench::kMostNested);
-    bench::Register("no-parent", bench::Shape::NoParent, bench::kMostOfOddShapes, bench::kMostOfOddShapes);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+    return bench::Main(count, words, bench::Run);
 }

@@ -2,6 +2,7 @@
 
 #include "bench/support/Clock.h"
 #include "bench/support/MadeUpReports.h"
+#include "bench/support/Main.h"
 #include "bench/support/Reading.h"
 #include "itemconv/MsraidTrace.h"
 #include "tests/support/TempFolder.h"
@@ -150,21 +151,19 @@ void Register(const char* name, Kind kind) {
         ->UseManualTime();
 }
 
+void Run() {
+    Register("controllers", Kind::Controllers);
+    Register("logical-drives", Kind::LogicalDrives);
+    Register("drives", Kind::Drives);
+    Register("drives-and-smart", Kind::DrivesAndSmart);
+    Register("smart-table", Kind::SmartTable);
+    benchmark::RegisterBenchmark("trace/off", TraceOff);
+    benchmark::RunSpecifiedBenchmarks();
+}
+
 }  // namespace
 }  // namespace bench
 
 int main(int count, char** words) {
-    benchmark::Initialize(&count, words);
-    if (benchmark::ReportUnrecognizedArguments(count, words)) {
-        return 1;
-    }
-    bench::Register("controllers", bench::Kind::Controllers);
-    bench::Register("logical-drives", bench::Kind::LogicalDrives);
-    bench::Register("drives", bench::Kind::Drives);
-    bench::Register("drives-and-smart", bench::Kind::DrivesAndSmart);
-    bench::Register("smart-table", bench::Kind::SmartTable);
-    benchmark::RegisterBenchmark("trace/off", bench::TraceOff);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+    return bench::Main(count, words, bench::Run);
 }
