@@ -17,6 +17,7 @@ namespace {
 
 constexpr std::int64_t kFewest = 100;
 constexpr std::int64_t kMost = 1'000'000;
+constexpr std::int64_t kMostPlain = 100'000;  // ten times that keeps libxml2 busy for minutes
 constexpr std::int64_t kMostOfOddShapes = 100'000;
 constexpr std::int64_t kMostNested = 100;  // libxml2's time grows with the square of the levels
 
@@ -100,7 +101,7 @@ void Register(const std::string& name, Shape shape, std::int64_t most, std::int6
 }
 
 void Run() {
-    Register("report", Shape::Report, kMost, kMost);
+    Register("report", Shape::Report, kMost, kMostPlain);
     Register("one-parent", Shape::OneParent, kMostOfOddShapes, kMostOfOddShapes);
     Register("chain", Shape::Chain, kMostOfOddShapes, kMostNested);
     Register("one-name", Shape::OneName, kMostOfOddShapes, kMostNested);
