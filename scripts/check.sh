@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # From a checkout to passing tests: installs what is missing, then formatting, the builds with their tests, and the
-# static analyses. With arguments, only the named steps: format, cppcheck, tidy, sanitize, release.
+# static analyses. With arguments, only the named steps: format, cppcheck, clang, tidy, sanitize, release.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . scripts/packages.sh
@@ -32,7 +32,12 @@ build_and_test() {
     ctest --preset "$1" -j "$((2 * $(nproc)))"  # Many a test waits for a child.
 }
 
-# What is delivered; the tests pass through both compilers' warnings alone: the sanitizers' build is clang's.
+check_clang() {
+    cmake --preset clang
+    cmake --build --preset clang
+}
+
+# What is delivered; the tests pass through both compilers' warnings alone.
 check_tidy() {
     cmake --preset clang
     sources | grep '\.cpp$' | grep -v '^tests/' | xargs -P "$(nproc)" -n 4 clang-tidy-14 --quiet -p build/clang
@@ -45,16 +50,17 @@ run_step() {
         format) check_format ;;
         cppcheck) check_cppcheck ;;
         release | sanitize) build_and_test "$1" ;;
+        clang) check_clang ;;
         tidy) check_tidy ;;
         *)
-            echo "There is no step named $1; the steps are format, cppcheck, tidy, sanitize and release." >&2
+            echo "There is no step named $1; the steps are format, cppcheck, clang, tidy, sanitize and release." >&2
             exit 2
             ;;
     esac
     echo "== $1 took $((SECONDS - start)) s"
 }
 
-[ $# -gt 0 ] || set -- format cppcheck tidy sanitize release
+[ $# -gt 0 ] || set -- format cppcheck clang tidy sanitize release
 for step in "$@"; do
     run_step "$step"
 done
