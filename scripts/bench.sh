@@ -2,8 +2,8 @@
 # Measures what the module costs beside the tool: builds as released, runs every benchmark side by side, prints a
 # table with the goals and draws the plot of growth into build/bench/results/. Most of an hour on two cores.
 #
-#   scripts/bench.sh                 everything, with reports of up to a million drives (needs 20 GB of memory)
-#   scripts/bench.sh --quick         up to ten thousand, fewer repetitions: two minutes
+#   scripts/bench.sh                 everything, with reports of up to a million drives (for a machine of 20 GB)
+#   scripts/bench.sh --quick         up to ten thousand, more briefly
 #   scripts/bench.sh --instructions  only the instruction counts, compared with those in the repository
 set -euo pipefail
 cd "$(dirname "$0")/.."
