@@ -4,17 +4,20 @@
 
 namespace msraid {
 
-ItemList MakeItem(const CMSRAID_MngLib* library, const std::string& parentName, const std::string& name,
-                  const std::string& value, Validity validity) {
-    ItemList cell(1, nullptr);
-    if (library != nullptr && library->CreateItemDisp != nullptr) {
-        const char* const flag = validity == Validity::FromReport ? "TRUE" : "FALSE";
-        cell.front() = library->CreateItemDisp(parentName.c_str(), name.c_str(), value.c_str(), flag);
+bool InsertItem(const CMSRAID_MngLib* library, ItemList& list, ItemList::const_iterator place,
+                const std::string& parentName, const std::string& name, const std::string& value,
+                Validity validity) {
+    if (library == nullptr || library->CreateItemDisp == nullptr) {
+        return false;
     }
-    if (cell.front() == nullptr) {
-        cell.clear();
+    const char* const flag = validity == Validity::FromReport ? "TRUE" : "FALSE";
+    const auto cell = list.insert(place, nullptr);
+    *cell = library->CreateItemDisp(parentName.c_str(), name.c_str(), value.c_str(), flag);
+    if (*cell == nullptr) {
+        list.erase(cell);
+        return false;
     }
-    return cell;
+    return true;
 }
 
 void DeleteItem(const CMSRAID_MngLib* library, CItemDisp* item) {

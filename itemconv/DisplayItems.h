@@ -13,10 +13,11 @@ enum class Validity {
     Placeholder,  ///< "FALSE": a key that the report lacks
 };
 
-/// A list of one new item, to be spliced to its place; an empty list when the library makes none. The cell is
-/// made before the item, since an item without a cell would be lost when memory ends.
-[[nodiscard]] ItemList MakeItem(const CMSRAID_MngLib* library, const std::string& parentName,
-                                const std::string& name, const std::string& value, Validity validity);
+/// Puts a new item in front of `place` in `list`. False, and the list is as it was, when the library makes
+/// none. The cell is made before the item, since an item without a cell would be lost when memory ends.
+[[nodiscard]] bool InsertItem(const CMSRAID_MngLib* library, ItemList& list, ItemList::const_iterator place,
+                              const std::string& parentName, const std::string& name,
+                              const std::string& value, Validity validity);
 
 /// Deletes one item through the library; null, and a library that deletes none, are passed over.
 void DeleteItem(const CMSRAID_MngLib* library, CItemDisp* item);

@@ -7,6 +7,7 @@
 #include "qel/CStringUtil.h"
 #include "qel/QelWindows.h"
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cstdint>
@@ -200,17 +201,14 @@ void CMSRAID_InfoGetter::FreeItemList() {}
 
 void CMSRAID_InfoGetter::Trim(std::string& text) {
     const auto isBlank = [](char character) { return character == ' ' || character == '\t'; };
-    std::size_t end = text.size();
-    while (end > 0 && (isBlank(text[end - 1]) || text[end - 1] == '\r' || text[end - 1] == '\n')) {
-        --end;
-    }
-    std::size_t start = 0;
-    while (start < end && isBlank(text[start])) {
-        ++start;
-    }
-    text.erase(end);
-    if (start > 0) {
-        text.erase(0, start);
+    const auto isBlankOrLineEnd = [isBlank](char character) {
+        return isBlank(character) || character == '\r' || character == '\n';
+    };
+    const auto end = std::find_if_not(text.rbegin(), text.rend(), isBlankOrLineEnd).base();
+    const auto start = std::find_if_not(text.begin(), end, isBlank);
+    text.erase(end, text.end());
+    if (start != text.begin()) {
+        text.erase(text.begin(), start);
     }
 }
 
@@ -259,12 +257,8 @@ void CMSRAID_InfoGetter::PutBack(std::ifstream& file, const std::string& line) {
 ResultCode CMSRAID_InfoGetter::InsertItem(ItemList& list, ItemList::const_iterator place,
                                           const std::string& parentName, const std::string& name,
                                           const std::string& value, msraid::Validity validity) {
-    ItemList item = msraid::MakeItem(m_pMngLib, parentName, name, value, validity);
-    if (item.empty()) {
-        return kGeneralFailure;
-    }
-    list.splice(place, item);
-    return kSuccess;
+    return msraid::InsertItem(m_pMngLib, list, place, parentName, name, value, validity) ? kSuccess
+                                                                                         : kGeneralFailure;
 }
 
 ResultCode CMSRAID_InfoGetter::InsertPlaceholder(ItemList::const_iterator place, const std::string& name) {

@@ -27,8 +27,9 @@ class FakeOutput final : public IWbemClassObject {
 
 class MethodCallTest : public testsupport::ModuleTest {
   protected:
-    [[nodiscard]] ItemList MakeItem() {
-        return msraid::MakeItem(m_Library.Wrapper(), "", "item", "", msraid::Validity::FromReport);
+    void AddItem(ItemList& list) {
+        ASSERT_TRUE(msraid::InsertItem(m_Library.Wrapper(), list, list.end(), "", "item", "",
+                                       msraid::Validity::FromReport));
     }
 };
 
@@ -58,8 +59,8 @@ TEST_F(MethodCallTest, OnlyANegativeStatusIsAFailureToStore) {
 TEST_F(MethodCallTest, WhatItStillHoldsInTheEndIsDeletedWithoutATrace) {
     {
         MethodCall call(m_Library.Wrapper());
-        call.m_Items = MakeItem();
-        call.m_Scratch = MakeItem();
+        AddItem(call.m_Items);
+        AddItem(call.m_Scratch);
         EXPECT_EQ(m_Library.ItemsAlive(), 2U);
         m_Trace.Clear();
     }

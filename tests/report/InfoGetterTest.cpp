@@ -108,7 +108,8 @@ TEST_F(InfoGetterTest, TheBasesOtherHooksLeaveItemsAlone) {
     m_Reader.BaseAddRootItem();
     EXPECT_THAT(m_Reader.m_ItemList, IsEmpty());
     EXPECT_TRUE(m_Reader.m_CurrentRoot.IsNull());
-    m_Items = msraid::MakeItem(m_Library.Wrapper(), "", "kept", "", msraid::Validity::FromReport);
+    ASSERT_TRUE(msraid::InsertItem(m_Library.Wrapper(), m_Items, m_Items.end(), "", "kept", "",
+                                   msraid::Validity::FromReport));
     m_Reader.m_ItemList = m_Items;
     m_Reader.BaseFreeItemList();
     EXPECT_THAT(m_Reader.m_ItemList, ::testing::SizeIs(1));
