@@ -1,6 +1,8 @@
 #include "convlib/ItemTree.h"
 
 #include <stdexcept>
+#include <string>
+#include <utility>
 
 namespace convlib {
 
@@ -8,23 +10,41 @@ ItemTree::ItemTree(const ItemList& items, std::size_t maxItems) {
     if (items.size() > maxItems) {
         throw std::length_error("too many items");
     }
-    m_Nodes.reserve(items.size() + 1);
-    m_Nodes.push_back({nullptr, kNone, kNone});
-    FindParents(NumberParentNames(items));
+    TakeItems(items);
+    FindParents(NumberParentNames());
     LinkChildren();
 }
 
-/// Leaves in each node the number of its parent's name. Most lists have few of these, however many names.
-NameTable ItemTree::NumberParentNames(const ItemList& items) {
-    NameTable names;
+void ItemTree::TakeItems(const ItemList& items) {
+    m_Nodes.reserve(items.size() + 1);
+    m_Nodes.push_back({nullptr, kNone, kNone});
     for (const CItemDisp* const item : items) {
         if (item != nullptr) {
-            const Index number =
-                item->m_ParentName.empty() ? NameTable::kNone : names.NumberOf(item->m_ParentName);
-            m_Nodes.push_back({static_cast<const DisplayItem*>(item), kNone, number});
+            m_Nodes.push_back({static_cast<const DisplayItem*>(item), HashOf(item->m_Name), kNone});
         }
     }
-    return names;
+}
+
+/// Leaves in each node the number of its parent's name. Most lists have few of these, however many names.
+NameTable ItemTree::NumberParentNames() {
+    NameFilter ownNames(m_Nodes.size());
+    for (std::size_t index = kDocument + 1; index < m_Nodes.size(); ++index) {
+        ownNames.Add(m_Nodes[index].firstChild);
+    }
+    NameTable parentNames;
+    std::string_view name;  // "" at first, which is nobody's number.
+    Index number = NameTable::kNone;
+    for (std::size_t index = kDocument + 1; index < m_Nodes.size(); ++index) {
+        Node& node = m_Nodes[index];
+        if (node.item->m_ParentName != name) {  // Most stand beside the one before.
+            name = node.item->m_ParentName;
+            const NameHash hash = HashOf(name);
+            const bool isNone = name.empty() || !ownNames.MayHold(hash);
+            number = isNone ? NameTable::kNone : parentNames.NumberOf(name, hash);
+        }
+        node.link = number;
+    }
+    return parentNames;
 }
 
 void ItemTree::FindParents(const NameTable& parentNames) {
@@ -33,7 +53,7 @@ void ItemTree::FindParents(const NameTable& parentNames) {
         Node& node = m_Nodes[index];
         node.link = node.link == NameTable::kNone ? kDocument : lastOfName[node.link];
         // Entered only now: an item is never its own parent.
-        const Index number = parentNames.Find(node.item->m_Name);
+        const Index number = parentNames.Find(node.item->m_Name, std::exchange(node.firstChild, kNone));
         if (number != NameTable::kNone) {
             lastOfName[number] = index;
         }

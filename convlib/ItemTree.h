@@ -37,11 +37,12 @@ class ItemTree final {
   private:
     struct Node {
         const DisplayItem* item;
-        Index firstChild;
-        Index link;  ///< the number of the parent's name, then the parent, then the next sibling
+        Index firstChild;  ///< the hash of its own name, then the first child
+        Index link;        ///< the number of the parent's name, then the parent, then the next sibling
     };
 
-    NameTable NumberParentNames(const ItemList& items);
+    void TakeItems(const ItemList& items);
+    NameTable NumberParentNames();
     void FindParents(const NameTable& parentNames);
     void LinkChildren();
 

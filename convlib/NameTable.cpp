@@ -1,5 +1,7 @@
 #include "convlib/NameTable.h"
 
+#include <algorithm>
+#include <bit>
 #include <functional>
 
 namespace convlib {
@@ -7,23 +9,34 @@ namespace {
 
 constexpr unsigned kHashBits = 32;
 
-std::uint32_t HashOf(std::string_view name) {
-    return static_cast<std::uint32_t>(std::hash<std::string_view>()(name));
+/// The first bits of a hash: places in the order of the hashes, so that a table grows from front to back and
+/// not all over the memory.
+std::size_t FirstBits(NameHash hash, unsigned bits) {
+    return hash >> (kHashBits - bits);
 }
 
-/// Where the search begins: slots in the order of the hashes, so that a table grows from front to back and
-/// not all over the memory.
-std::size_t StartOf(std::uint32_t hash, unsigned bits) {
-    return hash >> (kHashBits - bits);
+unsigned FilterBits(std::size_t names) {
+    constexpr std::size_t kPlacesForName = 8;
+    return std::min<unsigned>(static_cast<unsigned>(std::bit_width(kPlacesForName * names)), kHashBits);
 }
 
 }  // namespace
 
-NameTable::Number NameTable::NumberOf(std::string_view name) {
+NameHash HashOf(std::string_view name) {
+    return static_cast<NameHash>(std::hash<std::string_view>()(name));
+}
+
+NameFilter::NameFilter(std::size_t names)
+    : m_Bits(std::max(FilterBits(names), 1U)), m_IsKnown(std::size_t{1} << m_Bits) {}
+
+std::size_t NameFilter::PlaceOf(NameHash name) const {
+    return FirstBits(name, m_Bits);
+}
+
+NameTable::Number NameTable::NumberOf(std::string_view name, NameHash hash) {
     if (2 * m_Names.size() >= m_Slots.size()) {
         Grow();
     }
-    const std::uint32_t hash = HashOf(name);
     Slot& slot = m_Slots[PlaceOf(name, hash)];
     if (slot.number == kNone) {
         m_Names.push_back(name);
@@ -32,14 +45,14 @@ NameTable::Number NameTable::NumberOf(std::string_view name) {
     return slot.number;
 }
 
-NameTable::Number NameTable::Find(std::string_view name) const {
-    return m_Slots[PlaceOf(name, HashOf(name))].number;
+NameTable::Number NameTable::Find(std::string_view name, NameHash hash) const {
+    return m_Slots[PlaceOf(name, hash)].number;
 }
 
 /// Where the name is, or the free slot where it would go.
-std::size_t NameTable::PlaceOf(std::string_view name, std::uint32_t hash) const {
+std::size_t NameTable::PlaceOf(std::string_view name, NameHash hash) const {
     const std::size_t mask = m_Slots.size() - 1;
-    std::size_t at = StartOf(hash, m_Bits);
+    std::size_t at = FirstBits(hash, m_Bits);
     while (m_Slots[at].number != kNone && (m_Slots[at].hash != hash || m_Names[m_Slots[at].number] != name)) {
         at = (at + 1) & mask;
     }
@@ -51,7 +64,7 @@ void NameTable::Grow() {
     const std::size_t mask = slots.size() - 1;
     for (const Slot& slot : m_Slots) {
         if (slot.number != kNone) {
-            std::size_t at = StartOf(slot.hash, m_Bits + 1);
+            std::size_t at = FirstBits(slot.hash, m_Bits + 1);
             while (slots[at].number != kNone) {
                 at = (at + 1) & mask;
             }

@@ -8,17 +8,41 @@
 
 namespace convlib {
 
+using NameHash = std::uint32_t;
+
+[[nodiscard]] NameHash HashOf(std::string_view name);
+
+/// Tells of most names that they are not among some others, in a byte or two for each of those: a parent that
+/// no item can be needs no number.
+class NameFilter final {
+  public:
+    /// For as many names as that, or the answers get less useful.
+    explicit NameFilter(std::size_t names);
+
+    void Add(NameHash name) { m_IsKnown[PlaceOf(name)] = true; }
+
+    /// False: no such name has been added. True: one may have been.
+    [[nodiscard]] bool MayHold(NameHash name) const { return m_IsKnown[PlaceOf(name)]; }
+
+  private:
+    [[nodiscard]] std::size_t PlaceOf(NameHash name) const;
+
+    unsigned m_Bits;
+    std::vector<bool> m_IsKnown;
+};
+
 /// Numbers names in the order in which they come: 0, 1, 2, ... Allocates for no name of its own, since a list
 /// whose names all differ is not to cost more than its text.
 ///
 ///     NameTable table;
-///     table.NumberOf("### General Information ###");  // 0
-///     table.NumberOf("PD List");                      // 1
-///     table.Find("PD List");                          // 1
-///     table.Find("Capacity");                         // kNone
+///     table.NumberOf("### General Information ###", hash);  // 0
+///     table.NumberOf("PD List", hash);                      // 1
+///     table.Find("PD List", hash);                          // 1
+///     table.Find("Capacity", hash);                         // kNone
 ///
-/// Linear in the names unless they collide as hashes. Keeps views of the names, which must stay as they are.
-/// What allocation throws leaves the table as it was. At most `kNone` names.
+/// `hash` is the name's `HashOf`, which its callers need elsewhere too. Linear in the names unless they
+/// collide as hashes. Keeps views of the names, which must stay as they are. What allocation throws leaves
+/// the table as it was. At most `kNone` names.
 class NameTable final {
   public:
     using Number = std::uint32_t;
@@ -27,20 +51,20 @@ class NameTable final {
     NameTable() : m_Slots(std::size_t{1} << m_Bits) {}
 
     /// The number that the name has, or gets now.
-    [[nodiscard]] Number NumberOf(std::string_view name);
+    [[nodiscard]] Number NumberOf(std::string_view name, NameHash hash);
 
     /// `kNone` for a name without a number.
-    [[nodiscard]] Number Find(std::string_view name) const;
+    [[nodiscard]] Number Find(std::string_view name, NameHash hash) const;
 
     [[nodiscard]] std::size_t Size() const { return m_Names.size(); }
 
   private:
     struct Slot {
-        std::uint32_t hash = 0;
+        NameHash hash = 0;
         Number number = kNone;  ///< `kNone` where the slot is free
     };
 
-    [[nodiscard]] std::size_t PlaceOf(std::string_view name, std::uint32_t hash) const;
+    [[nodiscard]] std::size_t PlaceOf(std::string_view name, NameHash hash) const;
     void Grow();
 
     unsigned m_Bits = 6;

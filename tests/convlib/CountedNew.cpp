@@ -1,5 +1,6 @@
 #include "tests/convlib/CountedNew.h"
 
+#include <cstddef>
 #include <cstdlib>
 #include <new>
 
@@ -14,18 +15,21 @@ struct Counts {
 
 thread_local Counts counts;
 
-void* Allocate(std::size_t size) {
+constexpr auto kUsualAlignment = std::align_val_t(alignof(std::max_align_t));
+
+void* Allocate(std::size_t size, std::align_val_t alignment = kUsualAlignment) {
     if (counts.isWatched) {
         if (counts.allocations++ == counts.failAt) {
             return nullptr;
         }
         counts.bytes += size;
     }
-    return std::malloc(size == 0 ? 1 : size);
+    void* memory = nullptr;
+    return ::posix_memalign(&memory, static_cast<std::size_t>(alignment), size) == 0 ? memory : nullptr;
 }
 
-void* AllocateOrThrow(std::size_t size) {
-    void* const memory = Allocate(size);
+void* AllocateOrThrow(std::size_t size, std::align_val_t alignment = kUsualAlignment) {
+    void* const memory = Allocate(size, alignment);
     if (memory == nullptr) {
         throw std::bad_alloc();
     }
@@ -46,6 +50,9 @@ void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
 void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
     return Allocate(size);
 }
+void* operator new(std::size_t size, std::align_val_t alignment) {
+    return AllocateOrThrow(size, alignment);
+}
 void operator delete(void* memory) noexcept {
     std::free(memory);
 }
@@ -56,6 +63,12 @@ void operator delete(void* memory, std::size_t) noexcept {
     std::free(memory);
 }
 void operator delete[](void* memory, std::size_t) noexcept {
+    std::free(memory);
+}
+void operator delete(void* memory, std::align_val_t) noexcept {
+    std::free(memory);
+}
+void operator delete(void* memory, std::size_t, std::align_val_t) noexcept {
     std::free(memory);
 }
 void operator delete(void* memory, const std::nothrow_t&) noexcept {

@@ -156,7 +156,7 @@ TEST(XmlGrowthTest, ChildrenOfAlternatingParentsKeepTheOrderOfTheList) {
     }
 }
 
-TEST(XmlGrowthTest, ConversionTakesItsTextAndSixteenBytesAnItem) {
+TEST(XmlGrowthTest, ConversionTakesItsTextAndEighteenBytesAnItem) {
     constexpr std::size_t kDrives = 5000;
     Items items;
     for (std::size_t drive = 0; drive < kDrives; ++drive) {
@@ -176,7 +176,7 @@ TEST(XmlGrowthTest, ConversionTakesItsTextAndSixteenBytesAnItem) {
         allocations = watch.Allocations();
     }
     EXPECT_GE(bytes, textSize + 1);
-    EXPECT_LE(bytes, textSize + 16 * items.List().size() + 2000);
+    EXPECT_LE(bytes, textSize + 18 * items.List().size() + 2000);
     EXPECT_LE(allocations, 20U);
 }
 
