@@ -2,11 +2,17 @@
 
 #include "convlib/ItemMemory.h"
 
+#include <cstddef>
+#include <new>
+
 namespace convlib {
 namespace {
 
+/// Never destroyed: it keeps nothing once every item has been deleted, and an item that somebody holds beyond
+/// the library's end is not to be pulled from under him.
 ItemMemory& Memory() {
-    static ItemMemory memory(sizeof(DisplayItem));
+    alignas(ItemMemory) static std::byte place[sizeof(ItemMemory)];
+    static ItemMemory& memory = *new (place) ItemMemory(sizeof(DisplayItem));
     return memory;
 }
 
