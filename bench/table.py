@@ -97,7 +97,7 @@ def add_readers(table, results):
 
 def add_memory(table, results):
     def kilobytes(name):
-        return results.counter(name, "bytes") / 1024
+        return results.counter(f"{name}/100000", "bytes") / 1024
 
     reader = kilobytes("memory/reader")
     table.add("memory of a drive of 16 key lines until the conversion, KB", "at most 1.2", f"{reader:.2f}",

@@ -11,8 +11,13 @@ namespace {
 
 constexpr std::size_t kLargePage = std::size_t{2} << 20U;
 
+/// Whether what is left empty of the last large page is little beside the rest.
+bool IsForLargePages(std::size_t size) {
+    return size >= 4 * kLargePage;
+}
+
 std::align_val_t AlignmentOf(std::size_t size, std::size_t alignment) {
-    return std::align_val_t(size < kLargePage ? alignment : std::max(alignment, kLargePage));
+    return std::align_val_t(IsForLargePages(size) ? std::max(alignment, kLargePage) : alignment);
 }
 
 }  // namespace
@@ -43,7 +48,7 @@ void ItemMemory::Give(void* item) noexcept {
 
 void* ItemMemory::Pages::do_allocate(std::size_t size, std::size_t alignment) {
     void* const pages = ::operator new(size, AlignmentOf(size, alignment));
-    if (size >= kLargePage) {
+    if (IsForLargePages(size)) {
         ::madvise(pages, size, MADV_HUGEPAGE);  // Where the system has none, small ones do.
     }
     return pages;

@@ -18,7 +18,7 @@ namespace convlib {
 namespace {
 
 constexpr std::size_t kSize = 104;
-constexpr std::size_t kMany = 50'000;  // More than two large pages hold.
+constexpr std::size_t kMany = 300'000;  // Enough for large pages.
 
 void GiveAll(ItemMemory& memory, const std::vector<void*>& rooms) {
     for (void* const room : rooms) {
