@@ -3,16 +3,17 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace convlib {
 namespace {
 
-NameTable::Number NumberOf(NameTable& table, const std::string& name) {
+NameTable::Number NumberOf(NameTable& table, std::string_view name) {
     return table.NumberOf(name, HashOf(name));
 }
 
-NameTable::Number Find(const NameTable& table, const std::string& name) {
+NameTable::Number Find(const NameTable& table, std::string_view name) {
     return table.Find(name, HashOf(name));
 }
 
