@@ -126,7 +126,7 @@ void ExpectNoChild() {
     EXPECT_EQ(errno, ECHILD);
 }
 
-// So that one failed test does not make others fail.
+// So that what one test leaves does not make others fail.
 void EndWhatIsLeft() {
     (void)EndDescendants();
 }
@@ -134,6 +134,7 @@ void EndWhatIsLeft() {
 using Case = std::tuple<Moment, int, bool>;
 class Interruption : public testing::TestWithParam<Case> {
   protected:
+    Interruption() { EndWhatIsLeft(); }
     ~Interruption() override { EndWhatIsLeft(); }
 };
 

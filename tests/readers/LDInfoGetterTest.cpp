@@ -191,6 +191,20 @@ TEST_F(LDInfoGetterTest, ALineThatIsReadAgainMayEndTheFileWithoutALineFeed) {
     EXPECT_EQ(ItemsOf("RG0\nA : 1"), Lines{"|" + kRoot + "||TRUE"});
 }
 
+TEST_F(LDInfoGetterTest, ALineThatIsReadAgainMayHaveAnyLengthAndStandAnywhereInTheStreamsBuffer) {
+    constexpr std::size_t kBufferSize = 8191;
+    for (const std::size_t length : {1U, 255U, 256U, 257U, 20'000U}) {
+        const std::string title = "### " + std::string(length, 'T');
+        for (std::size_t begin = kBufferSize - 20; begin <= kBufferSize + 5; begin += 5) {
+            const std::string group = "RG0\nA : 1\n";
+            const std::string report = std::string(begin - group.size(), '\n') + group + title + "\nB : 2\n";
+            ASSERT_EQ(ItemsOf(report),
+                      (Lines{"|" + kRoot + "||TRUE", kRoot + "|" + title + "||TRUE", title + "|B|2|TRUE"}))
+                << length << " characters at " << begin;
+        }
+    }
+}
+
 TEST_F(LDInfoGetterTest, ADriveLineWithAColonDirectlyBehindGroupKeysIsAGroupKey) {
     EXPECT_EQ(ItemsBelow(kGeneral, "RG0\n>LD0(a:b, c, d)\n" + kGeneral + "\n"),
               (Lines{">LD0(a|b, c, d)|TRUE", kNoCache}));
