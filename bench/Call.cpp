@@ -11,11 +11,13 @@
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdlib>
 #include <map>
 #include <stdexcept>
 #include <string_view>
+#include <vector>
 
 namespace bench {
 namespace {
@@ -98,22 +100,29 @@ double Seconds(const auto& work) {
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
-/// The call and the bare commands by turns, so that whatever else the machine does happens to both.
+double Median(std::vector<double> values) {
+    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+    std::nth_element(values.begin(), middle, values.end());
+    return *middle;
+}
+
+/// The call and the bare commands by turns, so that whatever else the machine does happens to both; medians,
+/// since it happens to one of them more.
 void Compare(benchmark::State& state, Bench& bench, const Shape& shape) {
     bench.Choose(shape);
-    double bare = 0;
-    double call = 0;
+    std::vector<double> bare;
+    std::vector<double> call;
     for ([[maybe_unused]] const auto each : state) {
-        bare += Seconds([&] { bench.RunBare(); });
+        bare.push_back(Seconds([&] { bench.RunBare(); }));
         bench.CleanUp();
-        const double seconds = Seconds([&] { bench.Call(); });
-        call += seconds;
-        state.SetIterationTime(seconds);
+        call.push_back(Seconds([&] { bench.Call(); }));
+        state.SetIterationTime(call.back());
     }
-    const auto runs = static_cast<double>(state.iterations());
-    state.counters["bare_ms"] = bare / runs * 1e3;
-    state.counters["own_ms"] = (call - bare) / runs * 1e3;
-    state.counters["ratio"] = call / bare;
+    const double bareSeconds = Median(bare);
+    const double callSeconds = Median(call);
+    state.counters["bare_ms"] = bareSeconds * 1e3;
+    state.counters["own_ms"] = (callSeconds - bareSeconds) * 1e3;
+    state.counters["ratio"] = callSeconds / bareSeconds;
     state.counters["commands"] = static_cast<double>(bench.Commands());
 }
 

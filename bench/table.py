@@ -3,6 +3,7 @@
 
 import json
 import pathlib
+import re
 import subprocess
 import sys
 
@@ -25,9 +26,7 @@ class Results:
 
     @staticmethod
     def _plain_name(name):
-        for suffix in ("/manual_time", "/real_time", "/iterations:1"):
-            name = name.removesuffix(suffix)
-        return name
+        return re.sub(r"/(manual_time|real_time|iterations:\d+)", "", name)
 
     def time(self, name):
         entry = self.entries[name]

@@ -42,6 +42,6 @@ fi
 run memory
 run readers "${sizes[@]}" "${repetitions[@]}" --benchmark_enable_random_interleaving=true
 run conversion "${sizes[@]}" "${repetitions[@]}"
-run call --benchmark_repetitions=7
+run call --benchmark_repetitions=5 --benchmark_min_time=2
 run big_host
 bench/table.py "$results"
