@@ -209,10 +209,10 @@ void CMSRAID_InfoGetter::Trim(std::string& text) {
         return isBlank(character) || character == '\r' || character == '\n';
     };
     const auto end = std::find_if_not(text.rbegin(), text.rend(), isBlankOrLineEnd).base();
-    const auto start = std::find_if_not(text.begin(), end, isBlank);
+    const auto blanks = static_cast<std::size_t>(std::find_if_not(text.begin(), end, isBlank) - text.begin());
     text.erase(end, text.end());
-    if (start != text.begin()) {
-        text.erase(text.begin(), start);
+    if (blanks > 0) {
+        text.erase(0, blanks);
     }
 }
 
