@@ -11,6 +11,7 @@ namespace {
 /// Never destroyed: it keeps nothing once every item has been deleted, and an item that somebody holds beyond
 /// the library's end is not to be pulled from under him.
 ItemMemory& Memory() {
+    static_assert(alignof(DisplayItem) == alignof(void*));
     alignas(ItemMemory) static std::byte place[sizeof(ItemMemory)];
     static ItemMemory& memory = *new (place) ItemMemory(sizeof(DisplayItem));
     return memory;

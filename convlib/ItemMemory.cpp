@@ -29,7 +29,7 @@ void* ItemMemory::Take() {
         m_Free = m_Free->next;
         ASAN_UNPOISON_MEMORY_REGION(room, m_ItemSize);
     } else {
-        room = m_Rooms.allocate(m_ItemSize);
+        room = m_Rooms.allocate(m_ItemSize, alignof(FreeRoom));
     }
     ++m_Taken;
     return room;

@@ -17,7 +17,7 @@ namespace convlib {
 /// from. Any thread may take and give. `Take` throws std::bad_alloc.
 class ItemMemory final {
   public:
-    /// `itemSize` is that of a class, aligned as `new` aligns, and at least that of a pointer.
+    /// `itemSize` is that of a class that is aligned as pointers are, and no smaller than one.
     explicit ItemMemory(std::size_t itemSize) : m_ItemSize(itemSize) {}
 
     [[nodiscard]] void* Take();
@@ -28,7 +28,7 @@ class ItemMemory final {
         FreeRoom* next;
     };
 
-    /// The heap, told to use large pages for what is as large.
+    /// The heap, told to use large pages for what fills some.
     class Pages final : public std::pmr::memory_resource {
         void* do_allocate(std::size_t size, std::size_t alignment) override;
         void do_deallocate(void* pages, std::size_t size, std::size_t alignment) override;

@@ -39,10 +39,6 @@ namespace {
 
 constexpr std::size_t kFormatBufferSize = 768;
 
-// Up to here a line is put back by steps, which cost next to nothing within the stream's buffer and a read
-// each in front of it; seeking drops the buffer and reads it anew, however short the line.
-constexpr std::size_t kLongLine = 256;
-
 constexpr const char* kReasonToolFailed = "01";
 constexpr const char* kReasonReportNotReadable = "04";
 constexpr const char* kReasonReportNotParsable = "06";
@@ -253,19 +249,9 @@ ResultCode CMSRAID_InfoGetter::ReadKeyLines(std::ifstream& file,
 }
 
 void CMSRAID_InfoGetter::PutBack(std::ifstream& file, const std::string& line) {
-    // The last line of a report may lack its line feed.
+    // The last line of a report may lack its line feed; seekg() clears the end-of-file state.
     const std::size_t length = line.size() + (file.eof() ? 0 : 1);
-    if (length > kLongLine) {
-        file.seekg(-static_cast<std::streamoff>(length), std::ios::cur);
-        return;
-    }
-    file.clear();
-    for (std::size_t step = 0; step < length; ++step) {
-        if (file.rdbuf()->sungetc() == std::ifstream::traits_type::eof()) {
-            file.setstate(std::ios::badbit);
-            return;
-        }
-    }
+    file.seekg(-static_cast<std::streamoff>(length), std::ios::cur);
 }
 
 ResultCode CMSRAID_InfoGetter::InsertItem(ItemList& list, ItemList::const_iterator place,
