@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Measures what the module costs beside the tool: builds as released, runs every benchmark side by side, prints a
-# table with the goals and draws the plot of growth into build/bench/results/. Most of an hour on two cores.
+# table with the goals and draws the plot of growth into build/bench/results/. Half an hour on two cores.
 #
 #   scripts/bench.sh                 everything, with reports of up to a million drives (for a machine of 20 GB)
 #   scripts/bench.sh --quick         up to ten thousand, more briefly
