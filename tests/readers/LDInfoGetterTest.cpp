@@ -193,7 +193,7 @@ TEST_F(LDInfoGetterTest, ALineThatIsReadAgainMayEndTheFileWithoutALineFeed) {
 
 TEST_F(LDInfoGetterTest, ALineThatIsReadAgainMayHaveAnyLengthAndStandAnywhereInTheStreamsBuffer) {
     constexpr std::size_t kBufferSize = 8191;
-    for (const std::size_t length : {1U, 255U, 256U, 257U, 20'000U}) {
+    for (const std::size_t length : {1U, 300U, 20'000U}) {
         const std::string title = "### " + std::string(length, 'T');
         for (std::size_t begin = kBufferSize - 20; begin <= kBufferSize + 5; begin += 5) {
             const std::string group = "RG0\nA : 1\n";
