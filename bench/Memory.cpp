@@ -87,7 +87,7 @@ void Conversion(benchmark::State& state) {
 
 void ConvertedText(benchmark::State& state) {
     const std::string path = ReportOf(Kind::Drives, Drives(state)).path;
-    Tell(state, [&] { return static_cast<double>(PlainWriter(Read(Kind::Drives, path), true).Size()); });
+    Tell(state, [&] { return static_cast<double>(PlainWriter(Read(Kind::Drives, path), true).Write().Text().size()); });
 }
 
 void Plain(benchmark::State& state) {
@@ -97,7 +97,7 @@ void Plain(benchmark::State& state) {
         const PlainWriter writer(items, true);
         const double before = Resident();
         ForgetPeak();
-        benchmark::DoNotOptimize(writer.Size());
+        benchmark::DoNotOptimize(writer.Write());
         return PeakResident() - before;
     });
 }

@@ -5,6 +5,12 @@
 #include <utility>
 
 namespace convlib {
+namespace {
+
+/// In the place of the hash of a parent's name: it is that of the item before, as it mostly is.
+constexpr NameHash kAsBefore = kNoHash;
+
+}  // namespace
 
 ItemTree::ItemTree(const ItemList& items, std::size_t maxItems) {
     if (items.size() > maxItems) {
@@ -18,9 +24,13 @@ ItemTree::ItemTree(const ItemList& items, std::size_t maxItems) {
 void ItemTree::TakeItems(const ItemList& items) {
     m_Nodes.reserve(items.size() + 1);
     m_Nodes.push_back({nullptr, kNone, kNone});
-    for (const CItemDisp* const item : items) {
-        if (item != nullptr) {
-            m_Nodes.push_back({static_cast<const DisplayItem*>(item), HashOf(item->m_Name), kNone});
+    std::string_view parentName;
+    for (const CItemDisp* const each : items) {
+        if (each != nullptr) {
+            const auto& item = static_cast<const DisplayItem&>(*each);
+            const bool isAsBefore = item.m_ParentName == parentName;
+            parentName = item.m_ParentName;
+            m_Nodes.push_back({&item, HashOf(item.m_Name), isAsBefore ? kAsBefore : HashOf(parentName)});
         }
     }
 }
@@ -32,15 +42,12 @@ NameTable ItemTree::NumberParentNames() {
         ownNames.Add(m_Nodes[index].firstChild);
     }
     NameTable parentNames;
-    std::string_view name;  // "" at first, which is nobody's number.
     Index number = NameTable::kNone;
     for (std::size_t index = kDocument + 1; index < m_Nodes.size(); ++index) {
         Node& node = m_Nodes[index];
-        if (node.item->m_ParentName != name) {  // Most stand beside the one before.
-            name = node.item->m_ParentName;
-            const NameHash hash = HashOf(name);
-            const bool isNone = name.empty() || !ownNames.MayHold(hash);
-            number = isNone ? NameTable::kNone : parentNames.NumberOf(name, hash);
+        if (node.link != kAsBefore) {
+            const bool mayBeFound = ownNames.MayHold(node.link) && !node.item->m_ParentName.empty();
+            number = mayBeFound ? parentNames.NumberOf(node.item->m_ParentName, node.link) : NameTable::kNone;
         }
         node.link = number;
     }

@@ -38,7 +38,7 @@ class ItemTree final {
     struct Node {
         const DisplayItem* item;
         Index firstChild;  ///< the hash of its own name, then the first child
-        Index link;        ///< the number of the parent's name, then the parent, then the next sibling
+        Index link;        ///< the hash of the parent's name, its number, the parent, then the next sibling
     };
 
     void TakeItems(const ItemList& items);

@@ -15,23 +15,20 @@ std::size_t FirstBits(NameHash hash, unsigned bits) {
     return hash >> (kHashBits - bits);
 }
 
+/// So many that a word is shared by four to eight names.
 unsigned FilterBits(std::size_t names) {
-    constexpr std::size_t kPlacesForName = 8;
-    return std::min<unsigned>(static_cast<unsigned>(std::bit_width(kPlacesForName * names)), kHashBits);
+    constexpr std::size_t kNamesOfWord = 8;
+    return std::clamp(static_cast<unsigned>(std::bit_width(names / kNamesOfWord)), 1U, kHashBits);
 }
 
 }  // namespace
 
 NameHash HashOf(std::string_view name) {
-    return static_cast<NameHash>(std::hash<std::string_view>()(name));
+    return std::min(static_cast<NameHash>(std::hash<std::string_view>()(name)), kNoHash - 1);
 }
 
 NameFilter::NameFilter(std::size_t names)
-    : m_Bits(std::max(FilterBits(names), 1U)), m_IsKnown(std::size_t{1} << m_Bits) {}
-
-std::size_t NameFilter::PlaceOf(NameHash name) const {
-    return FirstBits(name, m_Bits);
-}
+    : m_Shift(kHashBits - FilterBits(names)), m_Words(std::size_t{1} << FilterBits(names)) {}
 
 NameTable::Number NameTable::NumberOf(std::string_view name, NameHash hash) {
     if (2 * m_Names.size() >= m_Slots.size()) {

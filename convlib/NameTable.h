@@ -10,25 +10,35 @@ namespace convlib {
 
 using NameHash = std::uint32_t;
 
+/// The hash of no name.
+constexpr NameHash kNoHash = std::numeric_limits<NameHash>::max();
+
 [[nodiscard]] NameHash HashOf(std::string_view name);
 
-/// Tells of most names that they are not among some others, in a byte or two for each of those: a parent that
-/// no item can be needs no number.
+/// Tells of most names that they are not among some others, in one or two bytes for each of those: a parent
+/// that no item can be needs no number.
 class NameFilter final {
   public:
     /// For as many names as that, or the answers get less useful.
     explicit NameFilter(std::size_t names);
 
-    void Add(NameHash name) { m_IsKnown[PlaceOf(name)] = true; }
+    void Add(NameHash name) { m_Words[name >> m_Shift] |= MarksOf(name); }
 
     /// False: no such name has been added. True: one may have been.
-    [[nodiscard]] bool MayHold(NameHash name) const { return m_IsKnown[PlaceOf(name)]; }
+    [[nodiscard]] bool MayHold(NameHash name) const {
+        return (m_Words[name >> m_Shift] & MarksOf(name)) == MarksOf(name);
+    }
 
   private:
-    [[nodiscard]] std::size_t PlaceOf(NameHash name) const;
+    using Word = std::uint64_t;
 
-    unsigned m_Bits;
-    std::vector<bool> m_IsKnown;
+    /// Two of a word's bits, by the end of the hash: its front tells the word.
+    static constexpr Word MarksOf(NameHash name) {
+        return Word{1} << (name & 63U) | Word{1} << (name >> 6U & 63U);
+    }
+
+    unsigned m_Shift;
+    std::vector<Word> m_Words;
 };
 
 /// Numbers names in the order in which they come: 0, 1, 2, ... Allocates for no name of its own, since a list

@@ -30,9 +30,8 @@ bool HasValue(const DisplayItem& item, bool hasChildren) {
 
 class PlainWriter::Output final {
   public:
-    explicit Output(bool isIndented)
-        : m_Buffer(xmlBufferCreate(), xmlBufferFree),
-          m_Writer(xmlNewTextWriterMemory(m_Buffer.get(), 0), xmlFreeTextWriter) {
+    Output(xmlBuffer* buffer, bool isIndented)
+        : m_Writer(xmlNewTextWriterMemory(buffer, 0), xmlFreeTextWriter) {
         if (m_Writer == nullptr) {
             throw std::bad_alloc();
         }
@@ -62,21 +61,26 @@ class PlainWriter::Output final {
     void EndElement() { Require(xmlTextWriterEndElement(m_Writer.get())); }
     void End() { Require(xmlTextWriterEndDocument(m_Writer.get())); }
 
-    [[nodiscard]] const char* Text() const {
-        return reinterpret_cast<const char*>(xmlBufferContent(m_Buffer.get()));
-    }
-    [[nodiscard]] std::size_t Size() const {
-        return static_cast<std::size_t>(xmlBufferLength(m_Buffer.get()));
-    }
-
   private:
     void Add(const char* name, const char* value) {
         Require(xmlTextWriterWriteAttribute(m_Writer.get(), Xml(name), Xml(value)));
     }
 
-    std::unique_ptr<xmlBuffer, decltype(&xmlBufferFree)> m_Buffer;
     std::unique_ptr<xmlTextWriter, decltype(&xmlFreeTextWriter)> m_Writer;
 };
+
+// As it comes the buffer grows by what is needed, which costs three times as much for a gigabyte.
+PlainWriter::Document::Document() : m_Buffer(xmlBufferCreate(), xmlBufferFree) {
+    if (m_Buffer == nullptr) {
+        throw std::bad_alloc();
+    }
+    xmlBufferSetAllocationScheme(m_Buffer.get(), XML_BUFFER_ALLOC_DOUBLEIT);
+}
+
+std::string_view PlainWriter::Document::Text() const {
+    return {reinterpret_cast<const char*>(xmlBufferContent(m_Buffer.get())),
+            static_cast<std::size_t>(xmlBufferLength(m_Buffer.get()))};
+}
 
 PlainWriter::PlainWriter(const ItemList& items, bool isIndented) : m_IsIndented(isIndented) {
     const ItemTree tree(items);
@@ -100,7 +104,9 @@ PlainWriter::PlainWriter(const ItemList& items, bool isIndented) : m_IsIndented(
     }
 }
 
-void PlainWriter::Write(Output& output) const {
+PlainWriter::Document PlainWriter::Write() const {
+    Document document;
+    Output output(document.m_Buffer.get(), m_IsIndented);
     output.Begin();
     for (const Step& step : m_Steps) {
         if (step.item == nullptr) {
@@ -110,18 +116,7 @@ void PlainWriter::Write(Output& output) const {
         }
     }
     output.End();
-}
-
-std::string PlainWriter::Text() const {
-    Output output(m_IsIndented);
-    Write(output);
-    return {output.Text(), output.Size()};
-}
-
-std::size_t PlainWriter::Size() const {
-    Output output(m_IsIndented);
-    Write(output);
-    return output.Size();
+    return document;
 }
 
 }  // namespace bench

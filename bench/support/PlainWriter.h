@@ -2,7 +2,10 @@
 
 #include "convlib/ItemTree.h"
 
-#include <string>
+#include <libxml/tree.h>
+
+#include <memory>
+#include <string_view>
 #include <vector>
 
 namespace bench {
@@ -15,11 +18,18 @@ class PlainWriter final {
     /// of very many levels would mostly consist of.
     PlainWriter(const ItemList& items, bool isIndented);
 
-    /// Throws std::runtime_error where libxml2 fails.
-    [[nodiscard]] std::string Text() const;
+    class Document final {
+      public:
+        Document();
+        [[nodiscard]] std::string_view Text() const;
 
-    /// As `Text`, but the text is dropped; its size is the result.
-    [[nodiscard]] std::size_t Size() const;
+      private:
+        friend class PlainWriter;
+        std::unique_ptr<xmlBuffer, decltype(&xmlBufferFree)> m_Buffer;
+    };
+
+    /// Throws std::runtime_error where libxml2 fails.
+    [[nodiscard]] Document Write() const;
 
   private:
     struct Step {
@@ -28,8 +38,6 @@ class PlainWriter final {
         bool hasChildren = false;
     };
     class Output;
-
-    void Write(Output& output) const;
 
     bool m_IsIndented;
     std::vector<Step> m_Steps;

@@ -56,7 +56,7 @@ TEST(NameFilter, KnowsEveryNameAddedAndFewOthers) {
             ASSERT_TRUE(filter.MayHold(HashOf("Capacity " + std::to_string(number))));
             mistaken += filter.MayHold(HashOf("Parent " + std::to_string(number))) ? 1U : 0U;
         }
-        EXPECT_LE(mistaken, count / 7);
+        EXPECT_LE(mistaken, count / 14);
     }
 }
 

@@ -168,10 +168,29 @@ TEST(XmlConverterTest, AnItemIsNeverItsOwnParent) {
 TEST(XmlConverterTest, AnEmptyParentNameIsTheDocumentEvenBehindANamelessItem) {
     Items items;
     items.Add("", "");
-    items.Add("", "key");
+    items.Add("", "root");
+    items.Add("root", "key");
+    items.Add("", "other root");
     ExpectItems(items,
                 "  <Item Name=\"\" Valid=\"TRUE\"/>\n"
-                "  <Item Name=\"key\" Valid=\"TRUE\"/>\n");
+                "  <Item Name=\"root\" Valid=\"TRUE\">\n"
+                "    <Item Name=\"key\" Value=\"\" Valid=\"TRUE\"/>\n"
+                "  </Item>\n"
+                "  <Item Name=\"other root\" Valid=\"TRUE\"/>\n");
+}
+
+// All 32 bits of this name's hash are set, with the standard library at hand: no name's hash otherwise.
+TEST(XmlConverterTest, ANameIsAParentWhateverItsHash) {
+    Items items;
+    items.Add("", "root");
+    items.Add("root", "Drive 593808172");
+    items.Add("Drive 593808172", "key");
+    ExpectItems(items,
+                "  <Item Name=\"root\" Valid=\"TRUE\">\n"
+                "    <Item Name=\"Drive 593808172\" Valid=\"TRUE\">\n"
+                "      <Item Name=\"key\" Value=\"\" Valid=\"TRUE\"/>\n"
+                "    </Item>\n"
+                "  </Item>\n");
 }
 
 TEST(XmlConverterTest, NamesAreComparedWhole) {
