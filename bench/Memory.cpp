@@ -87,7 +87,9 @@ void Conversion(benchmark::State& state) {
 
 void ConvertedText(benchmark::State& state) {
     const std::string path = ReportOf(Kind::Drives, Drives(state)).path;
-    Tell(state, [&] { return static_cast<double>(PlainWriter(Read(Kind::Drives, path), true).Write().Text().size()); });
+    Tell(state, [&] {
+        return static_cast<double>(PlainWriter(Read(Kind::Drives, path), true).Write().Text().size());
+    });
 }
 
 void Plain(benchmark::State& state) {
