@@ -23,8 +23,11 @@ void* DisplayItem::operator new(std::size_t /*size*/) {
     return Memory().Take();
 }
 
+// Whether a null pointer comes here is left to the compiler.
 void DisplayItem::operator delete(void* item) noexcept {
-    Memory().Give(item);
+    if (item != nullptr) {
+        Memory().Give(item);
+    }
 }
 
 }  // namespace convlib

@@ -52,7 +52,7 @@ class NameFilter final {
 ///
 /// `hash` is the name's `HashOf`, which its callers need elsewhere too. Linear in the names unless they
 /// collide as hashes. Keeps views of the names, which must stay as they are. What allocation throws leaves
-/// the table as it was. At most `kNone` names.
+/// the table as it was. Fewer than two to the power of 31 names.
 class NameTable final {
   public:
     using Number = std::uint32_t;

@@ -110,7 +110,8 @@ class Parser final {
         AddOption("--trace-file", m_Options.traceFile, "FILE",
                   "Trace to this file; all levels without --trace");
         AddOption("--app-key", m_Options.appKey, "KEY", "Application key of the caller");
-        AddOption("--output", m_Options.output, "FILE", "Store what is printed in this file");
+        AddOption("--output", m_Options.output, "FILE",
+                  "Store what is printed in this file; - is standard output");
         AddOption("--format", m_Format, "FORMAT",
                   "Of show, smart, get-info and get-pd-info: xml, tree, table, json,\nhtml or prometheus");
         AddShow();
@@ -214,6 +215,9 @@ class Parser final {
         RejectEmpty("--trace-file", m_Options.traceFile);
         RejectEmpty("--output", m_Options.output);
         RejectEmpty("--document", m_Options.document);
+        if (m_Options.output == "-") {
+            m_Options.output.reset();
+        }
         m_Options.traceLevels = m_Options.traceFile ? CTraceOutput::ALL_LEVELS : 0;
         if (m_Trace) {
             const auto levels = ParseTraceLevels(*m_Trace);

@@ -42,7 +42,9 @@ constexpr const char* kReasonNoAuthority = "07";
 constexpr const char* kReasonParameter = "09";
 
 // A wrapper lives on when its provider is gone. It is kept where it can be found, so that it is no leak, and
-// its memory goes with the module, without the destructor's words in the trace.
+// its memory goes with the module, without the destructor's words in the trace. What keeps it is there from
+// the module's loading, not from the first provider on: handlers that a host registers in between may still
+// call while the process exits.
 struct KeptWrapper {
     KeptWrapper() : m_Library() {}
     ~KeptWrapper() {}  // NOLINT(modernize-use-equals-default): the member is left alone.
@@ -53,14 +55,16 @@ struct KeptWrapper {
     };
 };
 
+std::mutex g_WrappersMutex;
+std::forward_list<KeptWrapper> g_Wrappers;
+
 CMSRAID_MngLib* MakeWrapper() {
-    static std::mutex mutex;
-    static std::forward_list<KeptWrapper> wrappers;
-    const std::lock_guard lock(mutex);
-    return &wrappers.emplace_front().m_Library;
+    const std::lock_guard lock(g_WrappersMutex);
+    return &g_Wrappers.emplace_front().m_Library;
 }
 
-void Deliver(IWbemClassObject* outParams, IWbemObjectSink* sink, ResultCode returnValue) {
+// The sink gets the address of the call's own pointer, which lives until the call is over.
+void Deliver(IWbemClassObject*& outParams, IWbemObjectSink* sink, ResultCode returnValue) {
     if (outParams != nullptr) {
         CIWbemUtil::setReturnValueToIWbemClassObject(outParams, returnValue);
         if (sink != nullptr) {
@@ -76,7 +80,7 @@ void Complete(IWbemObjectSink* sink, DWORD status) {
 }
 
 // For handlers: what failed once may fail again, and the call must still come to its status.
-void DeliverException(IWbemClassObject* outParams, IWbemObjectSink* sink) noexcept {
+void DeliverException(IWbemClassObject*& outParams, IWbemObjectSink* sink) noexcept {
     try {
         Deliver(outParams, sink, msraid::kDispatchException);
     } catch (...) {

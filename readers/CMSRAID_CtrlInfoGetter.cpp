@@ -35,15 +35,19 @@ CMSRAID_CtrlInfoGetter::~CMSRAID_CtrlInfoGetter() {
 
 ResultCode CMSRAID_CtrlInfoGetter::GetCtrlNum(char* count) {
     const OperationTrace operation("CMSRAID_CtrlInfoGetter::GetCtrlNum");
-    return ReadReport("All", [count](std::ifstream& file, const std::string& /*path*/) {
-        unsigned controllers = 0;
-        std::string line;
-        while (std::getline(file, line)) {
-            controllers += IsControllerLine(line) ? 1U : 0U;
-        }
+    unsigned controllers = 0;
+    const ResultCode result =
+        ReadReport("All", [&controllers](std::ifstream& file, const std::string& /*path*/) {
+            std::string line;
+            while (std::getline(file, line)) {
+                controllers += IsControllerLine(line) ? 1U : 0U;
+            }
+            return kSuccess;
+        });
+    if (result == kSuccess) {
         *count = static_cast<char>(controllers);
-        return kSuccess;
-    });
+    }
+    return result;
 }
 
 bool CMSRAID_CtrlInfoGetter::IsControllerLine(const std::string& line) {
@@ -127,8 +131,7 @@ ResultCode CMSRAID_CtrlInfoGetter::ParseSettingInfo(std::ifstream& in, std::stri
     bool hasReconstructionRate = false;
     auto placeholderPlace = m_ItemList.end();
     const ResultCode result = ReadKeyLines(in, [&](const CItemDisp& item) {
-        // A rate seen last moves the place from the section's end to right behind itself, wherever more lines
-        // go.
+        // The missing rate goes behind the last of these, else to the section's end.
         if (item.m_Name == CTRL_RECON_RATE_NAME) {
             hasReconstructionRate = true;
         } else if (item.m_Name == CTRL_CC_RATE_NAME) {

@@ -13,6 +13,7 @@
 ///     RG No.            : 0
 ///     >LD0(system, 558 GB, Optimal)
 ///     >>PD3(3, Online)
+///
 ///     ### General Information ###
 ///     # of PD           : 2
 ///

@@ -5,6 +5,7 @@
 
 #include "qel/CStringUtil.h"
 
+#include <cstdlib>
 #include <iterator>
 #include <vector>
 
@@ -50,6 +51,7 @@ const std::string CMSRAID_PDInfoGetter::PD_POWER_STAT_NAME = "Power Status";
 
 namespace {
 
+constexpr int kDecimal = 10;
 constexpr long kFirstVersionWithoutSMART = 4;
 constexpr const char* kNoGroup = "-";
 constexpr const char* kNoLogicalDrive = "None";
@@ -57,7 +59,8 @@ constexpr const char* kNoLogicalDrive = "None";
 bool CanLeaveSMARTOut(const std::string& version) {
     std::vector<std::string> parts;
     CStringUtil::SplitByDot(version, parts);
-    return parts.size() == 2 && CStringUtil::TStringToNumber(parts.front()) >= kFirstVersionWithoutSMART;
+    return parts.size() == 2 &&
+           std::strtol(parts.front().c_str(), nullptr, kDecimal) >= kFirstVersionWithoutSMART;
 }
 
 }  // namespace

@@ -7,12 +7,14 @@
 
 /// Reads the physical-drive report, "vdkcli -pdinfo -a0", one tree per drive:
 ///
-///     PD3(LD1)                             drive name and membership: LDn, GHS, RLD, DHS RGn or anything
-///     else
+///     PD3(LD1)                      drive name and membership: LDn, GHS, RLD, DHS RGn or anything else
 ///     ### General Information ###
-///     PD Status         : ONLINE           becomes "PD Status" (NO ERROR) and "PD Status(Detail)" (ONLINE)
-///     ### Slot Information ###             shown as "### Enclosure Properties Information ###"
-///     ### SMART Information ###            dropped up to the next drive
+///     PD Status : ONLINE            becomes "PD Status" (NO ERROR) and "PD Status(Detail)" (ONLINE)
+///
+///     ### Slot Information ###      shown as "### Enclosure Properties Information ###"
+///     Slot No. : 3
+///
+///     ### SMART Information ###     dropped up to the next drive
 ///
 /// The RAID group of a drive that belongs to a logical drive comes from the logical-drive report, which is
 /// run first.

@@ -17,9 +17,10 @@
 /// That of a SAS drive is cut at the positions of its header's columns, below head lines that name what
 /// follows:
 ///
-///     Attribute      Errors Corrected   Total
+///     Attribute   Fast   Delayed   Total
+///     --------------------------------- (ignored as well)
 ///     [Head 0]
-///     Read           12                 12
+///     Read        633    0         633
 ///
 /// A row too short for its cut leaves `GetInfo` by std::out_of_range, by contract.
 class CMSRAID_PDSMInfoGetter final : public CMSRAID_PDInfoGetter {

@@ -128,6 +128,14 @@ TEST(Document, OutputThroughALinkReplacesTheFileAndKeepsTheLink) {
     EXPECT_EQ(ReadFile(folder / "raid.xml"), RunCommand({"--scenario", "empty", "get-info"}).out);
 }
 
+TEST(Document, OutputToAHyphenIsStandardOutput) {
+    const TempFolder folder;
+    const Command command{.words = {"--scenario", "empty", "--output", "-", "get-info"},
+                          .inChild = [&folder] { fs::current_path(folder.Path()); }};
+    EXPECT_EQ(command.Run().out, RunCommand({"--scenario", "empty", "get-info"}).out);
+    EXPECT_TRUE(folder.Names().empty());
+}
+
 TEST(Document, OutputToADeviceLeavesTheDevice) {
     EXPECT_EQ(RunCommand({"--scenario", "empty", "--output", "/dev/null", "get-info"}).ExitStatus(), 0);
     EXPECT_TRUE(fs::is_character_file("/dev/null"));

@@ -452,6 +452,17 @@ TEST_F(CtrlInfoGetterTest, ACountThatFailsStoresNothingAndLeavesNoFile) {
     EXPECT_EQ(count, 99);
 }
 
+TEST_F(CtrlInfoGetterTest, ACountOfAReportThatCannotBeReadToItsEndIsNotStored) {
+    CMSRAID_CtrlInfoGetter reader;
+    reader.*(&ReaderAccess::m_CmdFormat) = "vdkcli -v >/dev/null 2>&1; cd " + m_Root.Path().string() +
+                                           "/tmp/MSRAID && for f in *; do rm $f; mkdir $f; done #%s";
+    char count = 99;
+    EXPECT_EQ(reader.GetCtrlNum(&count), 0x80000001U);
+    EXPECT_EQ(reader.GetReason(), "04");
+    EXPECT_EQ(count, 99);
+    m_ExpectedLeftFiles = m_Root.ResultFiles();
+}
+
 TEST_F(CtrlInfoGetterTest, ACountsFileThatCannotBeDeletedDoesNotChangeTheResult) {
     CMSRAID_CtrlInfoGetter reader;
     reader.*(&ReaderAccess::m_CmdFormat) = CommandWithPinnedFile();

@@ -4,9 +4,11 @@
 #include "tests/unkind_host/UnkindHostTest.h"
 #include "tests/unkind_host/Usage.h"
 
+#include <dlfcn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <memory>
 #include <set>
 #include <thread>
@@ -112,6 +114,29 @@ TEST_F(ProvidersTest, LoadingTheModuleAgainAndAgainTakesNothing) {
         return Usage::Now(m_Root.Path()).GrowthSince(before);
     });
     EXPECT_EQ(seen, "");
+}
+
+// Its handler was there before the first provider was, and so runs behind whatever that one registered.
+TEST_F(ProvidersTest, AHostMayAskOnceMoreWhileItExits) {
+    static const std::string answer = m_Root / "answer";
+    static LoadedProvider* provider = nullptr;
+    const std::string seen = testsupport::InChild([] {
+        const StandIn standIn;
+        const pid_t host = ::fork();
+        if (host == 0) {
+            ::dlopen((std::string(UNKIND_HOST_CIM) + "/" + kModuleFile).c_str(), RTLD_NOW);
+            std::atexit([] {
+                testsupport::WriteFile(answer, provider->GetPDInfo());
+                delete provider;
+            });
+            provider = new LoadedProvider;
+            std::exit(0);
+        }
+        int status = -1;
+        ::waitpid(host, &status, 0);
+        return std::to_string(status) + "\n" + testsupport::ReadFile(answer);
+    });
+    EXPECT_EQ(seen, "0\n" + InHost([](Host& host) { return host.m_Provider.GetPDInfo(); }));
 }
 
 }  // namespace

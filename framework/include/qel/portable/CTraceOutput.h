@@ -44,6 +44,7 @@ class QEL_API CTraceOutput {
     /// value messages of WriteTrace are written too.
     static void SetLevels(unsigned levels) noexcept;
 
+    /// A forked child goes on with what was standard error when it was forked, whatever it makes of that.
     static void UseStandardError() noexcept;
 
     /// Writes to that file from now on, emptying it first. On failure returns false with `errno` set and
