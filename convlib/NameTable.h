@@ -34,7 +34,7 @@ class NameFilter final {
 
     /// Two of a word's bits, by the end of the hash: its front tells the word.
     static constexpr Word MarksOf(NameHash name) {
-        return Word{1} << (name & 63U) | Word{1} << (name >> 6U & 63U);
+        return (Word{1} << (name & 63U)) | (Word{1} << ((name >> 6U) & 63U));
     }
 
     unsigned m_Shift;

@@ -17,7 +17,8 @@ class QelLibIF {
     /// Converts `items` as their fields stand now. `option` is 0, `kind` the kind of document ("RAID").
     /// Returns 0 and stores a NUL-terminated text in `*xml`, which belongs to this object and lives until the
     /// next conversion or until the object is destroyed; any other result is a failure code and leaves `*xml`
-    /// alone. Throws no type of its own library's, which is closed before anybody handles the exception.
+    /// alone. Throws standard exceptions at most: a type of its own would be gone with the library before
+    /// anybody handles it.
     virtual std::uint32_t ConvertToXml(int option, const char* kind, ItemList* items, const char** xml) = 0;
 
   protected:
