@@ -25,6 +25,7 @@ class ItemTree final {
     static constexpr Index kDocument = 0;
     /// No such node: the document is nobody's child and nobody's sibling.
     static constexpr Index kNone = 0;
+    /// As many as a `NameTable` holds, were each the parent of another.
     static constexpr std::size_t kMaxItems = std::numeric_limits<Index>::max() / 2;
 
     explicit ItemTree(const ItemList& items, std::size_t maxItems = kMaxItems);

@@ -18,6 +18,7 @@ class PlainWriter final {
     /// of very many levels would mostly consist of.
     PlainWriter(const ItemList& items, bool isIndented);
 
+    /// The text, where libxml2 has put it.
     class Document final {
       public:
         Document();

@@ -96,7 +96,7 @@ TEST_F(ProvidersTest, TwoHostsMayShareAnInstallRoot) {
 
 TEST_F(ProvidersTest, LoadingTheModuleAgainAndAgainTakesNothing) {
     constexpr int kRounds = kHasAddressSanitizer ? 60 : 1000;
-    constexpr int kWarmUp = kRounds / 3;
+    constexpr int kWarmUp = kRounds / 3;  // The heap settles only after some hundred loads.
     const std::string seen = testsupport::InChild([&] {
         const StandIn standIn;
         Usage before;
