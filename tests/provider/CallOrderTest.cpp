@@ -10,7 +10,9 @@
 
 namespace {
 
+using ::testing::Contains;
 using ::testing::ElementsAre;
+using ::testing::Not;
 
 std::vector<std::string> g_events;
 bool g_hasMemory = true;
@@ -92,6 +94,9 @@ class NotingSink final : public IWbemObjectSink {
         EXPECT_EQ(count, 1);
         EXPECT_NE(objects[0], nullptr);
         Note("Indicate");
+        if (m_Instead != nullptr) {
+            objects[0] = m_Instead;
+        }
         return 0;
     }
     HRESULT SetStatus(long /*flags*/, HRESULT /*status*/, BSTR /*text*/,
@@ -99,6 +104,8 @@ class NotingSink final : public IWbemObjectSink {
         Note("SetStatus");
         return 0;
     }
+
+    IWbemClassObject* m_Instead = nullptr;  ///< Left in the place of what it is told, if anything.
 };
 
 class CallOrderTest : public testsupport::CallTest {
@@ -139,6 +146,15 @@ TEST_F(CallOrderTest, OfAMethodOfItsOwn) {
                     "SysFreeString ZORBALT_MngSrvRaid",
                     "trace CZORBALT_MngSrvRaid::ExecMethodAsync mr=0x000000a0",
                     "trace CZORBALT_MngSrvRaid::ExecMethodAsync() [END]"));
+}
+
+TEST_F(CallOrderTest, TheSinkIsTheOneToSayWhatIsReleasedInTheInstancesPlace) {
+    m_Tool.Uninstall();
+    NotingObject other{"other", nullptr};
+    m_Sink.m_Instead = &other;
+    const std::vector<std::string> events = EventsOf("GetInfo", &m_Class);
+    EXPECT_THAT(events, Contains("Release other"));
+    EXPECT_THAT(events, Not(Contains("Release instance")));
 }
 
 TEST_F(CallOrderTest, WithoutTheClassTheNameIsFreedBeforeTheStatusIsSet) {
