@@ -1,10 +1,10 @@
 // What starting the tool costs a host process that has much memory resident.
 
-#include "bench/support/InChild.h"
-#include "bench/support/Main.h"
-#include "bench/support/Server.h"
 #include "report/CMSRAID_VDK.h"
-#include "tests/support/TempFolder.h"
+#include "support/InChild.h"
+#include "support/Main.h"
+#include "support/Server.h"
+#include "test_support/TempFolder.h"
 
 #include <benchmark/benchmark.h>
 #include <spawn.h>

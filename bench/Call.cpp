@@ -1,11 +1,11 @@
 // What a whole call of the loaded module costs beside the tool's commands with nothing around them.
 
-#include "bench/support/Main.h"
-#include "bench/support/Server.h"
-#include "host/MethodCall.h"
-#include "host/Module.h"
+#include "calls/MethodCall.h"
+#include "calls/Module.h"
 #include "itemconv/CMSRAID_MngLib.h"
-#include "tests/support/TempFolder.h"
+#include "support/Main.h"
+#include "support/Server.h"
+#include "test_support/TempFolder.h"
 
 #include "qel/portable/CTraceOutput.h"
 
@@ -55,7 +55,7 @@ class CommandListener final : public ITraceListener {
 
 class Bench final {
   public:
-    Bench() : m_Module(host::Module::Load(host::Module::DefaultPath())) {
+    Bench() : m_Module(calls::Module::Load(calls::Module::DefaultPath())) {
         for (const Shape& shape : kServers) {
             fs::create_directory(FolderOf(shape));
             WriteServer(FolderOf(shape), shape.controllers, shape.drives);
@@ -72,7 +72,7 @@ class Bench final {
     }
 
     void Call() {
-        const host::MethodOutcome outcome = host::CallMethod(m_Module.Provider(), {"GetInfo", {}, {}});
+        const calls::MethodOutcome outcome = calls::CallMethod(m_Module.Provider(), {});
         if (!outcome.document) {
             throw std::runtime_error("the call fails");
         }
@@ -90,7 +90,7 @@ class Bench final {
     [[nodiscard]] fs::path FolderOf(const Shape& shape) const { return m_Folder.Path() / shape.name; }
 
     testsupport::TempFolder m_Folder;
-    host::Module m_Module;
+    calls::Module m_Module;
     std::vector<std::string> m_Commands;
 };
 

@@ -1,11 +1,11 @@
 // What the conversion of items into XML costs beside the same document written by libxml2.
 
-#include "bench/support/Clock.h"
-#include "bench/support/Main.h"
-#include "bench/support/PlainWriter.h"
-#include "bench/support/Reading.h"
-#include "bench/support/Shapes.h"
-#include "convlib/XmlConverter.h"
+#include "XmlConverter.h"
+#include "support/Clock.h"
+#include "support/Main.h"
+#include "support/PlainWriter.h"
+#include "support/Reading.h"
+#include "support/Shapes.h"
 
 #include <algorithm>
 #include <memory>

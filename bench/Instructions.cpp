@@ -1,8 +1,8 @@
 // One part of the module's work on a fixed scenario, for callgrind to count the instructions of what is
 // between the two requests: bench_instructions PART [DRIVES].
 
-#include "bench/support/Reading.h"
-#include "convlib/XmlConverter.h"
+#include "XmlConverter.h"
+#include "support/Reading.h"
 
 #include <valgrind/callgrind.h>
 

@@ -1,11 +1,11 @@
 // What a report takes up until it is converted, and what the conversion takes besides.
 
-#include "bench/support/InChild.h"
-#include "bench/support/PlainWriter.h"
-#include "bench/support/Reading.h"
-#include "bench/support/Shapes.h"
-#include "convlib/XmlConverter.h"
-#include "tests/support/TempFolder.h"
+#include "XmlConverter.h"
+#include "support/InChild.h"
+#include "support/PlainWriter.h"
+#include "support/Reading.h"
+#include "support/Shapes.h"
+#include "test_support/TempFolder.h"
 
 #include <benchmark/benchmark.h>
 #include <malloc.h>

@@ -1,11 +1,11 @@
 // What the readers cost beside a bare loop over the lines of the same file, and beside a script in Python.
 
-#include "bench/support/Clock.h"
-#include "bench/support/MadeUpReports.h"
-#include "bench/support/Main.h"
-#include "bench/support/Reading.h"
 #include "itemconv/MsraidTrace.h"
-#include "tests/support/TempFolder.h"
+#include "support/Clock.h"
+#include "support/MadeUpReports.h"
+#include "support/Main.h"
+#include "support/Reading.h"
+#include "test_support/TempFolder.h"
 
 #include "qel/portable/CTraceOutput.h"
 

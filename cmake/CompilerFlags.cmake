@@ -10,7 +10,6 @@ if(CMAKE_SYSTEM_PROCESSOR STREQUAL "x86_64")
   add_compile_options(-fcf-protection=full)
 endif()
 add_link_options(-Wl,--as-needed -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack)
-include_directories("${CMAKE_SOURCE_DIR}")
 
 # With its extensions the compiler saves a child's counts before exec.
 if(ZORBALT_COVERAGE)

@@ -2,10 +2,7 @@
 # are run inside a private view of the file system, or with somebody else's library path.
 include(CheckCXXSourceCompiles)
 
-function(link_self_contained target)
-  if(ZORBALT_SANITIZE)
-    return()
-  endif()
+function(link_statically target)
   set(CMAKE_REQUIRED_LINK_OPTIONS -static)
   check_cxx_source_compiles("#include <string>\nint main() { return std::string().size() != 0; }"
                             ZORBALT_CAN_LINK_STATIC)
@@ -13,5 +10,12 @@ function(link_self_contained target)
     target_link_options(${target} PRIVATE -static)
   else()
     target_link_options(${target} PRIVATE -static-libstdc++ -static-libgcc)
+  endif()
+endfunction()
+
+# The same where no sanitizer stands in the way.
+function(link_self_contained target)
+  if(NOT ZORBALT_SANITIZE)
+    link_statically(${target})
   endif()
 endfunction()

@@ -3,9 +3,9 @@
 // rewritten to.
 
 #include "convlib/EntryPoints.h"
-#include "fuzz/support/Document.h"
-#include "fuzz/support/Input.h"
-#include "fuzz/support/Property.h"
+#include "support/Document.h"
+#include "support/Input.h"
+#include "support/Property.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,7 +1,7 @@
 // Controller reports, one behind the other, for one reader object.
 
-#include "fuzz/support/ReportReading.h"
 #include "readers/CMSRAID_CtrlInfoGetter.h"
+#include "support/ReportReading.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     fuzzing::CheckReports(fuzzing::TextOf(data, size), [](const auto& reports, auto medium, auto& reading) {

@@ -3,11 +3,11 @@
 // One that does not begin with "<" is in short words, an item a line: a blank for each level, the name, "="
 // and a value or "?" for a placeholder.
 
-#include "fuzz/support/Input.h"
-#include "fuzz/support/Property.h"
+#include "basics/Text.h"
 #include "inventory/Changes.h"
 #include "inventory/Snapshot.h"
-#include "views/Text.h"
+#include "support/Input.h"
+#include "support/Property.h"
 #include "views/Views.h"
 
 #include <expat.h>
@@ -90,12 +90,12 @@ bool IsWellFormed(const std::string& xml) {
 void CheckTexts(const inventory::Snapshot& snapshot) {
     constexpr std::size_t kColumns = 60;
     ForEachLine(views::Table(snapshot, {kColumns, false}), [](std::string_view line) {
-        Require(views::Printable(line) == line, "nothing that is shown steers a terminal");
-        Require(views::WidthOf(line) <= kColumns, "a table fits the terminal");
+        Require(basics::Printable(line) == line, "nothing that is shown steers a terminal");
+        Require(basics::WidthOf(line) <= kColumns, "a table fits the terminal");
     });
     std::size_t lines = 0;
     ForEachLine(views::Tree(snapshot), [&](std::string_view line) {
-        Require(views::Printable(line) == line, "nothing that is shown steers a terminal");
+        Require(basics::Printable(line) == line, "nothing that is shown steers a terminal");
         ++lines;
     });
     Require(lines == std::max<std::size_t>(snapshot.Main().Count(), 1), "a tree has every item");

@@ -1,7 +1,7 @@
 // The whole of GetInfo, every controller's reports, over any outputs and ends of the tool.
 
-#include "fuzz/support/Input.h"
-#include "fuzz/support/MethodCalls.h"
+#include "support/Input.h"
+#include "support/MethodCalls.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     fuzzing::CheckMethod("GetInfo", fuzzing::TextOf(data, size));

@@ -1,9 +1,9 @@
 // Physical-drive reports, one behind the other, for one reader object; the first one is a logical-drive
 // report too, for the drives' groups.
 
-#include "fuzz/support/DriveGroups.h"
-#include "fuzz/support/ReportReading.h"
 #include "readers/CMSRAID_PDInfoGetter.h"
+#include "support/DriveGroups.h"
+#include "support/ReportReading.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     fuzzing::CheckReports(fuzzing::TextOf(data, size), [](const auto& reports, auto medium, auto& reading) {

@@ -2,13 +2,13 @@
 // text, and any.do, a section each; an empty one is a file that is not there. Nothing is run: what the
 // simulator would print is looked into.
 
-#include "vdksim/Scenario.h"
-#include "fuzz/support/Input.h"
-#include "fuzz/support/Property.h"
-#include "tests/support/TempFolder.h"
+#include "Scenario.h"
+#include "Instructions.h"
+#include "ScenarioError.h"
+#include "support/Input.h"
+#include "support/Property.h"
+#include "test_support/TempFolder.h"
 #include "vdksim/Command.h"
-#include "vdksim/Instructions.h"
-#include "vdksim/ScenarioError.h"
 
 #include <algorithm>
 #include <optional>

@@ -1,9 +1,9 @@
 // Reports of one drive with its SMART data, one behind the other, for one reader object; the first one is a
 // logical-drive report too, for the drive's group.
 
-#include "fuzz/support/DriveGroups.h"
-#include "fuzz/support/ReportReading.h"
 #include "readers/CMSRAID_PDSMInfoGetter.h"
+#include "support/DriveGroups.h"
+#include "support/ReportReading.h"
 
 #include <stdexcept>
 

@@ -17,12 +17,13 @@ check_format() {
 
 # What is delivered; it takes the macros of the tests for broken syntax. What is suppressed has its reason there.
 check_cppcheck() {
+    local shown=(module/*/include portable/*/include product/*/include)
     cppcheck --quiet --error-exitcode=1 -j "$(nproc)" --std=c++20 --language=c++ --library=posix \
         --enable=warning,performance,portability,style --inline-suppr \
         --suppressions-list=.cppcheck-suppressions \
         --template='{file}:{line}: {severity}: {message} [{id}]' \
-        -I . -I framework/include -I framework -I convlib \
-        framework itemconv report readers provider convlib inventory views host vdksim recorder
+        "${shown[@]/#/-I}" -Iportable/framework \
+        module portable product
 }
 
 # build_and_test PRESET

@@ -20,7 +20,7 @@ done
 # report OPTION...
 report() {
     gcovr --root . --exclude-throw-branches --exclude-unreachable-branches \
-        --filter '(itemconv|report|readers|provider)/' "$@" build/coverage/{itemconv,report,readers,provider,tests}
+        --filter 'module/' "$@" build/coverage/{module,tests}
 }
 report --branches
 report --fail-under-line 100 --fail-under-branch 95

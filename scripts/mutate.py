@@ -23,7 +23,7 @@ from mutations import Mutant, mutants
 
 ROOT = Path(__file__).resolve().parent.parent
 NOT_OBSERVABLE = ROOT / "scripts" / "mutants-not-observable.txt"
-SOURCES = [*sorted((ROOT / "readers").glob("*.cpp")), ROOT / "report" / "CMSRAID_InfoGetter.cpp"]
+SOURCES = [*sorted((ROOT / "module" / "readers").glob("*.cpp")), ROOT / "module" / "report" / "CMSRAID_InfoGetter.cpp"]
 # In the order of asking: nearest first, since most changes are noticed there.
 PROGRAMS = {"readers": ["readers_test", "provider_test"], "report": ["report_test", "readers_test", "provider_test"]}
 SHORTEST_LIMIT_S = 60
@@ -162,7 +162,7 @@ def not_observable() -> set[tuple[str, str, str, str]]:
 
 def arguments() -> argparse.Namespace:
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("sources", nargs="*", metavar="FILE[:LINE]", help="default: readers/*.cpp and their base")
+    parser.add_argument("sources", nargs="*", metavar="FILE[:LINE]", help="default: module/readers/*.cpp and their base")
     parser.add_argument("--build", type=Path, default=ROOT / "build" / "mutate", help="a build directory of its own")
     parser.add_argument("--jobs", type=int, choices=(1, 2), default=2)
     parser.add_argument("--list", action="store_true", help="only list the changes")

@@ -1,4 +1,4 @@
-#include "bench/support/InChild.h"
+#include "InChild.h"
 
 #include <sys/wait.h>
 #include <unistd.h>

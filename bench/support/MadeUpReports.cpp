@@ -1,6 +1,6 @@
-#include "bench/support/MadeUpReports.h"
+#include "MadeUpReports.h"
 
-#include "tests/support/TempFolder.h"
+#include "test_support/TempFolder.h"
 #include "vdksim/MadeUpServer.h"
 
 #include <fstream>

@@ -1,4 +1,4 @@
-#include "bench/support/Main.h"
+#include "Main.h"
 
 #include <benchmark/benchmark.h>
 

@@ -1,4 +1,4 @@
-#include "bench/support/PlainWriter.h"
+#include "PlainWriter.h"
 
 #include <libxml/xmlwriter.h>
 

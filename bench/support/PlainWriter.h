@@ -1,6 +1,6 @@
 #pragma once
 
-#include "convlib/ItemTree.h"
+#include "ItemTree.h"
 
 #include <libxml/tree.h>
 

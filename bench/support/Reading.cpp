@@ -1,13 +1,13 @@
-#include "bench/support/Reading.h"
+#include "Reading.h"
 
-#include "convlib/DisplayItem.h"
+#include "DisplayItem.h"
 #include "convlib/EntryPoints.h"
-#include "fuzz/support/ReaderInside.h"
 #include "itemconv/DisplayItems.h"
 #include "readers/CMSRAID_CtrlInfoGetter.h"
 #include "readers/CMSRAID_LDInfoGetter.h"
 #include "readers/CMSRAID_PDInfoGetter.h"
 #include "readers/CMSRAID_PDSMInfoGetter.h"
+#include "test_support/ReaderInside.h"
 
 #include <fstream>
 #include <memory>

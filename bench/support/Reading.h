@@ -1,6 +1,6 @@
 #pragma once
 
-#include "bench/support/MadeUpReports.h"
+#include "MadeUpReports.h"
 #include "itemconv/CItemDisp.h"
 #include "itemconv/CMSRAID_MngLib.h"
 

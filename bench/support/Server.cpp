@@ -1,6 +1,6 @@
-#include "bench/support/Server.h"
+#include "Server.h"
 
-#include "host/Sandbox.h"
+#include "sandbox/Sandbox.h"
 #include "vdksim/MadeUpServer.h"
 
 #include <fcntl.h>
@@ -44,11 +44,11 @@ void WriteServer(const fs::path& folder, std::uint32_t controllers, std::uint32_
 }
 
 void EnterServer(const fs::path& folder) {
-    host::EnterSandbox(BENCH_TOOL, folder);
+    sandbox::EnterSandbox(BENCH_TOOL, folder);
 }
 
 void UseServer(const fs::path& folder) {
-    host::UseScenario(folder);
+    sandbox::UseScenario(folder);
 }
 
 void RunBare(const std::vector<std::string>& commands, const fs::path& folder) {

@@ -11,7 +11,7 @@ namespace bench {
 void WriteServer(const std::filesystem::path& folder, std::uint32_t controllers, std::uint32_t drives);
 
 /// Gives this process a view of the file system in which the tool prints such files; `UseServer` chooses the
-/// folder from then on. Before there is a second thread. Throws host::SandboxError.
+/// folder from then on. Before there is a second thread. Throws sandbox::SandboxError.
 void EnterServer(const std::filesystem::path& folder);
 void UseServer(const std::filesystem::path& folder);
 

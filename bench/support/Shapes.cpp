@@ -1,6 +1,6 @@
-#include "bench/support/Shapes.h"
+#include "Shapes.h"
 
-#include "bench/support/Reading.h"
+#include "Reading.h"
 #include "convlib/EntryPoints.h"
 
 #include <string>

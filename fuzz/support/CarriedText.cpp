@@ -1,4 +1,4 @@
-#include "fuzz/support/CarriedText.h"
+#include "CarriedText.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -1,8 +1,8 @@
-#include "fuzz/support/CheckedLibrary.h"
+#include "CheckedLibrary.h"
 
+#include "Document.h"
+#include "Property.h"
 #include "convlib/EntryPoints.h"
-#include "fuzz/support/Document.h"
-#include "fuzz/support/Property.h"
 
 #include <cstring>
 #include <limits>

@@ -1,7 +1,7 @@
-#include "fuzz/support/Document.h"
+#include "Document.h"
 
-#include "fuzz/support/CarriedText.h"
-#include "fuzz/support/Property.h"
+#include "CarriedText.h"
+#include "Property.h"
 
 #include <expat.h>
 

@@ -1,8 +1,8 @@
-#include "fuzz/support/DriveGroups.h"
+#include "DriveGroups.h"
 
-#include "fuzz/support/MemoryReport.h"
-#include "fuzz/support/ReaderInside.h"
+#include "MemoryReport.h"
 #include "readers/CMSRAID_LDInfoGetter.h"
+#include "test_support/ReaderInside.h"
 
 #include <istream>
 #include <map>

@@ -1,7 +1,7 @@
-#include "fuzz/support/FrameworkCaller.h"
+#include "FrameworkCaller.h"
 
-#include "fuzz/support/InstallRoots.h"
-#include "fuzz/support/Property.h"
+#include "InstallRoots.h"
+#include "Property.h"
 #include "provider/CZORBALT_MngSrvRaid.h"
 
 #include "qel/CTraceUtility.h"

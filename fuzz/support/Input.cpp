@@ -1,4 +1,4 @@
-#include "fuzz/support/Input.h"
+#include "Input.h"
 
 #include <functional>
 

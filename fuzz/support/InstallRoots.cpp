@@ -1,7 +1,7 @@
-#include "fuzz/support/InstallRoots.h"
+#include "InstallRoots.h"
 
-#include "fuzz/support/CheckedLibrary.h"
-#include "fuzz/support/Property.h"
+#include "CheckedLibrary.h"
+#include "Property.h"
 
 #include <dlfcn.h>
 #include <stdlib.h>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tests/support/TempFolder.h"
+#include "test_support/TempFolder.h"
 
 #include <cstddef>
 #include <string>

@@ -1,11 +1,11 @@
-#include "fuzz/support/MethodCalls.h"
+#include "MethodCalls.h"
 
-#include "fuzz/support/CheckedLibrary.h"
-#include "fuzz/support/FrameworkCaller.h"
-#include "fuzz/support/InstallRoots.h"
-#include "fuzz/support/Property.h"
-#include "fuzz/support/ResultFiles.h"
-#include "fuzz/support/ScriptedTool.h"
+#include "CheckedLibrary.h"
+#include "FrameworkCaller.h"
+#include "InstallRoots.h"
+#include "Property.h"
+#include "ResultFiles.h"
+#include "ScriptedTool.h"
 #include "itemconv/ResultCode.h"
 
 #include "qel/portable/CTraceOutput.h"

@@ -1,4 +1,4 @@
-#include "fuzz/support/Property.h"
+#include "Property.h"
 
 #include <cstdio>
 #include <cstdlib>

@@ -1,6 +1,6 @@
 // Runs a fuzz target over files or folders of inputs, without a fuzzer: the corpus becomes a test.
 
-#include "fuzz/support/Input.h"
+#include "Input.h"
 
 #include <cstdio>
 #include <exception>

@@ -1,10 +1,10 @@
-#include "fuzz/support/ReportReading.h"
+#include "ReportReading.h"
 
-#include "fuzz/support/CheckedLibrary.h"
-#include "fuzz/support/MemoryReport.h"
-#include "fuzz/support/Property.h"
-#include "fuzz/support/ReaderInside.h"
-#include "tests/support/TempFolder.h"
+#include "CheckedLibrary.h"
+#include "MemoryReport.h"
+#include "Property.h"
+#include "test_support/ReaderInside.h"
+#include "test_support/TempFolder.h"
 
 #include <algorithm>
 #include <iterator>

@@ -1,9 +1,9 @@
 // Else the system's headers have inline versions of the functions that are replaced below.
 #undef _FORTIFY_SOURCE
 
-#include "fuzz/support/ResultFiles.h"
+#include "ResultFiles.h"
 
-#include "fuzz/support/Property.h"
+#include "Property.h"
 
 #include "qel/QelWindows.h"
 

@@ -1,7 +1,7 @@
-#include "fuzz/support/ScriptedTool.h"
+#include "ScriptedTool.h"
 
-#include "fuzz/support/Property.h"
-#include "fuzz/support/ResultFiles.h"
+#include "Property.h"
+#include "ResultFiles.h"
 
 #include "qel/CFileUtility.h"
 #include "qel/QelWindows.h"

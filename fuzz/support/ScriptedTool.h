@@ -1,6 +1,6 @@
 #pragma once
 
-#include "fuzz/support/Input.h"
+#include "Input.h"
 
 #include <cstddef>
 #include <string>

@@ -1,4 +1,4 @@
-#include "tests/support/CountedSleep.h"
+#include "test_support/CountedSleep.h"
 
 #include "qel/QelWindows.h"
 

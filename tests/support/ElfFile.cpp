@@ -1,4 +1,4 @@
-#include "tests/support/ElfFile.h"
+#include "test_support/ElfFile.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,4 +1,4 @@
-#include "tests/support/FakeLibrary.h"
+#include "test_support/FakeLibrary.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
-#include "tests/support/InChild.h"
+#include "test_support/InChild.h"
 
-#include "tests/support/TempFolder.h"
+#include "test_support/TempFolder.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

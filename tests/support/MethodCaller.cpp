@@ -1,4 +1,4 @@
-#include "tests/support/MethodCaller.h"
+#include "test_support/MethodCaller.h"
 
 #include "qel/portable/CWbemRepository.h"
 

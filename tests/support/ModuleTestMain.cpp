@@ -1,4 +1,4 @@
-#include "tests/support/ToolBench.h"
+#include "test_support/ToolBench.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
-#include "tests/support/ToolBench.h"
+#include "test_support/ToolBench.h"
 
-#include "host/Sandbox.h"
+#include "sandbox/Sandbox.h"
 
 #include <sys/mount.h>
 #include <sys/stat.h>
@@ -39,7 +39,7 @@ void Require(int result, const char* what) {
 }  // namespace
 
 void EnterToolBench() {
-    host::EnterSandbox(TEST_SUPPORT_SIMULATOR, Scenario());
+    sandbox::EnterSandbox(TEST_SUPPORT_SIMULATOR, Scenario());
 }
 
 ToolBench::ToolBench() {

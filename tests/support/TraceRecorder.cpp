@@ -1,4 +1,4 @@
-#include "tests/support/TraceRecorder.h"
+#include "test_support/TraceRecorder.h"
 
 #include <new>
 

@@ -1,4 +1,4 @@
-#include "tests/support/XmlLint.h"
+#include "test_support/XmlLint.h"
 
 #include <cstdio>
 #include <cstring>

@@ -1,0 +1,57 @@
+# How tests are built: often compiled and briefly run, so not optimised, and with the headers that all of them share
+# compiled once.
+find_package(GTest REQUIRED)
+include(GoogleTest)
+
+# One kind of position independence for programs and libraries alike, or they could not share those headers.
+set(CMAKE_POSITION_INDEPENDENT_CODE OFF)
+add_compile_options(-O0 -U_FORTIFY_SOURCE -fPIC)
+if(ZORBALT_SANITIZE)
+  # What is tested has it; the tests' own code would take half as long again to compile.
+  add_compile_options(-fno-sanitize=undefined)
+else()
+  add_compile_options(-g0)
+endif()
+
+add_library(test_headers OBJECT "${PROJECT_SOURCE_DIR}/tests/support/test_headers.cpp")
+target_link_libraries(test_headers PRIVATE GTest::gmock)
+target_precompile_headers(test_headers PRIVATE
+  <gmock/gmock.h> <gtest/gtest.h> <filesystem> <fstream> <functional> <map> <memory> <string> <vector>)
+
+# add_test_program(NAME SOURCE...): a program of tests, which ctest knows one by one.
+function(add_test_program name)
+  add_executable(${name} ${ARGN})
+  target_link_libraries(${name} PRIVATE test_support GTest::gmock)
+  target_precompile_headers(${name} REUSE_FROM test_headers)
+  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 NO_PRETTY_VALUES)
+endfunction()
+
+# add_room_test(NAME SOURCE...): the same with GoogleTest's own main.
+function(add_room_test name)
+  add_test_program(${name} ${ARGN})
+  target_link_libraries(${name} PRIVATE GTest::gtest_main)
+endfunction()
+
+# add_module_test(NAME SOURCE...): of the module's parts, with the library files that they load.
+function(add_module_test name)
+  add_test_program(${name} ${ARGN})
+  target_link_libraries(${name} PRIVATE module_support)
+  set_target_properties(${name} PROPERTIES ENABLE_EXPORTS ON)
+  foreach(missing IN ITEMS nothing CreateLibIF DeleteLibIF CreateItemDisp DeleteItemDisp)
+    add_dependencies(${name} library_without_${missing})
+  endforeach()
+  add_dependencies(${name} vdkcli)
+endfunction()
+
+# add_stand_in(NAME PROGRAM FOLDER SOURCE...): a program that stands in for somebody else's and is started by the
+# thousand: without sanitizers, linked to start quickly.
+function(add_stand_in name program folder)
+  add_executable(${name} ${ARGN})
+  set_target_properties(${name} PROPERTIES OUTPUT_NAME ${program} RUNTIME_OUTPUT_DIRECTORY "${folder}")
+  target_compile_options(${name} PRIVATE -O2)
+  if(ZORBALT_SANITIZE)
+    target_compile_options(${name} PRIVATE -fno-sanitize=all)
+    target_link_options(${name} PRIVATE -fno-sanitize=all)
+  endif()
+  link_statically(${name})
+endfunction()

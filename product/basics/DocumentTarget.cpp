@@ -1,0 +1,160 @@
+#include "basics/DocumentTarget.h"
+
+#include "basics/Failure.h"
+
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <filesystem>
+#include <system_error>
+
+namespace basics {
+namespace {
+
+namespace fs = std::filesystem;
+
+[[noreturn]] void Fail(const std::string& where, const std::string& why) {
+    throw Failure(Failure::Kind::Surroundings, "the document cannot be written to " + where + ": " + why +
+                                                   "; name another file by --output");
+}
+
+[[noreturn]] void Fail(const std::string& where, int error) {
+    Fail(where, std::generic_category().message(error));
+}
+
+// Holds back the signals that would end the process between making a temporary file and its end.
+class HeldSignals final {
+  public:
+    HeldSignals() noexcept {
+        sigset_t held;
+        sigemptyset(&held);
+        for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) {
+            sigaddset(&held, signal);
+        }
+        ::sigprocmask(SIG_BLOCK, &held, &m_Mask);
+        struct sigaction ignore {};
+        ignore.sa_handler = SIG_IGN;
+        // Too large a file is then a failed write.
+        ::sigaction(SIGXFSZ, &ignore, &m_TooLarge);
+    }
+    HeldSignals(const HeldSignals&) = delete;
+    HeldSignals& operator=(const HeldSignals&) = delete;
+    ~HeldSignals() {
+        ::sigaction(SIGXFSZ, &m_TooLarge, nullptr);
+        ::sigprocmask(SIG_SETMASK, &m_Mask, nullptr);
+    }
+
+  private:
+    sigset_t m_Mask{};
+    struct sigaction m_TooLarge {};
+};
+
+// 0 or the error.
+int WriteWhole(int descriptor, std::string_view text) noexcept {
+    while (!text.empty()) {
+        const ssize_t written = ::write(descriptor, text.data(), text.size());
+        if (written < 0 && errno != EINTR) {
+            return errno;
+        }
+        text.remove_prefix(written < 0 ? 0 : static_cast<std::size_t>(written));
+    }
+    return 0;
+}
+
+// Some file systems keep the bad news until a descriptor is closed.
+int WriteAndConfirm(int descriptor, std::string_view text) noexcept {
+    if (const int error = WriteWhole(descriptor, text); error != 0) {
+        return error;
+    }
+    Descriptor copy(::fcntl(descriptor, F_DUPFD_CLOEXEC, 0));
+    return copy.Close() ? 0 : errno;
+}
+
+}  // namespace
+
+DocumentTarget::DocumentTarget(const std::string& path) : m_Shown(path) {
+    struct stat status {};
+    const bool exists = ::stat(path.c_str(), &status) == 0;
+    if (exists && S_ISDIR(status.st_mode)) {
+        Fail(m_Shown, EISDIR);
+    }
+    if (exists && !S_ISREG(status.st_mode)) {
+        m_Special = Descriptor(::open(path.c_str(), O_WRONLY | O_NOCTTY | O_CLOEXEC));
+        if (!m_Special.IsOpen()) {
+            Fail(m_Shown, errno);
+        }
+        return;
+    }
+    // Without its symbolic links: the file that they lead to is replaced, not the link.
+    std::error_code error;
+    const fs::path file = exists ? fs::canonical(path, error) : fs::path(path);
+    if (error || !file.has_filename()) {
+        Fail(m_Shown, error ? error.value() : ENOENT);
+    }
+    const fs::path directory = file.has_parent_path() ? file.parent_path() : fs::path(".");
+    m_Name = file.filename().string();
+    m_Directory = Descriptor(::open(directory.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    if (!m_Directory.IsOpen()) {
+        Fail(m_Shown, errno);
+    }
+    if (::faccessat(m_Directory.Number(), ".", W_OK | X_OK, AT_EACCESS) != 0) {
+        Fail(m_Shown, "its directory: " + std::generic_category().message(errno));
+    }
+    if (exists && ::faccessat(m_Directory.Number(), m_Name.c_str(), W_OK, AT_EACCESS) != 0) {
+        Fail(m_Shown, errno);
+    }
+}
+
+void DocumentTarget::Store(std::string_view document) const {
+    if (m_Directory.IsOpen()) {
+        ReplaceFile(document);
+        return;
+    }
+    const int descriptor = m_Special.IsOpen() ? m_Special.Number() : STDOUT_FILENO;
+    if (const int error = WriteAndConfirm(descriptor, document); error != 0) {
+        Fail(m_Shown, error);
+    }
+}
+
+void DocumentTarget::ReplaceFile(std::string_view document) const {
+    const HeldSignals held;
+    std::string temporaryName;
+    Descriptor temporary = MakeTemporary(temporaryName);
+    int error = WriteWhole(temporary.Number(), document);
+    if (error == 0 && ::fsync(temporary.Number()) != 0) {
+        error = errno;
+    }
+    if (!temporary.Close() && error == 0) {
+        error = errno;
+    }
+    if (error == 0 &&
+        ::renameat(m_Directory.Number(), temporaryName.c_str(), m_Directory.Number(), m_Name.c_str()) != 0) {
+        error = errno;
+    }
+    if (error != 0) {
+        ::unlinkat(m_Directory.Number(), temporaryName.c_str(), 0);
+        Fail(m_Shown, error);
+    }
+}
+
+Descriptor DocumentTarget::MakeTemporary(std::string& name) const {
+    constexpr int kMostTries = 100;
+    constexpr mode_t kModeBeforeUmask = 0666;
+    int error = EEXIST;
+    for (int number = 0; number < kMostTries && error == EEXIST; ++number) {
+        name = ".mngsrvraid." + std::to_string(::getpid()) + "." + std::to_string(number) + ".tmp";
+        Descriptor file(::openat(m_Directory.Number(), name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC,
+                                 kModeBeforeUmask));
+        if (file.IsOpen()) {
+            return file;
+        }
+        error = errno;
+    }
+    Fail(m_Shown, error);
+}
+
+}  // namespace basics

@@ -1,0 +1,180 @@
+#include "Commands.h"
+
+#include "Screen.h"
+#include "ServerInquiry.h"
+#include "basics/DocumentTarget.h"
+#include "basics/Failure.h"
+#include "basics/SavedFile.h"
+#include "basics/Text.h"
+#include "views/Views.h"
+
+#include "qel/CStringUtil.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <new>
+#include <optional>
+#include <string_view>
+
+namespace command {
+namespace {
+
+using basics::Failure;
+using basics::ReadFile;
+using calls::DrivePlace;
+using calls::ReadDocument;
+using inventory::Level;
+using inventory::Snapshot;
+
+std::string Present(const Snapshot& snapshot, const Options& options) {
+    switch (options.format) {
+        case Options::Format::Tree:
+            return views::Tree(snapshot);
+        case Options::Format::Json:
+            return views::Json(snapshot);
+        case Options::Format::Html:
+            return views::Html(snapshot);
+        case Options::Format::Prometheus:
+            return views::Prometheus(snapshot);
+        case Options::Format::Xml:  // passed on as it is, before this
+        case Options::Format::Table:
+            break;
+    }
+    return views::Table(snapshot, options.output ? views::TerminalStyle() : StyleOfStandardOutput());
+}
+
+constexpr const char* kFromModule = "what the module returned";
+
+/// A document in the format that is wanted: XML is passed on as it is.
+std::string InFormat(std::string xml, const std::string& source, const inventory::ToolRuns& runs,
+                     const Options& options) {
+    if (options.format == Options::Format::Xml) {
+        return xml;
+    }
+    const bool isDrive = !options.parameters.empty();
+    // As the module reads it: "x" is 0.
+    const std::string controller =
+        isDrive ? std::to_string(CStringUtil::TStringToNumber(options.parameters.front().text)) : "";
+    Snapshot snapshot(ReadDocument(xml, source), controller);
+    snapshot.runs = runs;
+    if (options.document) {
+        snapshot.takenAt.reset();
+    }
+    return Present(snapshot, options);
+}
+
+DrivePlace DriveOf(const Options& options) {
+    return {options.parameters.at(0).text, options.parameters.at(1).text, options.parameters.at(2).text};
+}
+
+/// What the inquiry draws on the terminal is gone when this returns.
+std::string AskOnce(const Options& options) {
+    ServerInquiry inquiry(options);
+    std::string xml =
+        options.parameters.empty() ? inquiry->AskForServer() : inquiry->AskForDrive(DriveOf(options));
+    return InFormat(std::move(xml), kFromModule, inquiry->Runs(), options);
+}
+
+/// What is to be printed, and what failed besides.
+struct Shown {
+    std::string text;
+    std::optional<Failure> failure = {};
+};
+
+/// Adds the SMART data of every drive whose place is known. A drive that cannot answer is not to hide the
+/// others: the first failure is returned.
+std::optional<Failure> AskForAllDrives(ServerInquiry& inquiry, Snapshot& snapshot) {
+    std::optional<Failure> failure;
+    const std::vector<DrivePlace> places = calls::DrivePlaces(snapshot.TheServer());
+    for (std::size_t number = 0; number < places.size(); ++number) {
+        const DrivePlace& place = places[number];
+        inquiry->ShowDone(number, places.size());
+        if (!place.IsKnown()) {
+            continue;
+        }
+        try {
+            const std::string xml = inquiry->AskForDrive(place);
+            snapshot.Add({place.controller, place.enclosure, place.slot, ReadDocument(xml, kFromModule)});
+        } catch (const Failure& error) {
+            if (!failure) {
+                failure = Failure(error.WhatKind(), "SMART data are missing: controller " + place.controller +
+                                                        ", drive in enclosure " + place.enclosure + " slot " +
+                                                        place.slot + ": " + error.what());
+            }
+        }
+    }
+    return failure;
+}
+
+Shown AskWithSmart(const Options& options) {
+    ServerInquiry inquiry(options);
+    Snapshot snapshot(ReadDocument(inquiry->AskForServer(), kFromModule));
+    const std::optional<Failure> failure = AskForAllDrives(inquiry, snapshot);
+    snapshot.runs = inquiry->Runs();
+    return {Present(snapshot, options), failure};
+}
+
+Shown Show(const Options& options) {
+    if (options.document) {
+        return {InFormat(ReadFile(*options.document), *options.document, {}, options)};
+    }
+    return options.hasSmart ? AskWithSmart(options) : Shown{AskOnce(options)};
+}
+
+/// Stores what there is before it tells what is missing.
+void Store(const Shown& shown, const basics::DocumentTarget& target) {
+    target.Store(shown.text);
+    if (shown.failure) {
+        throw Failure(*shown.failure);
+    }
+}
+
+int TellHealth(const Options& options, const basics::DocumentTarget& target) {
+    const std::string xml =
+        options.document ? ReadFile(*options.document) : ServerInquiry(options)->AskForServer();
+    const Snapshot snapshot(ReadDocument(xml, options.document.value_or(kFromModule)));
+    const inventory::Health health = snapshot.Judge();
+    target.Store(views::MonitoringLine(health, options.isVerbose));
+    return inventory::PlugInStatusOf(health.level);
+}
+
+int ShowChanges(const Options& options, const basics::DocumentTarget& target) {
+    const inventory::Document before = ReadDocument(ReadFile(options.before), options.before);
+    const inventory::Document after = ReadDocument(ReadFile(options.after), options.after);
+    const std::vector<inventory::Change> changes = inventory::ChangesBetween(before, after);
+    target.Store(views::Differences(changes));
+    return changes.empty() ? 0 : 1;
+}
+
+}  // namespace
+
+int RunCommand(const Options& options, const basics::DocumentTarget& target) {
+    switch (options.action) {
+        case Options::Action::Health:
+            return TellHealth(options, target);
+        case Options::Action::Diff:
+            return ShowChanges(options, target);
+        case Options::Action::Show:
+            Store(Show(options), target);
+            return 0;
+        default:
+            target.Store(AskOnce(options));
+            return 0;
+    }
+}
+
+int TellUnknownHealth(const std::string& why) noexcept {
+    try {
+        std::string text = "RAID UNKNOWN - " + basics::OneLine(why);
+        std::replace(text.begin(), text.end(), '|', '/');
+        text += '\n';
+        // Who cannot be told is not told: the exit status still is.
+        [[maybe_unused]] const ssize_t written = ::write(STDOUT_FILENO, text.data(), text.size());
+    } catch (const std::bad_alloc&) {
+        return inventory::PlugInStatusOf(Level::Unknown);
+    }
+    return inventory::PlugInStatusOf(Level::Unknown);
+}
+
+}  // namespace command

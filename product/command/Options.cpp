@@ -1,0 +1,379 @@
+#include "Options.h"
+
+#include "basics/Failure.h"
+
+#include "qel/portable/CTraceOutput.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <charconv>
+#include <cstdint>
+
+namespace command {
+namespace {
+
+constexpr const char* kName = "mngsrvraid";
+constexpr const char* kDescription =
+    "Says whether the drives of this server are well, and what else there is to know of them.";
+constexpr const char* kFooter =
+    R"(CTRL, ENCL and PD are the numbers of the controller, of the enclosure, and of the
+drive's slot in it; show prints them as controller and SLOT (252:3). What a
+subcommand prints goes to standard output, or to the file named by --output, only
+when it is whole. Options may stand before or behind the subcommand; what stands
+behind "--" is no option. Colours are for terminals only, and never with NO_COLOR.
+
+Exit status:
+  0  success
+  1  the method failed; standard error has its return value and the reasons.
+     Of diff: there are differences
+  2  the command line is wrong
+  3  the call failed with a WBEM status, or gave no result
+  4  the surroundings failed: the module, the scenario, the private view of the
+     file system, a file to read, or the output
+  Of health: 0 well, 1 warning, 2 critical, 3 unknown, as monitoring plug-ins have it
+
+Examples:
+  mngsrvraid show                              is everything well, and what is there
+  mngsrvraid health                            one line for a monitoring system
+  mngsrvraid smart 0 252 3                     drive in slot 3 of enclosure 252, controller 0
+  mngsrvraid --output raid.html show --smart --format html
+  mngsrvraid get-info                          the RAID document of this server
+  mngsrvraid --output raid.xml get-info        the same, into a file
+  mngsrvraid show --document raid.xml          a saved document instead of this server
+  mngsrvraid diff old.xml raid.xml             what has changed
+  mngsrvraid capture ./my-server --redact      record this server for support
+  mngsrvraid --scenario ./my-server show       show what was recorded
+  mngsrvraid --scenario small get-pd-info 0 252 0
+  mngsrvraid --scenario small --trace-file trace.txt get-info)";
+
+struct FormatName {
+    std::string_view name;
+    Options::Format format;
+};
+constexpr FormatName kFormats[] = {
+    {"xml", Options::Format::Xml},     {"tree", Options::Format::Tree},
+    {"table", Options::Format::Table}, {"json", Options::Format::Json},
+    {"html", Options::Format::Html},   {"prometheus", Options::Format::Prometheus},
+};
+
+std::string Quoted(const std::string& text) {
+    return '"' + text + '"';
+}
+
+[[noreturn]] void Reject(const std::string& what) {
+    throw basics::Failure(basics::Failure::Kind::Use, what + "; see mngsrvraid --help");
+}
+
+void RejectEmpty(const char* option, const std::optional<std::string>& value) {
+    if (value && value->empty()) {
+        Reject(std::string(option) + " needs a path that is not empty");
+    }
+}
+
+void RejectRest(const std::vector<std::string>& rest) {
+    const auto unknown =
+        std::find_if(rest.begin(), rest.end(), [](const std::string& word) { return word != "--"; });
+    if (unknown != rest.end()) {
+        const bool isOption = unknown->starts_with('-');
+        Reject((isOption ? "unknown option " : "unexpected argument ") + Quoted(*unknown));
+    }
+}
+
+// The library speaks of "1 required DIR missing" or "At Most 1 required but received 2", behind the option's
+// name.
+std::string InOwnWords(const CLI::ArgumentMismatch& mismatch) {
+    const std::string words = mismatch.what();
+    const std::string option = words.substr(0, words.find(':'));
+    return option +
+           (words.find("At Most") == std::string::npos ? " needs a value" : " is given more than once");
+}
+
+/// The parser with what it fills. Its options refer to its members, so it stays where it is.
+class Parser final {
+  public:
+    Parser() {
+        m_App.set_help_flag("-h,--help", "Print this text");
+        m_App.add_flag("--version", m_Version, "Print the versions of the command and of the module");
+        m_App.fallthrough();
+        m_App.allow_extras();  // Named one by one by RejectRest, in the order in which they were typed.
+        m_App.require_subcommand(0, 1);
+        m_App.footer(kFooter);
+        AddOption(
+            "--scenario", m_Options.scenario, "DIR",
+            "Run against this scenario instead of this server: a folder,\nor the name of a shipped one");
+        AddOption("--install-dir", m_Options.installDir, "DIR",
+                  "Install root to use; sets ZORBALT_INSTALL_DIR");
+        AddOption("--trace", m_Trace, "LEVELS",
+                  "Trace to standard error: any of 1 (results), 2 (failures),\n4 (operations), 8 "
+                  "(exceptions) separated by commas, or all");
+        AddOption("--trace-file", m_Options.traceFile, "FILE",
+                  "Trace to this file; all levels without --trace");
+        AddOption("--app-key", m_Options.appKey, "KEY", "Application key of the caller");
+        AddOption("--output", m_Options.output, "FILE",
+                  "Store what is printed in this file; - is standard output");
+        AddOption("--format", m_Format, "FORMAT",
+                  "Of show, smart, get-info and get-pd-info: xml, tree, table, json,\nhtml or prometheus");
+        AddShow();
+        AddDrive("smart", "CTRL ENCL PD: one drive, its SMART values and its attribute table",
+                 Options::Action::Smart);
+        AddHealth();
+        AddSubcommand("get-info", "The RAID document: controllers, groups, drives", Options::Action::GetInfo);
+        AddDrive("get-pd-info", "CTRL ENCL PD: the document of one drive, with its SMART data",
+                 Options::Action::GetPDInfo);
+        AddCapture();
+        AddDiff();
+    }
+    Parser(const Parser&) = delete;
+    Parser& operator=(const Parser&) = delete;
+
+    [[nodiscard]] Options Parse(int count, const char* const* words) {
+        // Before parsing: afterwards it would be the help of the subcommand alone.
+        m_Options.helpText = m_App.help();
+        try {
+            m_App.parse(count, words);
+        } catch (const CLI::CallForHelp&) {
+            m_Options.action = Options::Action::Help;
+            return m_Options;
+        } catch (const CLI::ArgumentMismatch& error) {
+            Reject(InOwnWords(error));
+        } catch (const CLI::ParseError& error) {
+            Reject(error.what());
+        }
+        RejectRest(m_App.remaining(true));
+        CheckValues();
+        ChooseAction();
+        return m_Options;
+    }
+
+  private:
+    void AddOption(const char* name, std::optional<std::string>& place, const char* type, const char* help,
+                   CLI::App* owner = nullptr) {
+        (owner == nullptr ? m_App : *owner)
+            .add_option_function<std::string>(
+                name, [&place](const std::string& text) { place = text; }, help)
+            ->type_name(type);
+    }
+
+    CLI::App* AddSubcommand(const char* name, const char* help, Options::Action action) {
+        CLI::App* const subcommand = m_App.add_subcommand(name, help);
+        subcommand->set_help_flag();
+        subcommand->fallthrough();
+        m_Subcommands.push_back({subcommand, action});
+        return subcommand;
+    }
+
+    void AddShow() {
+        CLI::App* const show = AddSubcommand("show",
+                                             "What needs attention, then everything, in tables\n"
+                                             "  --document FILE  of this saved document, not of the server\n"
+                                             "  --smart          with the SMART data of all drives",
+                                             Options::Action::Show);
+        AddOption("--document", m_Options.document, "FILE", "", show);
+        show->add_flag("--smart", m_Options.hasSmart);
+    }
+
+    void AddHealth() {
+        CLI::App* const health =
+            AddSubcommand("health",
+                          "One line and an exit status for monitoring systems\n"
+                          "  --document FILE  of this saved document, not of the server\n"
+                          "  --verbose        with a line for each finding",
+                          Options::Action::Health);
+        AddOption("--document", m_Options.document, "FILE", "", health);
+        health->add_flag("--verbose", m_Options.isVerbose);
+    }
+
+    void AddDrive(const char* name, const char* help, Options::Action action) {
+        CLI::App* const subcommand = AddSubcommand(name, help, action);
+        for (const auto& [place, parameter] :
+             {std::pair{&m_Drive[0], "CTRL"}, {&m_Drive[1], "ENCL"}, {&m_Drive[2], "PD"}}) {
+            subcommand->add_option(parameter, *place);
+        }
+    }
+
+    void AddCapture() {
+        CLI::App* const capture =
+            AddSubcommand("capture",
+                          "DIR: record what the tool answers, as a scenario in this new folder\n"
+                          "  --redact         without serial numbers and world-wide names",
+                          Options::Action::Capture);
+        capture->add_option("DIR", m_Options.folder);
+        capture->add_flag("--redact", m_Options.isRedacted);
+    }
+
+    void AddDiff() {
+        CLI::App* const diff = AddSubcommand(
+            "diff", "OLD NEW: what changed from one saved document to another", Options::Action::Diff);
+        diff->add_option("OLD", m_Options.before);
+        diff->add_option("NEW", m_Options.after);
+    }
+
+    void CheckValues() {
+        RejectEmpty("--scenario", m_Options.scenario);
+        RejectEmpty("--install-dir", m_Options.installDir);
+        RejectEmpty("--trace-file", m_Options.traceFile);
+        RejectEmpty("--output", m_Options.output);
+        RejectEmpty("--document", m_Options.document);
+        if (m_Options.output == "-") {
+            m_Options.output.reset();
+        }
+        m_Options.traceLevels = m_Options.traceFile ? CTraceOutput::ALL_LEVELS : 0;
+        if (m_Trace) {
+            const auto levels = ParseTraceLevels(*m_Trace);
+            if (!levels) {
+                Reject("--trace takes any of 1,2,4,8 separated by commas, or all, not " + Quoted(*m_Trace));
+            }
+            m_Options.traceLevels = *levels;
+        }
+    }
+
+    void ChooseAction() {
+        if (m_Version) {
+            m_Options.action = Options::Action::Version;
+            return;
+        }
+        const auto chosen =
+            std::find_if(m_Subcommands.begin(), m_Subcommands.end(),
+                         [this](const Subcommand& each) { return m_App.got_subcommand(each.app); });
+        if (chosen == m_Subcommands.end()) {
+            Reject("a subcommand is missing: " + SubcommandNames());
+        }
+        m_Options.action = chosen->action;
+        m_Options.subcommand = chosen->app->get_name();
+        ChooseFormat();
+        switch (m_Options.action) {
+            case Options::Action::Smart:
+            case Options::Action::GetPDInfo:
+                ChooseDrive();
+                break;
+            case Options::Action::Show:
+            case Options::Action::Health:
+                CheckDocument();
+                break;
+            case Options::Action::Capture:
+                Need(m_Options.folder, "capture needs a folder to make: DIR");
+                break;
+            case Options::Action::Diff:
+                Need(m_Options.after, "diff needs two saved documents: OLD NEW");
+                break;
+            default:
+                break;
+        }
+    }
+
+    [[nodiscard]] std::string SubcommandNames() const {
+        std::string names;
+        for (const Subcommand& each : m_Subcommands) {
+            names += (names.empty()                    ? ""
+                      : &each == &m_Subcommands.back() ? " or "
+                                                       : ", ") +
+                     each.app->get_name();
+        }
+        return names;
+    }
+
+    static void Need(const std::string& argument, const char* complaint) {
+        if (argument.empty()) {
+            Reject(complaint);
+        }
+    }
+
+    void ChooseFormat() {
+        switch (m_Options.action) {
+            case Options::Action::Show:
+            case Options::Action::Smart:
+                m_Options.format = Options::Format::Table;
+                break;
+            case Options::Action::GetInfo:
+            case Options::Action::GetPDInfo:
+                m_Options.format = Options::Format::Xml;
+                break;
+            default:
+                if (m_Format) {
+                    Reject("--format does not go with " + m_Options.subcommand);
+                }
+                return;
+        }
+        if (!m_Format) {
+            return;
+        }
+        const auto* const found =
+            std::find_if(std::begin(kFormats), std::end(kFormats),
+                         [this](const FormatName& each) { return each.name == *m_Format; });
+        if (found == std::end(kFormats)) {
+            Reject("--format takes xml, tree, table, json, html or prometheus, not " + Quoted(*m_Format));
+        }
+        m_Options.format = found->format;
+    }
+
+    void CheckDocument() const {
+        if (m_Options.document && m_Options.scenario) {
+            Reject("--scenario is a server to ask, which --document leaves alone");
+        }
+        if (m_Options.hasSmart && m_Options.document) {
+            Reject("--smart asks the server, which --document leaves alone");
+        }
+        if (m_Options.hasSmart && m_Options.format == Options::Format::Xml) {
+            Reject(
+                "--smart has no xml: the document of a server holds none; get-pd-info has it drive by drive");
+        }
+    }
+
+    void ChooseDrive() {
+        if (!m_Drive.back()) {
+            Reject(m_Options.subcommand + " needs three parameters: CTRL ENCL PD");
+        }
+        m_Options.parameters = {{"CTRL", *m_Drive[0]}, {"ENCL", *m_Drive[1]}, {"PD", *m_Drive[2]}};
+    }
+
+    struct Subcommand {
+        CLI::App* app;
+        Options::Action action;
+    };
+
+    Options m_Options;
+    std::optional<std::string> m_Trace;
+    std::optional<std::string> m_Format;
+    std::array<std::optional<std::string>, 3> m_Drive;
+    bool m_Version = false;
+    CLI::App m_App{kDescription, kName};
+    std::vector<Subcommand> m_Subcommands;
+};
+
+}  // namespace
+
+Options ParseOptions(int count, const char* const* words) {
+    return Parser().Parse(count, words);
+}
+
+bool AsksForHealth(int count, const char* const* words) {
+    return std::any_of(words + std::min(count, 1), words + count,
+                       [](const char* word) { return word == std::string_view("health"); });
+}
+
+std::optional<unsigned> ParseTraceLevels(std::string_view text) {
+    if (text == "all") {
+        return CTraceOutput::ALL_LEVELS;
+    }
+    unsigned levels = 0;
+    for (;;) {
+        const std::string_view level = text.substr(0, text.find(','));
+        if (level.size() != 1 || std::string_view("1248").find(level) == std::string_view::npos) {
+            return std::nullopt;
+        }
+        levels |= static_cast<unsigned>(level.front() - '0');
+        if (level.size() == text.size()) {
+            return levels;
+        }
+        text.remove_prefix(level.size() + 1);
+    }
+}
+
+bool IsDriveNumber(std::string_view text) {
+    std::int32_t number = 0;
+    const auto read = std::from_chars(text.data(), text.data() + text.size(), number);
+    return read.ec == std::errc() && read.ptr == text.data() + text.size() && !text.starts_with('-');
+}
+
+}  // namespace command

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <array>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace command {
+
+/// What the command line asks for, for instance
+///
+///     mngsrvraid --scenario small --trace 1,2 get-pd-info 0 252 3
+///
+/// A plain value. Options that were not given are empty.
+struct Options {
+    enum class Action { Help, Version, Show, Smart, Health, GetInfo, GetPDInfo, Capture, Diff };
+    enum class Format { Xml, Tree, Table, Json, Html, Prometheus };
+
+    /// An input parameter of the method, with the text as it was typed.
+    struct Parameter {
+        const char* name;  ///< on the command line: "CTRL"
+        std::string text;
+    };
+
+    Action action = Action::Help;
+    std::string subcommand;  ///< as it was typed: "get-pd-info"
+    Format format = Format::Xml;
+    std::vector<Parameter> parameters;
+    std::optional<std::string> scenario;
+    std::optional<std::string> installDir;
+    std::optional<std::string> traceFile;
+    std::optional<std::string> appKey;
+    std::optional<std::string> output;
+    std::optional<std::string> document;  ///< of Show and Health: a saved one instead of the server's
+    bool hasSmart = false;                ///< of Show: every drive's SMART data as well
+    bool isVerbose = false;               ///< of Health
+    std::string folder;                   ///< of Capture
+    bool isRedacted = false;              ///< of Capture
+    std::string before, after;            ///< of Diff: files of documents
+    unsigned traceLevels = 0;
+    std::string helpText;
+};
+
+/// Throws basics::Failure(Use) where the command line cannot be understood.
+[[nodiscard]] Options ParseOptions(int count, const char* const* words);
+
+/// Whether the command line asks for the health, as monitoring systems do. They take any other command's exit
+/// statuses for their own, so it has to be known also where the rest cannot be understood.
+[[nodiscard]] bool AsksForHealth(int count, const char* const* words);
+
+/// "all", or any of 1, 2, 4 and 8 separated by commas, as the sum of bits; nothing for any other text.
+[[nodiscard]] std::optional<unsigned> ParseTraceLevels(std::string_view text);
+
+/// Whether the text is a plain decimal number that every layer below takes as what it says: digits and
+/// nothing else, at most 2147483647.
+[[nodiscard]] bool IsDriveNumber(std::string_view text);
+
+}  // namespace command

@@ -1,0 +1,218 @@
+// The command mngsrvraid: hosts the RAID provider module in a process of its own.
+
+#include "Commands.h"
+#include "ExitStatus.h"
+#include "Options.h"
+#include "ServerInquiry.h"
+#include "basics/DocumentTarget.h"
+#include "basics/Failure.h"
+#include "basics/Text.h"
+#include "calls/Inquiry.h"
+#include "calls/Module.h"
+#include "capture/Capture.h"
+#include "sandbox/Sandbox.h"
+#include "scenario/ScenarioFolder.h"
+#include "supervision/Supervisor.h"
+
+#include "qel/CStringUtil.h"
+#include "qel/portable/CTraceOutput.h"
+#include "qel/portable/CVersionLog.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <exception>
+#include <filesystem>
+#include <memory>
+#include <new>
+#include <optional>
+#include <string>
+#include <system_error>
+
+namespace command {
+namespace {
+
+namespace fs = std::filesystem;
+
+[[noreturn]] void FailSurroundings(const std::string& line) {
+    throw basics::Failure(basics::Failure::Kind::Surroundings, line);
+}
+
+std::string LastSystemError() {
+    return std::generic_category().message(errno);
+}
+
+// A descriptor that the caller closed must not become that of a file opened here. Opened the wrong way round,
+// so that using it fails as it should.
+void OccupyStandardDescriptors() noexcept {
+    for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (::fcntl(descriptor, F_GETFD) < 0) {
+            (void)::open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+        }
+    }
+}
+
+void Say(const std::string& line) noexcept {
+    try {
+        const std::string text = "mngsrvraid: " + basics::OneLine(line) + "\n";
+        // Who cannot be told is not told: the exit status still is.
+        [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, text.data(), text.size());
+    } catch (const std::bad_alloc&) {
+        return;
+    }
+}
+
+void ChooseInstallRoot(const Options& options) {
+    if (options.installDir) {
+        const std::string root = fs::absolute(*options.installDir).lexically_normal().string();
+        if (::setenv("ZORBALT_INSTALL_DIR", root.c_str(), 1) != 0) {
+            FailSurroundings("--install-dir cannot be used: " + LastSystemError());
+        }
+    }
+}
+
+void StartTrace(const Options& options) {
+    if (options.traceFile && !CTraceOutput::OpenFile(*options.traceFile)) {
+        FailSurroundings("the trace file " + *options.traceFile + " cannot be written: " + LastSystemError() +
+                         "; name another file by --trace-file");
+    }
+    CTraceOutput::SetLevels(options.traceLevels);
+}
+
+fs::path OwnDirectory() {
+    return fs::read_symlink("/proc/self/exe").parent_path();
+}
+
+fs::path Simulation() {
+    return OwnDirectory().parent_path() / "vdksim";
+}
+
+void WarnOfOddParameters(const Options& options) {
+    for (const Options::Parameter& parameter : options.parameters) {
+        if (!IsDriveNumber(parameter.text)) {
+            // Controller numbers keep their width; the other two are cut to 32 bits on their way to the tool.
+            const long read = CStringUtil::TStringToNumber(parameter.text);
+            const bool isController = parameter.name == std::string_view("CTRL");
+            Say(std::string("warning: ") + parameter.name + " \"" + parameter.text +
+                "\" is no number from 0 to 2147483647; it is passed on, and read as " +
+                std::to_string(isController ? read : static_cast<std::int32_t>(read)));
+        }
+    }
+}
+
+/// Whether the subcommand runs the tool, here or in a scenario.
+bool AsksTheServer(const Options& options) {
+    return options.action != Options::Action::Diff && !options.document;
+}
+
+// In the worker: the folder for records of a capture.
+std::string StartWorker(const Options& options) {
+    const bool isCapture = options.action == Options::Action::Capture;
+    return supervision::Supervise(
+        {.resultDirectory = calls::ResultDirectory(),
+         .drawsProgress = ShowsProgress(options),
+         .program = "mngsrvraid",
+         .interrupted =
+             isCapture ? "interrupted; the capture in " + basics::OneLine(options.folder) + " is incomplete"
+                       : "interrupted",
+         .tellEnd = options.action == Options::Action::Health ? TellUnknownHealth : nullptr,
+         .privateFolder = isCapture ? "mngsrvraid.records" : nullptr});
+}
+
+// What is drawn on the terminal is gone when this returns.
+std::string RunCapture(capture::Capture& capture, const Options& options) {
+    const std::unique_ptr<Progress> progress = ProgressFor(options);
+    return capture.Run(progress.get());
+}
+
+int Answer(const Options& options) {
+    const std::string records = AsksTheServer(options) ? StartWorker(options) : "";
+    // Before the view of the file system changes.
+    const basics::DocumentTarget target =
+        options.output ? basics::DocumentTarget(*options.output) : basics::DocumentTarget::StandardOutput();
+    StartTrace(options);
+    const bool isMadeUp = options.scenario && AsksTheServer(options);
+    const fs::path scenario =
+        isMadeUp ? scenario::FindScenario(*options.scenario, Simulation() / "scenarios") : fs::path();
+    std::optional<capture::Capture> capture;
+    if (options.action == Options::Action::Capture) {
+        capture.emplace(capture::CaptureRequest{options.folder, options.isRedacted,
+                                                options.scenario.value_or(""), InquiryRequestFor(options)},
+                        records);
+    }
+    if (isMadeUp) {
+        sandbox::EnterSandbox(Simulation() / "vdkcli", scenario);
+    }
+    WarnOfOddParameters(options);
+    if (capture) {
+        target.Store(RunCapture(*capture, options));
+        return 0;
+    }
+    return RunCommand(options, target);
+}
+
+std::string VersionText() {
+    std::string text = "mngsrvraid " COMMAND_VERSION "\n";
+    try {
+        const calls::Module module = calls::Module::Load(calls::Module::DefaultPath());
+        for (const CVersionLog::Entry& entry : CVersionLog::Entries()) {
+            text +=
+                entry.fileName + " " + entry.version + " (" + entry.category + ", " + entry.vendor + ")\n";
+        }
+    } catch (const basics::Failure&) {
+        return text;  // Without its module the command still has a version.
+    }
+    return text;
+}
+
+int Run(const Options& options) {
+    ChooseInstallRoot(options);
+    switch (options.action) {
+        case Options::Action::Help:
+            basics::DocumentTarget::StandardOutput().Store(options.helpText);
+            return 0;
+        case Options::Action::Version:
+            basics::DocumentTarget::StandardOutput().Store(VersionText());
+            return 0;
+        default:
+            return Answer(options);
+    }
+}
+
+int Tell(const std::string& failure, ExitStatus status, bool isHealth) noexcept {
+    if (isHealth) {
+        return TellUnknownHealth(failure);
+    }
+    Say(failure);
+    return static_cast<int>(status);
+}
+
+int RunAndReport(int count, const char* const* words) {
+    std::string failure;
+    ExitStatus status = ExitStatus::Surroundings;
+    // Of a command line that cannot be understood it is only a guess.
+    bool isHealth = AsksForHealth(count, words);
+    try {
+        const Options options = ParseOptions(count, words);
+        isHealth = options.action == Options::Action::Health;
+        return Run(options);
+    } catch (const basics::Failure& error) {
+        failure = error.what();
+        status = ExitStatusOf(error.WhatKind());
+    } catch (const sandbox::SandboxError& error) {
+        failure = std::string("the scenario cannot take the tool's place: ") + error.what();
+    } catch (const std::exception& error) {
+        failure = std::string("the command cannot go on: ") + error.what();
+    }
+    return Tell(failure, status, isHealth);
+}
+
+}  // namespace
+}  // namespace command
+
+int main(int count, char** words) {
+    command::OccupyStandardDescriptors();
+    return command::RunAndReport(count, words);
+}

@@ -1,0 +1,98 @@
+#include "scenario/ScenarioFolder.h"
+
+#include "NearestName.h"
+#include "basics/Failure.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <string_view>
+#include <system_error>
+
+namespace scenario {
+namespace {
+
+namespace fs = std::filesystem;
+
+bool IsScenarioFile(const fs::path& file) {
+    return file.extension() == ".txt" || file.extension() == ".do" || file.filename() == "server.conf";
+}
+
+std::string Joined(const std::vector<std::string>& names) {
+    std::string text;
+    for (const std::string& name : names) {
+        text += (text.empty() ? "" : ", ") + name;
+    }
+    return text.empty() ? "none" : text;
+}
+
+[[noreturn]] void Fail(const std::string& what, const fs::path& shipped) {
+    throw basics::Failure(basics::Failure::Kind::Surroundings,
+                          what + "; shipped scenarios: " + Joined(ScenarioNames(shipped)));
+}
+
+[[noreturn]] void FailToFind(const std::string& name, const fs::path& shipped) {
+    const std::string nearest = NearestName(ScenarioNames(shipped), name);
+    if (nearest.empty()) {
+        Fail("there is no scenario " + name, shipped);
+    }
+    throw basics::Failure(basics::Failure::Kind::Surroundings,
+                          "there is no scenario " + name + "; did you mean " + nearest + "?");
+}
+
+bool IsScenario(const fs::path& folder) {
+    std::error_code error;
+    return fs::exists(folder / "v.txt", error) || fs::exists(folder / "server.conf", error) ||
+           fs::exists(folder / kIncompleteMark, error);
+}
+
+/// Whether a folder in the working directory is none of the scenarios but has the name of a shipped one.
+bool IsByChance(const fs::path& folder, const fs::path& shipped) {
+    return !folder.has_parent_path() && !IsScenario(folder) && IsScenario(shipped / folder);
+}
+
+}  // namespace
+
+fs::path FindScenario(const std::string& name, const fs::path& shipped) {
+    std::error_code error;
+    fs::path folder = name;
+    if (!fs::is_directory(folder, error) || IsByChance(folder, shipped)) {
+        const bool isFile = fs::exists(folder, error);
+        folder = shipped / name;
+        if (fs::path(name).is_absolute() || !fs::is_directory(folder, error)) {
+            if (isFile) {
+                Fail("not a folder: " + name, shipped);
+            }
+            FailToFind(name, shipped);
+        }
+    }
+    if (::access(folder.c_str(), R_OK | X_OK) != 0) {
+        Fail("the scenario " + name + " cannot be read: " + std::generic_category().message(errno), shipped);
+    }
+    if (fs::exists(folder / kIncompleteMark, error)) {
+        Fail(name +
+                 " is an incomplete capture; make another one, or, to use what is there, delete its file " +
+                 kIncompleteMark,
+             shipped);
+    }
+    if (!IsScenario(folder)) {
+        Fail(name + " is no scenario: it has neither v.txt nor server.conf", shipped);
+    }
+    return folder;
+}
+
+std::vector<std::string> ScenarioNames(const fs::path& shipped) {
+    std::vector<std::string> names;
+    std::error_code error;
+    for (fs::recursive_directory_iterator at(shipped, error), end; !error && at != end; at.increment(error)) {
+        if (IsScenarioFile(at->path())) {
+            names.push_back(at->path().parent_path().lexically_relative(shipped).string());
+        }
+    }
+    std::sort(names.begin(), names.end());
+    names.erase(std::unique(names.begin(), names.end()), names.end());
+    return names;
+}
+
+}  // namespace scenario

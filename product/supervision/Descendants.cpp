@@ -1,0 +1,94 @@
+#include "supervision/Descendants.h"
+
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <charconv>
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <optional>
+#include <sstream>
+#include <string>
+#include <system_error>
+#include <thread>
+
+namespace supervision {
+namespace {
+
+namespace fs = std::filesystem;
+using std::chrono::steady_clock;
+
+constexpr std::chrono::seconds kTimeToEnd{1};
+constexpr std::chrono::seconds kTimeToBeKilled{5};
+constexpr std::chrono::milliseconds kLook{10};
+
+std::optional<pid_t> ProcessNumber(const std::string& name) {
+    pid_t number = 0;
+    const char* const end = name.data() + name.size();
+    const auto read = std::from_chars(name.data(), end, number);
+    return read.ec == std::errc() && read.ptr == end ? std::optional(number) : std::nullopt;
+}
+
+// From "4711 (a name) S 4710 ...": the name may hold anything, so what follows counts from its last bracket.
+pid_t ParentOf(const fs::path& process) {
+    std::ifstream file(process / "stat");
+    std::string line;
+    std::getline(file, line);
+    const std::size_t name = line.rfind(')');
+    std::istringstream rest(name == std::string::npos ? "" : line.substr(name + 1));
+    char state = 0;
+    pid_t parent = 0;
+    rest >> state >> parent;
+    return parent;
+}
+
+// False when there is no child left to wait for.
+bool Reap() noexcept {
+    pid_t child = 0;
+    do {
+        child = ::waitpid(-1, nullptr, WNOHANG);
+    } while (child > 0 || (child < 0 && errno == EINTR));
+    return child == 0;
+}
+
+}  // namespace
+
+std::vector<pid_t> Children() {
+    std::vector<pid_t> children;
+    std::error_code error;
+    for (fs::directory_iterator at("/proc", error), end; !error && at != end; at.increment(error)) {
+        const auto process = ProcessNumber(at->path().filename().string());
+        if (process && ParentOf(at->path()) == ::getpid()) {
+            children.push_back(*process);
+        }
+    }
+    return children;
+}
+
+bool EndDescendants() {
+    std::vector<pid_t> asked;
+    const auto start = steady_clock::now();
+    while (Reap()) {
+        const auto time = steady_clock::now() - start;
+        if (time > kTimeToEnd + kTimeToBeKilled) {
+            return false;
+        }
+        for (const pid_t child : Children()) {
+            if (time > kTimeToEnd) {
+                ::kill(child, SIGKILL);
+            } else if (std::find(asked.begin(), asked.end(), child) == asked.end()) {
+                ::kill(child, SIGTERM);
+                ::kill(child, SIGCONT);  // One that is stopped would not hear it.
+                asked.push_back(child);
+            }
+        }
+        std::this_thread::sleep_for(kLook);
+    }
+    return true;
+}
+
+}  // namespace supervision

@@ -1,0 +1,263 @@
+#include "supervision/Supervisor.h"
+
+#include "basics/Failure.h"
+#include "supervision/Descendants.h"
+
+#include <signal.h>
+#include <stdlib.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <chrono>
+#include <cstdio>
+#include <filesystem>
+#include <optional>
+#include <string_view>
+#include <system_error>
+
+namespace supervision {
+namespace {
+
+namespace fs = std::filesystem;
+using std::chrono::steady_clock;
+
+// Enough for a document to be safe on a slow disk.
+constexpr std::chrono::seconds kTimeToPutOff{5};
+constexpr int kShellsSignalBase = 128;
+
+bool IsIgnored(int signal) noexcept {
+    struct sigaction action {};
+    return ::sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
+}
+
+/// From construction on, the signals that would end the process wait to be taken by `Next`, and so does the
+/// news of children. `GiveBack` makes everything as it was.
+class SignalQueue final {
+  public:
+    SignalQueue() noexcept {
+        ::sigprocmask(SIG_BLOCK, nullptr, &m_MaskBefore);
+        ::sigemptyset(&m_Taken);
+        ::sigaddset(&m_Taken, SIGCHLD);
+        for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) {
+            if (!IsIgnored(signal) && ::sigismember(&m_MaskBefore, signal) == 0) {
+                ::sigaddset(&m_Taken, signal);
+            }
+        }
+        ::sigprocmask(SIG_BLOCK, &m_Taken, nullptr);
+        // Where it is ignored nobody can wait for a child.
+        struct sigaction action {};
+        action.sa_handler = SIG_DFL;
+        ::sigaction(SIGCHLD, &action, &m_ChildBefore);
+    }
+
+    void GiveBack() const noexcept {
+        ::sigaction(SIGCHLD, &m_ChildBefore, nullptr);
+        ::sigprocmask(SIG_SETMASK, &m_MaskBefore, nullptr);
+    }
+
+    /// A signal, or 0 when the time is over.
+    [[nodiscard]] int Next(std::optional<steady_clock::time_point> end) const noexcept {
+        using std::chrono::nanoseconds;
+        constexpr long kNanosecondsOfASecond = 1'000'000'000;
+        if (!end) {
+            return std::max(::sigwaitinfo(&m_Taken, nullptr), 0);
+        }
+        const auto left = std::max(nanoseconds(*end - steady_clock::now()), nanoseconds(0)).count();
+        const timespec time{left / kNanosecondsOfASecond, left % kNanosecondsOfASecond};
+        return std::max(::sigtimedwait(&m_Taken, nullptr, &time), 0);
+    }
+
+  private:
+    sigset_t m_MaskBefore{};
+    sigset_t m_Taken{};
+    struct sigaction m_ChildBefore {};
+};
+
+std::string MakePrivateFolder(const char* name) {
+    std::error_code error;
+    std::string path = (fs::temp_directory_path(error) / name).string() + ".XXXXXX";
+    if (error || ::mkdtemp(path.data()) == nullptr) {
+        throw basics::Failure(
+            basics::Failure::Kind::Surroundings,
+            "a folder for temporary files cannot be made: " +
+                (error ? error : std::error_code(errno, std::generic_category())).message() +
+                "; name a directory that can be written by the variable TMPDIR");
+    }
+    return path;
+}
+
+// What is left of a run is in a file "00001a2b_00000005_MngSrvRaid.txt", named after the worker's thread.
+void RemoveResultFiles(const std::string& directory, pid_t worker) {
+    std::array<char, sizeof "0000000000000000_"> prefix{};
+    std::snprintf(prefix.data(), prefix.size(), "%08lx_", static_cast<unsigned long>(worker));
+    std::error_code error;
+    for (fs::directory_iterator at(directory, error), end; !error && at != end; at.increment(error)) {
+        const std::string name = at->path().filename().string();
+        if (name.starts_with(prefix.data()) && name.ends_with("_MngSrvRaid.txt")) {
+            std::error_code ignored;  // Somebody else may have removed it.
+            fs::remove(at->path(), ignored);
+        }
+    }
+}
+
+[[noreturn]] void DieBy(int signal) noexcept {
+    const rlimit noCore{};  // The worker has left one if anybody wants it.
+    ::setrlimit(RLIMIT_CORE, &noCore);
+    ::signal(signal, SIG_DFL);
+    sigset_t only;
+    ::sigemptyset(&only);
+    ::sigaddset(&only, signal);
+    ::kill(::getpid(), signal);
+    ::sigprocmask(SIG_UNBLOCK, &only, nullptr);
+    ::_exit(kShellsSignalBase + signal);  // The first process of a container does not die by a signal.
+}
+
+/// The parent's part.
+class Parent final {
+  public:
+    Parent(const Supervision& supervision, const SignalQueue& signals, pid_t worker, std::string folder)
+        : m_Supervision(supervision), m_Signals(signals), m_Worker(worker), m_Folder(std::move(folder)) {}
+
+    [[noreturn]] void Watch() {
+        while (!HasEnded()) {
+            const int signal = m_Signals.Next(m_End);
+            if (signal == 0 && m_End && steady_clock::now() >= *m_End) {
+                ::kill(m_Worker, SIGKILL);
+                m_End = std::nullopt;
+            } else if (signal != 0 && signal != SIGCHLD) {
+                PassOn(signal);
+            }
+        }
+        // A worker that was past its work when the signal came has ended well, and that counts.
+        if (WIFEXITED(m_Status)) {
+            RemoveFolder();
+            ::_exit(WEXITSTATUS(m_Status));
+        }
+        CleanUpAfter(m_Interruption == 0 ? WTERMSIG(m_Status) : m_Interruption);
+    }
+
+  private:
+    [[nodiscard]] bool HasEnded() noexcept {
+        for (;;) {
+            int status = 0;
+            const pid_t child = ::waitpid(-1, &status, WNOHANG);
+            if (child == 0) {
+                return m_HasEnded;
+            }
+            if (child < 0 && errno != EINTR) {
+                return true;
+            }
+            if (child == m_Worker) {
+                m_Status = status;
+                m_HasEnded = true;
+            }
+        }
+    }
+
+    void PassOn(int signal) noexcept {
+        if (m_Interruption == 0) {
+            m_Interruption = signal;
+            m_End = steady_clock::now() + kTimeToPutOff;
+        }
+        ::kill(m_Worker, signal);
+        ::kill(m_Worker, SIGCONT);  // One that is stopped would not hear it.
+    }
+
+    [[noreturn]] void CleanUpAfter(int signal) {
+        // Whoever read the messages may be gone.
+        ::signal(SIGPIPE, SIG_IGN);
+        ::signal(SIGTTOU, SIG_IGN);
+        const bool areAllGone = EndDescendants();
+        RemoveResultFiles(m_Supervision.resultDirectory, m_Worker);
+        RemoveFolder();
+        if (!areAllGone) {
+            Say("a process of the tool does not end; see ps for what it waits for");
+        }
+        const bool isCrash = m_Interruption == 0;
+        const std::string words = isCrash ? "the process that hosts the module was ended by signal " +
+                                                std::to_string(signal) + "; see the system's log"
+                                          : m_Supervision.interrupted;
+        if (m_Supervision.tellEnd != nullptr) {
+            ::_exit(m_Supervision.tellEnd(words));
+        }
+        if (!isCrash || signal != SIGPIPE) {  // Whoever closed a pipe wants to hear no more.
+            Say(words);
+        }
+        DieBy(signal);
+    }
+
+    void RemoveFolder() const {
+        std::error_code ignored;  // Nobody is left who could do something about it.
+        if (!m_Folder.empty()) {
+            fs::remove_all(m_Folder, ignored);
+        }
+    }
+
+    void Say(const std::string& words) {
+        std::string line = m_IsOnFreshLine ? "" : "\n";
+        line.append(m_Supervision.program).append(": ").append(words).append("\n");
+        m_IsOnFreshLine = true;
+        [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, line.data(), line.size());
+    }
+
+    const Supervision& m_Supervision;
+    const SignalQueue& m_Signals;
+    pid_t m_Worker;
+    std::string m_Folder;
+    int m_Interruption = 0;
+    std::optional<steady_clock::time_point> m_End;  ///< of the worker's respite
+    int m_Status = 0;
+    bool m_HasEnded = false;
+    bool m_IsOnFreshLine = !m_Supervision.drawsProgress;
+};
+
+[[noreturn]] void WatchAsParent(const Supervision& supervision, const SignalQueue& signals, pid_t worker,
+                                const std::string& folder) noexcept {
+    // Without memory the process ends, and with it the worker.
+    Parent(supervision, signals, worker, folder).Watch();
+}
+
+void BecomeWorker(const SignalQueue& signals, pid_t parent) noexcept {
+    ::prctl(PR_SET_PDEATHSIG, SIGKILL, 0, 0, 0);
+    if (::getppid() != parent) {
+        ::raise(SIGKILL);  // It died before that was said.
+    }
+    signals.GiveBack();
+}
+
+}  // namespace
+
+std::string Supervise(const Supervision& supervision) {
+    const SignalQueue signals;
+    std::string folder;
+    try {
+        folder = supervision.privateFolder == nullptr ? "" : MakePrivateFolder(supervision.privateFolder);
+    } catch (...) {
+        signals.GiveBack();
+        throw;
+    }
+    ::prctl(PR_SET_CHILD_SUBREAPER, 1, 0, 0, 0);
+    const pid_t parent = ::getpid();
+    const pid_t worker = ::fork();
+    if (worker > 0) {
+        WatchAsParent(supervision, signals, worker, folder);
+    }
+    const int error = errno;
+    if (worker < 0) {
+        std::error_code ignored;
+        fs::remove_all(folder, ignored);
+        signals.GiveBack();
+        throw basics::Failure(basics::Failure::Kind::Surroundings,
+                              "no process can be made: " + std::generic_category().message(error) +
+                                  "; see the limits of processes (ulimit -u) and of memory");
+    }
+    BecomeWorker(signals, parent);
+    return folder;
+}
+
+}  // namespace supervision

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <vector>
+
+namespace supervision {
+
+/// Processes whose parent is this one, by what /proc says; empty where it says nothing.
+[[nodiscard]] std::vector<pid_t> Children();
+
+/// Ends all children of this process and those that they hand down to it, for which it has to be a subreaper:
+/// asks them (SIGTERM), and ends those that are still there a second later (SIGKILL). All of them are waited
+/// for. False when one is left after all, which only the kernel can hold up.
+///
+/// One thread; nothing else may wait for children meanwhile.
+[[nodiscard]] bool EndDescendants();
+
+}  // namespace supervision

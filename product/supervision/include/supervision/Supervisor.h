@@ -1,0 +1,38 @@
+#pragma once
+
+#include <string>
+
+namespace supervision {
+
+/// What the supervisor has to know of the work that it watches.
+struct Supervision {
+    std::string resultDirectory;  ///< where the module puts result files, such as "/opt/x/tmp/MSRAID"
+    bool drawsProgress = false;   ///< the terminal's last line may be an unfinished one
+    std::string program = {};     ///< its name, before what is said
+    std::string interrupted = "interrupted";  ///< what to say then
+    /// Tells of an end by a signal in its own way, in place of a line on standard error. The parent ends with
+    /// its result as the exit status then. May be null.
+    int (*tellEnd)(const std::string& words) noexcept = nullptr;
+    const char* privateFolder = nullptr;  ///< first part of a name: the work needs a folder for its own files
+};
+
+/// Splits the process in two: a worker, in which this returns, and its parent, which only watches and never
+/// returns. The parent ends as the worker does, with the same status or by the same signal.
+///
+/// SIGINT, SIGTERM, SIGHUP or SIGQUIT to the parent is passed on to the worker. When that, or another signal,
+/// has ended the worker, the parent ends all processes that the worker leaves behind (it is their subreaper),
+/// removes the worker's result files, says so in one line, and dies by the signal. A worker that puts
+/// such a signal off, because it is replacing a file, is given some seconds. What the tool leaves running
+/// when the worker ends by itself is not touched.
+///
+/// Signals that are ignored or blocked when this is called stay so, in both. The worker's signals are as if
+/// there were no parent; it is killed when the parent dies.
+///
+/// Returns the path of the private folder (mode 0700, below TMPDIR), which is empty and which the parent
+/// removes when the worker has ended in whatever way; "" where none was asked for.
+///
+/// To be called while the process has one thread. Throws basics::Failure(Surroundings) when the folder or the
+/// process cannot be made.
+std::string Supervise(const Supervision& supervision);
+
+}  // namespace supervision

@@ -1,0 +1,169 @@
+#include "Grid.h"
+
+#include "basics/Text.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace views {
+namespace {
+
+constexpr std::size_t kGap = 2;
+constexpr std::size_t kShortest = 8;
+constexpr std::size_t kShortestTitle = 5;
+constexpr char kNotTold = '-';
+
+std::size_t TotalOf(const std::vector<std::size_t>& widths) {
+    std::size_t total = 0;
+    for (const std::size_t width : widths) {
+        total += width == 0 ? 0 : width + (total == 0 ? 0 : kGap);
+    }
+    return total;
+}
+
+// What does not begin before the edge is left out, what goes beyond it is shortened.
+void CutAt(std::size_t room, std::vector<std::size_t>& widths) {
+    std::size_t gap = 0;
+    for (std::size_t& width : widths) {
+        if (width > 0) {
+            gap = std::min(gap, room);
+            width = std::min(width, room - gap);
+            room -= gap + width;
+            gap = kGap;
+        }
+    }
+}
+
+}  // namespace
+
+void Grid::AddRow(std::vector<Cell> row) {
+    for (Cell& cell : row) {
+        cell.text = basics::Printable(cell.text);
+    }
+    m_Rows.push_back(std::move(row));
+}
+
+std::vector<std::size_t> Grid::TextWidths() const {
+    std::vector<std::size_t> widths(m_Columns.size());
+    for (const std::vector<Cell>& row : m_Rows) {
+        for (std::size_t column = 0; column < widths.size(); ++column) {
+            widths[column] = std::max(widths[column], basics::WidthOf(row[column].text));
+        }
+    }
+    return widths;
+}
+
+// A width of 0: the column is left out. First titles give way, then whole columns, then the widest texts, and
+// what stands behind the edge in the end.
+std::vector<std::size_t> Grid::WidthsFor(const std::vector<std::size_t>& texts, std::size_t room) const {
+    std::vector<std::size_t> widths(m_Columns.size());
+    for (std::size_t column = 0; column < m_Columns.size(); ++column) {
+        widths[column] =
+            texts[column] == 0 ? 0 : std::max(texts[column], basics::WidthOf(m_Columns[column].title));
+    }
+    const auto excess = [&] { return TotalOf(widths) > room ? TotalOf(widths) - room : 0; };
+    for (std::size_t column = m_Columns.size(); column-- > 0 && excess() > 0;) {
+        const std::size_t shortest = std::max(texts[column], std::min(widths[column], kShortestTitle));
+        widths[column] -= std::min(excess(), widths[column] - shortest);
+    }
+    for (std::size_t column = m_Columns.size(); column-- > 0 && excess() > 0;) {
+        const bool mayShorten = m_Columns[column].fit == Fit::ShortenOrOmit;
+        if (mayShorten && widths[column] >= excess() + kShortest) {
+            widths[column] -= excess();
+        } else if (mayShorten || m_Columns[column].fit == Fit::Omit) {
+            widths[column] = 0;
+        }
+    }
+    while (excess() > 0) {
+        const std::size_t widest = WidestToShorten(widths);
+        if (widest == widths.size()) {
+            break;
+        }
+        --widths[widest];
+    }
+    CutAt(room, widths);
+    return widths;
+}
+
+std::size_t Grid::WidestToShorten(const std::vector<std::size_t>& widths) const {
+    std::size_t widest = widths.size();
+    for (std::size_t column = 0; column < widths.size(); ++column) {
+        if (m_Columns[column].fit == Fit::Shorten && widths[column] > kShortest &&
+            (widest == widths.size() || widths[column] > widths[widest])) {
+            widest = column;
+        }
+    }
+    return widest;
+}
+
+std::string Grid::NotShown(const std::vector<std::size_t>& texts,
+                           const std::vector<std::size_t>& widths) const {
+    std::string titles;
+    for (std::size_t column = 0; column < m_Columns.size(); ++column) {
+        if (texts[column] > 0 && widths[column] == 0) {
+            titles += (titles.empty() ? "" : ", ") + m_Columns[column].title;
+        }
+    }
+    return titles;
+}
+
+std::string Grid::Text(const TerminalStyle& style, std::size_t indentation) const {
+    const std::size_t room =
+        style.columns == 0 ? std::string::npos : style.columns - std::min(style.columns, indentation);
+    const std::vector<std::size_t> texts = TextWidths();
+    const std::vector<std::size_t> widths = WidthsFor(texts, room);
+    std::string text;
+    const auto addLine = [&](const std::string& line) {
+        text.append(indentation, ' ').append(line);
+        text.erase(text.find_last_not_of(' ') + 1);
+        text += '\n';
+    };
+    const auto addCells = [&](const auto& cellOf) {
+        std::string line;
+        for (std::size_t column = 0; column < widths.size(); ++column) {
+            if (widths[column] == 0) {
+                continue;
+            }
+            line.append(line.empty() ? 0 : kGap, ' ');
+            const Cell cell = cellOf(column);
+            const std::string shown = basics::Shortened(cell.text, widths[column], cell.mark);
+            const std::string padded = m_Columns[column].isNumber ? basics::PadLeft(shown, widths[column])
+                                                                  : basics::PadRight(shown, widths[column]);
+            line += cell.level ? Colored(padded, *cell.level, style) : padded;
+        }
+        addLine(line);
+    };
+    addCells([&](std::size_t column) { return Cell{m_Columns[column].title}; });
+    for (const std::vector<Cell>& row : m_Rows) {
+        addCells([&](std::size_t column) {
+            Cell cell = row[column];
+            if (cell.text.empty() && !cell.isBlank) {
+                cell.text.push_back(kNotTold);
+            }
+            return cell;
+        });
+    }
+    if (const std::string titles = NotShown(texts, widths); !titles.empty()) {
+        addLine(basics::Shortened("not shown for lack of width: " + titles, room));
+    }
+    return text;
+}
+
+namespace {
+
+std::string Between(const char* begin, const std::string& text) {
+    return std::string(begin).append(text).append("\x1b[0m");
+}
+
+}  // namespace
+
+std::string Colored(const std::string& text, inventory::Level level, const TerminalStyle& style) {
+    constexpr const char* kColors[] = {"\x1b[32m", "\x1b[35m", "\x1b[33m", "\x1b[1;31m"};
+    return style.hasColors ? Between(kColors[static_cast<std::size_t>(level)], text) : text;
+}
+
+std::string Heading(const std::string& text, const TerminalStyle& style) {
+    return style.hasColors ? Between("\x1b[1m", text) : text;
+}
+
+}  // namespace views

@@ -1,0 +1,169 @@
+#include "HtmlParts.h"
+#include "basics/Text.h"
+
+#include <algorithm>
+#include <charconv>
+#include <optional>
+#include <vector>
+
+namespace views::html {
+namespace {
+
+using inventory::Controller;
+using inventory::Drive;
+
+constexpr std::size_t kMaxStateWidth = 24;  // What a box has room for.
+constexpr unsigned kMaxDrawnGap = 4;        // A wider one is one box.
+
+struct Slot {
+    std::optional<unsigned> number;
+    const Drive* drive;
+};
+
+struct Enclosure {
+    std::string name;
+    std::vector<Slot> known;    ///< by their numbers
+    std::vector<Slot> unknown;  ///< without a number
+};
+
+std::optional<unsigned> NumberOf(const std::string& slot) {
+    unsigned number = 0;
+    const auto [end, error] = std::from_chars(slot.data(), slot.data() + slot.size(), number);
+    const bool isWhole = error == std::errc() && end == slot.data() + slot.size();
+    return isWhole ? std::optional(number) : std::nullopt;
+}
+
+/// In the order in which the document first names them.
+std::vector<Enclosure> EnclosuresOf(const Controller& controller) {
+    std::vector<Enclosure> enclosures;
+    std::unordered_map<std::string, std::size_t> places;
+    for (const Drive& drive : controller.drives) {
+        const auto [place, isNew] = places.try_emplace(drive.enclosure, enclosures.size());
+        if (isNew) {
+            enclosures.push_back({drive.enclosure, {}, {}});
+        }
+        Enclosure& enclosure = enclosures[place->second];
+        const Slot slot{NumberOf(drive.slot), &drive};
+        (slot.number ? enclosure.known : enclosure.unknown).push_back(slot);
+    }
+    for (Enclosure& enclosure : enclosures) {
+        std::stable_sort(enclosure.known.begin(), enclosure.known.end(),
+                         [](const Slot& one, const Slot& other) { return *one.number < *other.number; });
+    }
+    return enclosures;
+}
+
+std::string TitleOf(const Enclosure& enclosure) {
+    return enclosure.name.empty() ? "Enclosure not told" : "Enclosure " + enclosure.name;
+}
+
+/// The report's own word, unless something else is wrong; the table has everything that is.
+std::string ShortStateOf(const Drive& drive, const std::string& state) {
+    const bool isWord = !drive.detail.empty() && state.find(drive.detail) != std::string::npos;
+    const std::string_view first =
+        isWord ? drive.detail : std::string_view(state).substr(0, state.find(", "));
+    return basics::Shortened(basics::Printable(first), kMaxStateWidth);
+}
+
+/// What an ear gets to know before the boxes.
+std::string LabelOf(const Enclosure& enclosure) {
+    std::size_t bad = 0;
+    const auto count = [&](const std::vector<Slot>& slots) {
+        bad += static_cast<std::size_t>(std::count_if(slots.begin(), slots.end(), [](const Slot& slot) {
+            return LevelOf(*slot.drive) != inventory::Level::Ok;
+        }));
+        return slots.size();
+    };
+    const std::size_t all = count(enclosure.known) + count(enclosure.unknown);
+    return TitleOf(enclosure) + ": " + std::to_string(all) + (all == 1 ? " drive, " : " drives, ") +
+           (bad == 0 ? "all well" : std::to_string(bad) + " not well");
+}
+
+/// Draws one controller's enclosures.
+class Drawing final {
+  public:
+    Drawing(const Controller& controller, const DrivePlaces& places, Markup& page)
+        : m_Controller(controller), m_Places(places), m_Page(page) {}
+
+    void Add(const Enclosure& enclosure) {
+        m_Page.Element("h4", TitleOf(enclosure));
+        if (!enclosure.known.empty()) {
+            m_Page.In("ol", {{"class", "slots"}, {"aria-label", LabelOf(enclosure)}},
+                      [&] { AddKnown(enclosure.known); });
+        }
+        if (!enclosure.unknown.empty()) {
+            m_Page.Element("p", "In a slot that is not told:", {{"class", "note"}});
+            m_Page.In("ul", {{"class", "slots"}, {"aria-label", LabelOf(enclosure)}}, [&] {
+                for (const Slot& slot : enclosure.unknown) {
+                    AddDrive(slot);
+                }
+            });
+        }
+    }
+
+  private:
+    void AddKnown(const std::vector<Slot>& slots) {
+        unsigned next = *slots.front().number;
+        for (const Slot& slot : slots) {
+            AddGap(next, *slot.number);
+            AddDrive(slot);
+            next = *slot.number + 1;
+        }
+    }
+
+    // Two drives in one slot leave `next` behind the second; that is no gap.
+    void AddGap(unsigned first, unsigned end) {
+        if (first >= end) {
+            return;
+        }
+        if (end - first > kMaxDrawnGap) {
+            AddEmpty(std::to_string(first) + "\xE2\x80\x93" + std::to_string(end - 1), "slot empty wide");
+            return;
+        }
+        for (unsigned number = first; number < end; ++number) {
+            AddEmpty(std::to_string(number), "slot empty");
+        }
+    }
+
+    void AddEmpty(const std::string& numbers, std::string_view look) {
+        m_Page.In("li", {{"class", look}}, [&] {
+            AddNumber(numbers);
+            m_Page.Element("span", "empty", {{"class", "state"}});
+        });
+    }
+
+    void AddNumber(const std::string& number) {
+        m_Page.In("span", {{"class", "no"}}, [&] {
+            m_Page.Element("span", "slot ", {{"class", "aside"}}).Text(number).Own(" ");
+        });
+    }
+
+    void AddDrive(const Slot& slot) {
+        const Drive& drive = *slot.drive;
+        const inventory::Level level = LevelOf(drive);
+        const std::string look = "slot " + std::string(ClassOf(level));
+        const std::string state = ShortStateOf(drive, m_Places.StateOf(m_Controller, drive));
+        m_Page.In("li", {{"class", look}, {"id", m_Places.AnchorOf(m_Controller, drive)}}, [&] {
+            AddNumber(slot.number ? std::to_string(*slot.number) : "");
+            AddSign(level, m_Page);
+            m_Page.Element("b", drive.number.empty() ? "drive" : drive.number).Own(" ");
+            m_Page.Element("span", drive.capacity, {{"class", "size"}}).Own(" ");
+            m_Page.Element("span", state.empty() ? "not told" : state, {{"class", "state"}});
+        });
+    }
+
+    const Controller& m_Controller;
+    const DrivePlaces& m_Places;
+    Markup& m_Page;
+};
+
+}  // namespace
+
+void AddEnclosures(const Controller& controller, const DrivePlaces& places, Markup& page) {
+    Drawing drawing(controller, places, page);
+    for (const Enclosure& enclosure : EnclosuresOf(controller)) {
+        drawing.Add(enclosure);
+    }
+}
+
+}  // namespace views::html

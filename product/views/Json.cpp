@@ -1,0 +1,191 @@
+#include "Time.h"
+#include "inventory/Smart.h"
+#include "views/Views.h"
+
+#include <nlohmann/json.hpp>
+
+namespace views {
+namespace {
+
+using inventory::NameOf;
+using Value = nlohmann::ordered_json;
+
+constexpr int kSchemaVersion = 1;
+constexpr int kIndentation = 2;
+
+// What was not told is null, so that nobody takes it for an empty text.
+Value Told(const std::string& text) {
+    return text.empty() ? Value(nullptr) : Value(text);
+}
+
+/// An array with what `make` makes of each.
+template <typename Parts, typename Make>
+Value Each(const Parts& parts, Make make) {
+    Value array = Value::array();
+    for (const auto& part : parts) {
+        array.push_back(make(part));
+    }
+    return array;
+}
+
+Value FromFinding(const inventory::Finding& finding) {
+    return {{"level", NameOf(finding.level)},
+            {"place", inventory::PlaceOf(finding)},
+            {"controller", Told(finding.controller)},
+            {"group", Told(finding.group)},
+            {"part", Told(finding.part)},
+            {"enclosure", Told(finding.enclosure)},
+            {"slot", Told(finding.slot)},
+            {"what", finding.what}};
+}
+
+Value FromHealth(const inventory::Health& health) {
+    return {{"level", NameOf(health.level)},
+            {"headline", inventory::Headline(health)},
+            {"counts",
+             {{"controllers", health.counts.controllers},
+              {"groups", health.counts.groups},
+              {"logical_drives", health.counts.logicalDrives},
+              {"drives", health.counts.drives}}},
+            {"findings", Each(health.findings, FromFinding)}};
+}
+
+Value FromRuns(const inventory::ToolRuns& runs) {
+    if (runs.commands == 0) {  // Nobody watched.
+        return nullptr;
+    }
+    return {{"commands", runs.commands},
+            {"failures", runs.failures},
+            {"failed_runs", runs.failedRuns},
+            {"duration_seconds", runs.duration.count()}};
+}
+
+Value FromBackupUnit(const inventory::BackupUnit& unit) {
+    return {{"name", Told(unit.name)},
+            {"level", NameOf(LevelOf(unit))},
+            {"presence", Told(unit.presence)},
+            {"status", Told(unit.status)},
+            {"replacement_required", Told(unit.replacement)}};
+}
+
+Value FromCache(const inventory::LogicalDrive& drive) {
+    return {{"number", Told(drive.number)},
+            {"name", Told(drive.name)},
+            {"capacity", Told(drive.capacity)},
+            {"state", Told(drive.state)}};
+}
+
+Value FromMember(const inventory::Member& member) {
+    return {{"number", Told(member.number)},
+            {"enclosure", Told(member.enclosure)},
+            {"slot", Told(member.slot)},
+            {"capacity", Told(member.capacity)}};
+}
+
+Value FromGroup(const inventory::Controller& controller, const inventory::Group& group) {
+    const auto fromLogicalDrive = [&](const inventory::LogicalDrive& drive) {
+        Value value = FromCache(drive);
+        value["level"] = NameOf(LevelOf(controller, group, drive));
+        return value;
+    };
+    return {{"number", Told(group.number)},
+            {"level", NameOf(LevelOf(controller, group))},
+            {"raid_level", Told(group.level)},
+            {"capacity", Told(group.capacity)},
+            {"logical_drives", Each(group.logicalDrives, fromLogicalDrive)},
+            {"caches", Each(group.caches, FromCache)},
+            {"members", Each(group.members, FromMember)}};
+}
+
+Value FromSmart(const inventory::Drive& drive) {
+    if (drive.smart == nullptr) {
+        return nullptr;
+    }
+    const inventory::Smart smart = SmartOf(drive);
+    Value table;
+    if (!smart.tableName.empty()) {
+        table = {{"name", smart.tableName},
+                 {"columns", smart.columns},
+                 {"rows", Each(smart.rows, [](const auto& cells) { return Each(cells, Told); })}};
+    }
+    return {{"keys", Each(smart.keys,
+                          [](const auto& key) {
+                              return Value{{"name", key.first}, {"value", Told(key.second)}};
+                          })},
+            {"table", std::move(table)}};
+}
+
+Value FromDrive(const inventory::Drive& drive) {
+    return {{"number", Told(drive.number)},
+            {"level", NameOf(LevelOf(drive))},
+            {"role", Told(RoleOf(drive))},
+            {"group", Told(drive.group)},
+            {"membership", Told(drive.membership)},
+            {"statuses", Each(drive.statuses, Told)},
+            {"detail", Told(drive.detail)},
+            {"enclosure", Told(drive.enclosure)},
+            {"slot", Told(drive.slot)},
+            {"position", Told(drive.position)},
+            {"vendor", Told(drive.vendor)},
+            {"product", Told(drive.product)},
+            {"serial", Told(drive.serial)},
+            {"firmware", Told(drive.firmware)},
+            {"interface", Told(drive.interfaceType)},
+            {"media", Told(drive.media)},
+            {"capacity", Told(drive.capacity)},
+            {"temperature", Told(drive.temperature)},
+            {"power", Told(drive.power)},
+            {"media_errors", Told(drive.mediaErrors)},
+            {"other_errors", Told(drive.otherErrors)},
+            {"predictive_failures", Told(drive.predictiveFailures)},
+            {"smart", FromSmart(drive)}};
+}
+
+Value FromController(const inventory::Controller& controller) {
+    return {{"number", Told(controller.number)},
+            {"level", NameOf(OverallLevelOf(controller))},
+            {"status", Told(controller.status)},
+            {"product", Told(controller.product)},
+            {"serial", Told(controller.serial)},
+            {"firmware", Told(controller.firmware)},
+            {"backup_units", Each(controller.backupUnits, FromBackupUnit)},
+            {"groups", Each(controller.groups,
+                            [&](const inventory::Group& group) { return FromGroup(controller, group); })},
+            {"drives", Each(controller.drives, FromDrive)}};
+}
+
+Value FromItem(const inventory::Item& item) {
+    Value value = Value::object();
+    value["name"] = item.name;
+    value["value"] = item.hasValue ? Value(item.value) : Value(nullptr);
+    value["valid"] = !item.isPlaceholder;
+    if (!item.lostParent.empty()) {
+        value["parent"] = item.lostParent;
+    }
+    value["items"] = Each(ChildrenOf(item), FromItem);
+    return value;
+}
+
+Value FromAnswer(const inventory::DriveAnswer& answer) {
+    return {{"controller", answer.controller},
+            {"enclosure", answer.enclosure},
+            {"slot", answer.slot},
+            {"items", Each(answer.document.Roots(), FromItem)}};
+}
+
+}  // namespace
+
+std::string Json(const inventory::Snapshot& snapshot) {
+    Value value = Value::object();
+    value["schema_version"] = kSchemaVersion;
+    value["taken_at"] = snapshot.takenAt ? Value(UtcText(*snapshot.takenAt)) : Value();
+    value["health"] = FromHealth(snapshot.Judge());
+    value["tool_runs"] = FromRuns(snapshot.runs);
+    value["controllers"] = Each(snapshot.TheServer().controllers, FromController);
+    value["items"] = Each(snapshot.Main().Roots(), FromItem);
+    value["drive_documents"] = Each(snapshot.Answers(), FromAnswer);
+    // Bytes that are no UTF-8 become U+FFFD; they may come with what was asked for, too.
+    return value.dump(kIndentation, ' ', false, Value::error_handler_t::replace) + '\n';
+}
+
+}  // namespace views

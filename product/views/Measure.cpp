@@ -1,0 +1,83 @@
+#include "Measure.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+
+namespace views {
+namespace {
+
+constexpr std::string_view kDegreeSign = "\xC2\xB0";
+constexpr std::string_view kDegreeWords[] = {kDegreeSign, "degrees", "deg"};
+
+bool IsDigit(char character) {
+    return '0' <= character && character <= '9';
+}
+
+bool IsLetter(char character) {
+    return ('a' <= character && character <= 'z') || ('A' <= character && character <= 'Z');
+}
+
+std::string_view Trimmed(std::string_view text) {
+    const std::size_t first = text.find_first_not_of(" \t");
+    return first == std::string_view::npos ? ""
+                                           : text.substr(first, text.find_last_not_of(" \t") - first + 1);
+}
+
+/// Takes a decimal number off the front of a text; nothing, and the text as it was, where there is none.
+std::optional<double> TakeNumber(std::string_view& text) {
+    const std::size_t digits = text.starts_with('-') ? 1 : 0;
+    if (text.size() <= digits || !IsDigit(text[digits])) {  // from_chars would take "inf" and "nan", too.
+        return std::nullopt;
+    }
+    double number = 0;
+    const auto [end, error] =
+        std::from_chars(text.data(), text.data() + text.size(), number, std::chars_format::fixed);
+    if (error != std::errc()) {
+        return std::nullopt;
+    }
+    text.remove_prefix(static_cast<std::size_t>(end - text.data()));
+    return number;
+}
+
+std::string_view WithoutDegreeWord(std::string_view unit) {
+    for (const std::string_view word : kDegreeWords) {
+        if (unit.starts_with(word)) {
+            return Trimmed(unit.substr(word.size()));
+        }
+    }
+    return unit;
+}
+
+}  // namespace
+
+std::optional<Measure> MeasureFrom(std::string_view text) {
+    text = Trimmed(text);
+    const std::optional<double> number = TakeNumber(text);
+    const bool isEnd = text.empty() || text.starts_with(' ') || text.starts_with('%');
+    const std::string_view unit = Trimmed(text);
+    if (!number || !isEnd || (unit != "%" && !std::all_of(unit.begin(), unit.end(), IsLetter))) {
+        return std::nullopt;
+    }
+    return Measure{*number, std::string(unit)};
+}
+
+std::optional<double> CelsiusFrom(std::string_view text) {
+    text = Trimmed(text);
+    const std::optional<double> number = TakeNumber(text);
+    const std::string_view unit = WithoutDegreeWord(Trimmed(text));
+    const bool isWord = unit.size() > 1 && IsLetter(unit[1]);
+    if (!number) {
+        return std::nullopt;
+    }
+    if (unit.empty() || (unit.starts_with('C') && !isWord) || unit.starts_with("Celsius")) {
+        return number;
+    }
+    if ((unit.starts_with('F') && !isWord) || unit.starts_with("Fahrenheit")) {
+        constexpr double kHundredths = 100;
+        return std::round((*number - 32) / 1.8 * kHundredths) / kHundredths;
+    }
+    return std::nullopt;
+}
+
+}  // namespace views

@@ -1,9 +1,0 @@
-#include "provider/CZORBALT_MngSrvRaid.h"
-#include "provider/CancellationHold.h"
-
-/// The module's only export: a new provider, which the framework owns and deletes through its virtual
-/// destructor. What the constructor throws goes on to the framework.
-extern "C" __attribute__((visibility("default"))) CZORBALT_MngSrvRaid* create() {
-    const CancellationHold hold;
-    return new CZORBALT_MngSrvRaid;
-}

@@ -1,0 +1,217 @@
+// What tells people how to use the command: its help, its manual page and the completions of three shells.
+
+#include "scenario/ScenarioFolder.h"
+#include "test_support/Command.h"
+
+#include <gmock/gmock.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <regex>
+#include <set>
+#include <sstream>
+
+namespace command::test {
+namespace {
+
+using namespace testsupport;
+
+using testing::HasSubstr;
+
+std::string Help() {
+    return RunCommand({"--help"}).out;
+}
+
+std::vector<std::string> Words(const std::string& line) {
+    std::istringstream in(line);
+    std::vector<std::string> words;
+    for (std::string word; in >> word;) {
+        words.push_back(word);
+    }
+    return words;
+}
+
+/// The command lines below "Examples:", without the command's name and what is said about them.
+std::vector<std::vector<std::string>> Examples() {
+    const std::string help = Help();
+    std::istringstream lines(help.substr(help.find("\nExamples:\n") + std::string("\nExamples:\n").size()));
+    std::vector<std::vector<std::string>> examples;
+    for (std::string line; std::getline(lines, line);) {
+        const std::size_t end = line.find("   ", line.find_first_not_of(' '));
+        std::vector<std::string> words = Words(line.substr(0, end));
+        EXPECT_EQ(words.at(0), "mngsrvraid");
+        words.erase(words.begin());
+        examples.push_back(words);
+    }
+    return examples;
+}
+
+bool Holds(const std::vector<std::string>& words, const std::string& word) {
+    return std::find(words.begin(), words.end(), word) != words.end();
+}
+
+/// With a made-up server where the example means the one that it is typed on.
+std::vector<std::string> OnMadeUpServer(std::vector<std::string> words) {
+    if (!Holds(words, "--scenario") && !Holds(words, "--document") && !Holds(words, "diff")) {
+        words.insert(words.begin(), {"--scenario", "large"});
+    }
+    return words;
+}
+
+TEST(HelpTest, ItsExamplesWork) {
+    const TempFolder folder;
+    WriteFile(folder / "old.xml", RunCommand({"--scenario", "large", "get-info"}).out);
+    const std::vector<std::vector<std::string>> examples = Examples();
+    EXPECT_GE(examples.size(), 10U);
+    for (const std::vector<std::string>& words : examples) {
+        const Command command{.words = OnMadeUpServer(words), .inChild = [&folder] {
+                                  if (::chdir(folder.Path().c_str()) != 0) {
+                                      ::_exit(127);
+                                  }
+                              }};
+        const Ended ended = command.Run();
+        EXPECT_EQ(ended.ExitStatus(), Holds(words, "health") ? 2 : 0)
+            << testing::PrintToString(words) << ended.err;
+        EXPECT_EQ(ended.err, "") << testing::PrintToString(words);
+    }
+}
+
+TEST(HelpTest, FitsATerminal) {
+    std::istringstream lines(Help());
+    for (std::string line; std::getline(lines, line);) {
+        EXPECT_LE(line.size(), 100U) << line;
+    }
+}
+
+std::set<std::string> OptionsIn(const std::string& text) {
+    const std::regex option("--[a-z]+(-[a-z]+)*");
+    std::set<std::string> options;
+    for (std::sregex_iterator at(text.begin(), text.end(), option), end; at != end; ++at) {
+        options.insert(at->str());
+    }
+    return options;
+}
+
+constexpr const char* kSubcommands[] = {"show",        "smart",   "health", "get-info",
+                                        "get-pd-info", "capture", "diff"};
+
+TEST(ManualTest, HasEveryOptionAndSubcommand) {
+    const std::string manual = ReadFile(COMMAND_TEST_SOURCES "/product/command/mngsrvraid.1");
+    for (const std::string& option : OptionsIn(Help())) {
+        EXPECT_THAT(manual, HasSubstr("Fl -" + option.substr(2))) << option;
+    }
+    for (const std::string subcommand : kSubcommands) {
+        EXPECT_THAT(manual, HasSubstr("\n.It Cm " + subcommand)) << subcommand;
+    }
+}
+
+TEST(ManualTest, IsWellFormed) {
+    const Command lint{
+        .words = {"-T", "lint", "-W", "warning", COMMAND_TEST_SOURCES "/product/command/mngsrvraid.1"},
+        .program = "/usr/bin/mandoc"};
+    const Ended ended = lint.Run();
+    EXPECT_EQ(ended.ExitStatus(), 0) << ended.out << ended.err;
+}
+
+TEST(ManualTest, FitsThePagesOfOtherFormatters) {
+    const Command format{
+        .words = {"-mdoc", "-Tascii", "-ww", COMMAND_TEST_SOURCES "/product/command/mngsrvraid.1"},
+        .program = "/usr/bin/troff"};
+    const Ended ended = format.Run();
+    EXPECT_EQ(ended.ExitStatus(), 0);
+    EXPECT_EQ(ended.err, "");
+    EXPECT_NE(ended.out, "");
+}
+
+struct Shell {
+    const char* name;
+    const char* program;
+    const char* file;
+};
+
+class CompletionTest : public testing::TestWithParam<Shell> {};
+
+TEST_P(CompletionTest, KnowsEveryOptionAndSubcommandAndIsUnderstood) {
+    const std::string path =
+        std::string(COMMAND_TEST_SOURCES "/product/command/completions/") + GetParam().file;
+    const std::string text = ReadFile(path);
+    for (const std::string& option : OptionsIn(Help())) {
+        const bool isFish = std::string(GetParam().name) == "fish";
+        EXPECT_THAT(text, HasSubstr(isFish ? "-l " + option.substr(2) + " " : option)) << option;
+    }
+    for (const char* const subcommand : kSubcommands) {
+        EXPECT_THAT(text, HasSubstr(subcommand));
+    }
+    const std::vector<std::string> words = Words(std::regex_replace(text, std::regex("[\"'()]"), " "));
+    for (const std::string& scenario : scenario::ScenarioNames(COMMAND_TEST_SCENARIOS)) {
+        EXPECT_TRUE(Holds(words, scenario)) << scenario;
+    }
+    const Ended ended = Command{.words = {"-n", path}, .program = GetParam().program}.Run();
+    EXPECT_EQ(ended.ExitStatus(), 0);
+    EXPECT_EQ(ended.err, "");
+}
+
+INSTANTIATE_TEST_SUITE_P(All, CompletionTest,
+                         testing::Values(Shell{"bash", "/bin/bash", "mngsrvraid.bash"},
+                                         Shell{"zsh", "/usr/bin/zsh", "_mngsrvraid"},
+                                         Shell{"fish", "/usr/bin/fish", "mngsrvraid.fish"}),
+                         [](const auto& shell) { return shell.param.name; });
+
+/// What bash offers for the last of the words.
+std::string OfferedByBash(const std::string& words) {
+    const std::string script = "source " COMMAND_TEST_SOURCES
+                               "/product/command/completions/mngsrvraid.bash; COMP_WORDS=(mngsrvraid " +
+                               words +
+                               "); COMP_CWORD=$((${#COMP_WORDS[@]} - 1)); _mngsrvraid; echo ${COMPREPLY[*]}";
+    return Command{.words = {"-c", script}, .program = "/bin/bash"}.Run().out;
+}
+
+TEST(BashCompletion, OffersWhatMayStandThere) {
+    EXPECT_EQ(OfferedByBash("s"), "show smart\n");
+    EXPECT_EQ(OfferedByBash("''"), "show smart health get-info get-pd-info capture diff\n");
+    EXPECT_EQ(OfferedByBash("show --format j"), "json\n");
+    EXPECT_EQ(OfferedByBash("show --s"), "--scenario --smart\n");
+    EXPECT_EQ(OfferedByBash("health --v"), "--version --verbose\n");
+    EXPECT_EQ(OfferedByBash("get-info --v"), "--version\n");
+    EXPECT_EQ(OfferedByBash("capture --r"), "--redact\n");
+    EXPECT_EQ(OfferedByBash("--scenario faults/s"),
+              "faults/shell-killed faults/silent faults/slow faults/still-writing faults/stopped\n");
+}
+
+// The equals sign is a word of its own there.
+TEST(BashCompletion, OffersValuesBehindAnEqualsSign) {
+    EXPECT_EQ(OfferedByBash("show --format ="), "xml tree table json html prometheus\n");
+    EXPECT_EQ(OfferedByBash("show --format = j"), "json\n");
+    EXPECT_EQ(OfferedByBash("--trace = a"), "all\n");
+}
+
+TEST(BashCompletion, TakesNoValueForTheSubcommand) {
+    EXPECT_EQ(OfferedByBash("--output show s"), "show smart\n");
+    EXPECT_EQ(OfferedByBash("--output = show s"), "show smart\n");
+    EXPECT_EQ(OfferedByBash("--output diff show --sm"), "--smart\n");
+    EXPECT_EQ(OfferedByBash("--version show --sm"), "--smart\n");
+}
+
+/// What fish offers for the last of the words.
+std::vector<std::string> OfferedByFish(const std::string& words) {
+    const std::string script = "source " COMMAND_TEST_SOURCES
+                               "/product/command/completions/mngsrvraid.fish; complete -C 'mngsrvraid " +
+                               words + "' | string replace -r '\t.*' ''";
+    return Words(Command{.words = {"-N", "-c", script}, .program = "/usr/bin/fish"}.Run().out);
+}
+
+TEST(FishCompletion, OffersWhatMayStandThere) {
+    EXPECT_THAT(OfferedByFish("s"), testing::UnorderedElementsAre("show", "smart"));
+    EXPECT_THAT(OfferedByFish("show --s"), testing::UnorderedElementsAre("--scenario", "--smart"));
+    EXPECT_THAT(OfferedByFish("show --format=j"), testing::ElementsAre("--format=json"));
+    EXPECT_THAT(OfferedByFish("--scenario faults/la"), testing::ElementsAre("faults/late"));
+    EXPECT_THAT(OfferedByFish("get-info --re"), testing::IsEmpty());
+}
+
+TEST(FishCompletion, TakesNoValueForTheSubcommand) {
+    EXPECT_THAT(OfferedByFish("--output show s"), testing::UnorderedElementsAre("show", "smart"));
+    EXPECT_THAT(OfferedByFish("--output=x --output diff show --sm"), testing::ElementsAre("--smart"));
+}
+
+}  // namespace
+}  // namespace command::test

@@ -1,0 +1,347 @@
+// What people and monitoring systems ask for: show, smart, health, diff, and the formats.
+
+#include "basics/Text.h"
+#include "test_support/Command.h"
+#include "test_support/XmlLint.h"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <stdlib.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <filesystem>
+#include <sstream>
+#include <thread>
+
+namespace command::test {
+namespace {
+
+using namespace testsupport;
+
+namespace fs = std::filesystem;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
+std::string XmlOf(const std::string& scenario) {
+    return RunCommand({"--scenario", scenario, "get-info"}).out;
+}
+
+/// A saved document.
+class Saved final {
+  public:
+    explicit Saved(const std::string& xml) { WriteFile(Path(), xml); }
+    [[nodiscard]] std::string Path() const { return m_Folder / "saved.xml"; }
+
+  private:
+    TempFolder m_Folder;
+};
+
+std::string Replaced(std::string text, const std::string& old, const std::string& now) {
+    const std::size_t at = text.find(old);
+    EXPECT_NE(at, std::string::npos);
+    return text.replace(at, old.size(), now);
+}
+
+struct HealthCase {
+    const char* scenario;
+    int status;
+    const char* begin;
+};
+
+class HealthOf : public testing::TestWithParam<HealthCase> {};
+
+TEST_P(HealthOf, IsALineAndAnExitStatus) {
+    const Ended ended = RunCommand({"--scenario", GetParam().scenario, "health"});
+    EXPECT_EQ(ended.ExitStatus(), GetParam().status);
+    EXPECT_THAT(ended.out, StartsWith(GetParam().begin));
+    EXPECT_EQ(CountLines(ended.out), 1U);
+    EXPECT_EQ(ended.err, "");
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    All, HealthOf,
+    testing::Values(
+        HealthCase{"small", 0, "RAID OK - 1 controller, 1 group, 1 logical drive, 3 drives, all well | "},
+        HealthCase{"large", 2, "RAID CRITICAL - 4 critical, 3 warnings in 2 controllers, "},
+        HealthCase{"old", 3, "RAID UNKNOWN - 1 unknown in 1 controller, "},
+        HealthCase{"empty", 3, "RAID UNKNOWN - no controller, nothing to judge | "},
+        HealthCase{"half-failed", 3, "RAID UNKNOWN - health failed with return value 0x000000a1: the "}),
+    [](const auto& each) {
+        std::string name = each.param.scenario;
+        name.erase(std::remove(name.begin(), name.end(), '-'), name.end());
+        return name;
+    });
+
+TEST(Show, FailureBearsItsOwnNameAndItsReport) {
+    const Ended ended = RunCommand({"--scenario", "half-failed", "show"});
+    EXPECT_EQ(ended.ExitStatus(), 1);
+    EXPECT_THAT(ended.err, StartsWith("mngsrvraid: show failed with return value 0x000000a1: "));
+    EXPECT_THAT(ended.err, HasSubstr(" at controller 1: logical drives ("));
+}
+
+TEST(Show, MetricsCountEveryRunThatFailed) {
+    const TempFolder folder;
+    fs::copy(fs::path(COMMAND_TEST_SCENARIOS) / "small", folder.Path() / "server",
+             fs::copy_options::recursive);
+    WriteFile(folder.Path() / "server/v.do", "exit 3\n");
+    const Ended ended =
+        RunCommand({"--scenario", folder.Path() / "server", "show", "--format", "prometheus"});
+    EXPECT_EQ(ended.ExitStatus(), 0);
+    EXPECT_THAT(ended.out, HasSubstr("\nraid_tool_failed_commands 1\n"));
+    EXPECT_THAT(ended.out, HasSubstr("\nraid_tool_failed_runs 3\n"));
+}
+
+TEST(Health, IsAWarningWhileADriveIsRebuilt) {
+    const Saved saved(Replaced(XmlOf("small"), "Value=\"NO ERROR\"", "Value=\"REBUILD\""));
+    const Ended ended = RunCommand({"health", "--document", saved.Path()});
+    EXPECT_EQ(ended.ExitStatus(), 1);
+    EXPECT_THAT(ended.out, StartsWith("RAID WARNING - 1 warning in "));
+}
+
+TEST(Health, IsUnknownWhereNotEvenTheCommandLineIsRight) {
+    const Ended ended = RunCommand({"health", "--verbos"});
+    EXPECT_EQ(ended.ExitStatus(), 3);
+    EXPECT_EQ(ended.out, "RAID UNKNOWN - unknown option \"--verbos\"; see mngsrvraid --help\n");
+}
+
+TEST(Health, IsUnknownWithoutTheModule) {
+    const TempFolder folder;
+    const Ended ended = RunCommand({"--install-dir", folder.Path().string(), "health"});
+    EXPECT_EQ(ended.ExitStatus(), 3);
+    EXPECT_THAT(ended.out, StartsWith("RAID UNKNOWN - the RAID module cannot be loaded: "));
+    EXPECT_EQ(CountLines(ended.out), 1U);
+}
+
+TEST(Health, IsUnknownWhenItIsInterrupted) {
+    const auto running = Command{.words = {"--scenario", "faults/slow", "health"}}.Start();
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    ::kill(running->Process(), SIGTERM);
+    const Ended ended = running->Wait();
+    EXPECT_EQ(ended.ExitStatus(), 3);
+    EXPECT_EQ(ended.out, "RAID UNKNOWN - interrupted\n");
+}
+
+TEST(Health, IsNotMeantByAnArgumentOfThatName) {
+    const Ended ended = RunCommand({"show", "--document", "health"});
+    EXPECT_EQ(ended.ExitStatus(), 4);
+    EXPECT_EQ(ended.out, "");
+}
+
+TEST(Health, NamesEachFindingWhenVerbose) {
+    const Ended ended = RunCommand({"--scenario", "large", "health", "--verbose"});
+    EXPECT_EQ(CountLines(ended.out), 8U);
+    EXPECT_THAT(
+        ended.out,
+        HasSubstr(
+            "\nCRITICAL: controller 0, PD12 in enclosure 16 slot 4: Unconfig BAD, failure predicted (2)\n"));
+}
+
+TEST(Show, IsATableOfTheServerOrOfASavedDocument) {
+    const Ended shown = RunCommand({"--scenario", "large", "show"});
+    EXPECT_EQ(shown.ExitStatus(), 0);
+    EXPECT_THAT(shown.out, StartsWith("CRITICAL: 4 critical, 3 warnings in "));
+    EXPECT_THAT(shown.out, HasSubstr("\n  PD4    252:4  REBUILD "));
+    EXPECT_THAT(shown.out, Not(HasSubstr("\x1b")));
+    const Saved saved(XmlOf("large"));
+    EXPECT_EQ(RunCommand({"show", "--document", saved.Path()}).out, shown.out);
+    EXPECT_EQ(RunCommand({"--scenario", "large", "get-info", "--format", "table"}).out, shown.out);
+}
+
+TEST(Show, ReadsADocumentFromStandardInput) {
+    const Saved saved(XmlOf("small"));
+    const Command command{.words = {"show", "--document", "-"}, .inChild = [&] {
+                              const int file = ::open(saved.Path().c_str(), O_RDONLY);
+                              ::dup2(file, STDIN_FILENO);
+                          }};
+    EXPECT_EQ(command.Run().out, RunCommand({"show", "--document", saved.Path()}).out);
+}
+
+TEST(Show, AsksForSmartDataOfEveryDriveWhenTold) {
+    const Ended ended = RunCommand({"--scenario", "small", "show", "--smart"});
+    EXPECT_EQ(ended.ExitStatus(), 0);
+    for (const char* const drive : {"PD0 in enclosure 252 slot 0\n", "PD1 in enclosure 252 slot 1\n",
+                                    "PD2 in enclosure 252 slot 2\n"}) {
+        EXPECT_THAT(ended.out, HasSubstr(drive));
+    }
+    EXPECT_THAT(ended.out, HasSubstr("SMART Status"));
+}
+
+TEST(Show, ADriveThatCannotAnswerDoesNotHideTheOthers) {
+    const Ended ended = RunCommand({"--scenario", "old", "show", "--smart"});
+    EXPECT_EQ(ended.ExitStatus(), 1);
+    EXPECT_THAT(ended.out, HasSubstr("SMART Status"));
+    EXPECT_THAT(ended.err, HasSubstr("SMART data are missing: controller 0, drive in enclosure 1 slot "));
+    EXPECT_EQ(CountLines(ended.err), 1U);
+}
+
+TEST(Show, ASavedDocumentIsNotDatedToday) {
+    const Saved saved(XmlOf("small"));
+    const std::vector<std::string> words = {"show", "--document", saved.Path(), "--format"};
+    const auto in = [&](const char* format) {
+        std::vector<std::string> all = words;
+        all.emplace_back(format);
+        return RunCommand(all).out;
+    };
+    EXPECT_THAT(in("json"), HasSubstr("\"taken_at\": null"));
+    EXPECT_THAT(in("prometheus"), Not(HasSubstr("raid_last_success")));
+    EXPECT_THAT(in("html"), HasSubstr("From a saved document"));
+}
+
+TEST(Show, StoresWhatItShows) {
+    const TempFolder folder;
+    const Ended ended = RunCommand({"--scenario", "small", "show", "--output", folder / "shown.txt"});
+    EXPECT_EQ(ended.ExitStatus(), 0);
+    EXPECT_EQ(ended.out, "");
+    EXPECT_EQ(ReadFile(folder / "shown.txt"), RunCommand({"--scenario", "small", "show"}).out);
+}
+
+TEST(Smart, ShowsOneDrive) {
+    const Ended ended = RunCommand({"--scenario", "large", "smart", "0", "16", "2"});
+    EXPECT_EQ(ended.ExitStatus(), 0);
+    EXPECT_THAT(ended.out, StartsWith("CRITICAL: PD10 in enclosure 16 slot 2\n"));
+    EXPECT_THAT(ended.out, HasSubstr("[Head 0]Read"));
+}
+
+TEST(Smart, FailsLikeTheMethod) {
+    const Ended ended = RunCommand({"--scenario", "small", "smart", "0", "252", "77"});
+    EXPECT_EQ(ended.ExitStatus(), 1);
+    EXPECT_EQ(ended.out, "");
+    EXPECT_THAT(ended.err, HasSubstr("check that there is such a drive"));
+}
+
+struct FormatCase {
+    const char* format;
+    const char* begin;
+};
+
+class FormatOf : public testing::TestWithParam<FormatCase> {};
+
+TEST_P(FormatOf, IsTheSameForBothWaysToTheServerAndForADrive) {
+    const auto& [format, begin] = GetParam();
+    for (const std::vector<std::string>& words : {std::vector<std::string>{"get-info"},
+                                                  {"show"},
+                                                  {"get-pd-info", "0", "252", "1"},
+                                                  {"smart", "0", "252", "1"}}) {
+        std::vector<std::string> all = {"--scenario", "small", "--format", format};
+        all.insert(all.end(), words.begin(), words.end());
+        const Ended ended = RunCommand(all);
+        EXPECT_EQ(ended.ExitStatus(), 0) << words.front();
+        EXPECT_EQ(ended.err, "") << words.front();
+        EXPECT_THAT(ended.out, StartsWith(begin)) << words.front();
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    All, FormatOf,
+    testing::Values(FormatCase{"xml", "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<RAID"},
+                    FormatCase{"table", "OK: "}, FormatCase{"json", "{\n"},
+                    FormatCase{"html", "<!DOCTYPE html>"}, FormatCase{"prometheus", "# HELP raid_"}),
+    [](const auto& each) { return each.param.format; });
+
+TEST(Format, OfATreeIsEveryItemIndented) {
+    const std::string tree = RunCommand({"--scenario", "small", "get-info", "--format", "tree"}).out;
+    EXPECT_THAT(
+        tree, StartsWith("Controller Information\n  ### General Information ###\n    Controller No. = 0\n"));
+    EXPECT_EQ(std::to_string(CountLines(tree)), testsupport::EvaluateXPath(XmlOf("small"), "count(//Item)"));
+}
+
+TEST(Diff, SaysWhatChangedAndWhetherAnythingDid) {
+    const std::string xml = XmlOf("small");
+    const Saved before(xml);
+    const Saved after(Replaced(xml, "Value=\"31 C\"", "Value=\"45 C\""));
+    const Ended same = RunCommand({"diff", before.Path(), before.Path()});
+    EXPECT_EQ(same.ExitStatus(), 0);
+    EXPECT_EQ(same.out, "no difference\n");
+    const Ended changed = RunCommand({"diff", before.Path(), after.Path()});
+    EXPECT_EQ(changed.ExitStatus(), 1);
+    EXPECT_EQ(changed.out,
+              "changed   controller 0, the drive in enclosure 252 slot 0: General Information / Temperature: "
+              "\"31 C\" -> "
+              "\"45 C\"\n0 appeared, 0 vanished, 1 changed\n");
+}
+
+TEST(Diff, FailsOnWhatIsNoDocument) {
+    const Saved before("<RAID version=\"1\"/>");
+    const Saved broken("<RAID version=\"1\">");
+    EXPECT_EQ(RunCommand({"diff", before.Path(), broken.Path()}).ExitStatus(), 4);
+    EXPECT_THAT(RunCommand({"diff", before.Path(), broken.Path()}).err,
+                HasSubstr(" is no RAID document: it is no XML"));
+    EXPECT_THAT(RunCommand({"diff", before.Path(), "/nowhere"}).err,
+                HasSubstr("/nowhere cannot be read: No such file or directory"));
+}
+
+TEST(WrongUse, OfWhatDoesNotGoTogether) {
+    const std::vector<std::pair<std::vector<std::string>, std::string>> cases = {
+        {{"show", "--format", "yaml"},
+         "--format takes xml, tree, table, json, html or prometheus, not \"yaml\""},
+        {{"diff", "--format", "json", "a", "b"}, "--format does not go with diff"},
+        {{"--scenario", "small", "show", "--document", "a"},
+         "--scenario is a server to ask, which --document leaves alone"},
+        {{"show", "--smart", "--document", "a"}, "--smart asks the server, which --document leaves alone"},
+        {{"show", "--smart", "--format", "xml"},
+         "--smart has no xml: the document of a server holds none; get-pd-info has it drive by drive"},
+        {{"diff", "a"}, "diff needs two saved documents: OLD NEW"},
+        {{"capture"}, "capture needs a folder to make: DIR"},
+        {{"smart", "0"}, "smart needs three parameters: CTRL ENCL PD"},
+        {{"get-info", "--document", "a"}, "unknown option \"--document\""},
+        {{"show", "--document", ""}, "--document needs a path that is not empty"},
+    };
+    for (const auto& [words, line] : cases) {
+        const Ended ended = RunCommand(words);
+        EXPECT_EQ(ended.ExitStatus(), 2) << line;
+        EXPECT_EQ(ended.err, "mngsrvraid: " + line + "; see mngsrvraid --help\n");
+    }
+}
+
+/// What a terminal of that width gets to see of `show`.
+std::string OnTerminal(std::map<std::string, std::string> environment, unsigned short columns) {
+    const int controller = ::posix_openpt(O_RDWR | O_NOCTTY);
+    EXPECT_EQ(::grantpt(controller), 0);
+    EXPECT_EQ(::unlockpt(controller), 0);
+    const struct winsize size { 24, columns, 0, 0 };
+    EXPECT_EQ(::ioctl(controller, TIOCSWINSZ, &size), 0);
+    const std::string name = ::ptsname(controller);
+    environment.insert({"TERM", "xterm"});
+    const Command command{
+        .words = {"--scenario", "small", "show"}, .environment = std::move(environment), .inChild = [&] {
+            ::unsetenv("COLUMNS");
+            ::dup2(::open(name.c_str(), O_RDWR | O_NOCTTY), STDOUT_FILENO);
+        }};
+    EXPECT_EQ(command.Run().ExitStatus(), 0);
+    std::string seen(1 << 16, '\0');
+    const ssize_t count = ::read(controller, seen.data(), seen.size());
+    ::close(controller);
+    seen.resize(static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+    return seen;
+}
+
+std::size_t LongestLine(const std::string& text) {
+    std::istringstream lines(text);
+    std::size_t longest = 0;
+    for (std::string line; std::getline(lines, line);) {
+        longest = std::max(longest, basics::WidthOf(line));
+    }
+    return longest;
+}
+
+TEST(Terminal, HasColoursUnlessTheyAreUnwanted) {
+    EXPECT_THAT(OnTerminal({}, 80), StartsWith("\x1b[32mOK\x1b[0m: "));
+    EXPECT_THAT(OnTerminal({{"NO_COLOR", "1"}}, 80), Not(HasSubstr("\x1b")));
+    EXPECT_THAT(OnTerminal({{"TERM", "dumb"}}, 80), Not(HasSubstr("\x1b")));
+}
+
+TEST(Terminal, IsFilledAndNotOverrun) {
+    const std::map<std::string, std::string> plain = {{"NO_COLOR", "1"}};
+    EXPECT_LE(LongestLine(OnTerminal(plain, 60)), 60U);
+    EXPECT_GT(LongestLine(OnTerminal(plain, 60)), 55U);
+    EXPECT_THAT(OnTerminal(plain, 60), Not(HasSubstr("SERIAL NUMBER")));
+    EXPECT_THAT(OnTerminal(plain, 200), HasSubstr("SERIAL NUMBER"));
+}
+
+}  // namespace
+}  // namespace command::test

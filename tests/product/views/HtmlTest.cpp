@@ -1,0 +1,187 @@
+#include "Documents.h"
+#include "test_support/XmlLint.h"
+#include "views/Views.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace views::test {
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+
+/// Of a page, what an XPath yields; a page that is no XML is a failure. Names need no namespace.
+std::string Query(std::string page, const std::string& path) {
+    constexpr std::string_view kNamespace = " xmlns=\"http://www.w3.org/1999/xhtml\"";
+    page.erase(page.find(kNamespace), kNamespace.size());
+    try {
+        return testsupport::EvaluateXPath(page, path);
+    } catch (const std::exception& error) {
+        ADD_FAILURE() << path << ": " << std::string(error.what()).substr(0, 1000);
+        return "";
+    }
+}
+
+std::string PageOf(const std::string& items) {
+    return Html(SnapshotFrom(items));
+}
+
+class HtmlOfScenario : public testing::TestWithParam<const char*> {};
+
+TEST_P(HtmlOfScenario, IsWellFormedAndShowsEveryDrive) {
+    const inventory::Snapshot snapshot = SnapshotOf(GetParam());
+    const std::string drives = std::to_string(snapshot.Judge().counts.drives);
+    const std::string page = Html(snapshot);
+    EXPECT_TRUE(page.starts_with("<!DOCTYPE html>\n<html lang=\"en\""));
+    EXPECT_EQ(page.back(), '\n');
+    EXPECT_EQ(Query(page, "count(//li[starts-with(@class, 'slot ')][@id])"), drives);
+    EXPECT_EQ(Query(page, "count(//tbody/tr/th[@scope='row'])"), drives);
+    EXPECT_EQ(Query(page, "count(//thead/tr/th[not(@scope='col')])"), "0");
+    EXPECT_EQ(Query(page, "count(//h1)"), "1");
+    EXPECT_EQ(Query(page, "count(//@id[. = ../following::*/@id])"), "0") << "an anchor is there twice";
+    EXPECT_EQ(Query(page, "count(//a[not(substring(@href, 2) = //@id)])"), "0") << "a link leads nowhere";
+}
+
+TEST_P(HtmlOfScenario, NeedsNothingFromElsewhere) {
+    const std::string page = Html(SnapshotOf(GetParam()));
+    for (const char* const word :
+         {"<script", "<link", "<img", "<iframe", "src=", "url(", "@import", "@font-face"}) {
+        EXPECT_THAT(page, Not(HasSubstr(word)));
+    }
+    EXPECT_EQ(page.find("://"), page.rfind("://")) << "the name of the namespace alone looks like an address";
+}
+
+INSTANTIATE_TEST_SUITE_P(All, HtmlOfScenario, testing::Values("awkward", "empty", "large", "old", "small"),
+                         [](const auto& scenario) { return scenario.param; });
+
+TEST(Html, PageOfAHugeServerIsWellFormedAndNotTooLarge) {
+    const std::string page = Html(SnapshotOf("huge"));
+    EXPECT_EQ(Query(page, "count(//li[starts-with(@class, 'slot ')][@id])"), "4096");
+    EXPECT_LT(page.size(), 5'000'000U);
+}
+
+TEST(Html, RollUpComesFirstWithWordAndSign) {
+    const std::string page = Html(SnapshotOf("large"));
+    EXPECT_THAT(Query(page, "string(//title)"), testing::StartsWith("RAID CRITICAL: 4 critical"));
+    EXPECT_EQ(Query(page, "string(//header/div/@class)"), "rollup critical");
+    EXPECT_EQ(Query(page, "string(//header/div/p/b)"), "CRITICAL");
+    EXPECT_EQ(Query(page, "string(//header//span[@class='sign critical'])"), "\xC3\x97");
+    EXPECT_EQ(Query(page, "string(//time/@datetime)"), "2031-04-05T06:07:08Z");
+    EXPECT_EQ(Query(page, "count(//main/ul[@class='findings']/li)"), "7");
+}
+
+TEST(Html, FindingLeadsToTheSlotOfItsDrive) {
+    const std::string page = Html(SnapshotOf("large"));
+    const std::string finding = "//ul[@class='findings']/li[contains(., 'PD10 in enclosure 16 slot 2')]";
+    EXPECT_EQ(Query(page, "string(" + finding + "//b)"), "FAILED, failure predicted (7)");
+    EXPECT_EQ(Query(page, "string(" + finding + "//a/@href)"), "#d0-10");
+    EXPECT_THAT(Query(page, "string(//li[@id='d0-10'])"), HasSubstr("PD10"));
+    EXPECT_EQ(Query(page, "string(//li[@id='d0-10']/@class)"), "slot critical");
+}
+
+TEST(Html, FindingLeadsToADriveWithoutANumberByItsSlot) {
+    const std::vector<std::string> keys = {ItemXml("PD No.", ""), ItemXml("PD Status", "ERROR"),
+                                           ItemXml("PD Status(Detail)", "FAILED")};
+    const std::string page = PageOf(ControllerXml() + DriveXml("1") + DriveXml("2", keys));
+    EXPECT_EQ(Query(page, "string(//ul[@class='findings']/li//a/@href)"), "#d0-1");
+    EXPECT_EQ(Query(page, "string(//li[@id='d0-1']/span[@class='state'])"), "FAILED");
+}
+
+TEST(Html, EnclosureIsDrawnWithItsGaps) {
+    const std::string page = PageOf(ControllerXml() + DriveXml("7") + DriveXml("2") + DriveXml("4") +
+                                    DriveXml("4") + DriveXml("90") + DriveXml("none") + DriveXml(""));
+    const auto slot = [&](int place) {
+        return Query(page, "normalize-space(//ol[@class='slots']/li[" + std::to_string(place) + "])");
+    };
+    EXPECT_EQ(slot(1), "slot 2 \xE2\x9C\x93OK PD2 ONLINE");
+    EXPECT_EQ(slot(2), "slot 3 empty");
+    EXPECT_EQ(slot(3), "slot 4 \xE2\x9C\x93OK PD4 ONLINE");
+    EXPECT_EQ(slot(4), slot(3));
+    EXPECT_EQ(slot(5), "slot 5 empty");
+    EXPECT_EQ(slot(6), "slot 6 empty");
+    EXPECT_EQ(slot(7), "slot 7 \xE2\x9C\x93OK PD7 ONLINE");
+    EXPECT_EQ(slot(8),
+              "slot 8\xE2\x80\x93"
+              "89 empty");
+    EXPECT_EQ(slot(9), "slot 90 \xE2\x9C\x93OK PD90 ONLINE");
+    EXPECT_EQ(slot(10), "");
+    EXPECT_EQ(Query(page, "count(//ul[@class='slots']/li)"), "2");
+    EXPECT_EQ(Query(page, "string(//ol/@aria-label)"), "Enclosure 252: 7 drives, all well");
+}
+
+TEST(Html, SlotSaysWhatIsWrongInAWord) {
+    const auto state = [](const std::vector<std::string>& keys) {
+        return Query(PageOf(DriveXml("1", keys)), "string(//li[@id='d0-0']/span[@class='state'])");
+    };
+    const std::string failure = ItemXml("Predictive Failure Count", "3");
+    EXPECT_EQ(state({}), "ONLINE");
+    EXPECT_EQ(state({failure}), "failure predicted (3)");
+    EXPECT_EQ(state({ItemXml("PD Status", "ERROR"), ItemXml("PD Status(Detail)", "FAILED"), failure}),
+              "FAILED");
+    EXPECT_EQ(state({ItemXml("PD Status", "UNKNOWN"), ItemXml("PD Status(Detail)", "Diagnosing")}),
+              "Diagnosing");
+    EXPECT_EQ(state({ItemXml("PD Status(Detail)", std::string(99, 'x'))}),
+              std::string(23, 'x') + "\xE2\x80\xA6");
+}
+
+TEST(Html, GroupNamesItsLogicalDrivesAndMembers) {
+    const std::string page = Html(SnapshotOf("large"));
+    const std::string group = "//section[h4[contains(., 'RG1')]][1]";
+    EXPECT_EQ(Query(page, "string(" + group + "/@class)"), "group warning");
+    EXPECT_EQ(Query(page, "count(" + group + "/ul[@class='lds']/li[contains(., 'DEGRADED')])"), "2");
+    EXPECT_EQ(Query(page, "count(" + group + "/ul[@class='lds']/li[contains(., 'cache:')])"), "1");
+    EXPECT_EQ(Query(page, "string(" + group + "/ul[@class='members']/li[3]/a)"), "PD4");
+    EXPECT_EQ(Query(page, "string(" + group + "/ul[@class='members']/li[3]/a/@href)"), "#d0-4");
+}
+
+TEST(Html, ManyControllersThatAreWellAreClosed) {
+    std::string items;
+    for (int number = 0; number < 5; ++number) {
+        items += ControllerXml() + DriveXml("1", {ItemXml("PD Status", number == 3 ? "ERROR" : "NO ERROR")});
+    }
+    EXPECT_EQ(Query(PageOf(items), "count(//details[@class='controller'][@open])"), "1");
+    EXPECT_EQ(Query(PageOf(items), "count(//details[@class='controller'][not(@open)])"), "4");
+    EXPECT_EQ(Query(Html(SnapshotOf("large")), "count(//details[@class='controller'][@open])"), "2");
+}
+
+TEST(Html, ManyFindingsAreAllThere) {
+    std::string items = ControllerXml();
+    for (int slot = 0; slot < 100; ++slot) {
+        items += DriveXml(std::to_string(slot), {ItemXml("PD Status", "ERROR")});
+    }
+    EXPECT_EQ(Query(PageOf(items), "count(//ul[@class='findings']/li)"), "100");
+    EXPECT_EQ(Query(PageOf(items), "string(//main/details/summary)"), "and 60 more");
+}
+
+TEST(Html, SmartDataStandWithTheirKeysAndTables) {
+    const std::string page = Html(SnapshotOf("large", {"0", "252", "0"}));
+    EXPECT_EQ(Query(page, "string(//dl/div[dt='Power-On Time']/dd)"), "20411 Hours");
+    EXPECT_EQ(Query(page, "string(//details[contains(summary, 'SMART')]/@open)"), "open");
+    EXPECT_EQ(Query(page, "string(//div[starts-with(@aria-label, 'SMART')]//tbody/tr[1]/td[1])"),
+              "[Head 0]Read");
+    EXPECT_EQ(Query(Html(SnapshotWithSmart("large")), "count(//details[contains(summary, 'SMART')][@open])"),
+              "0");
+}
+
+TEST(Html, HostileNamesAreOnlyText) {
+    const std::string name = "</title><script>alert(\"1\")</script>'&amp;\x01\xFF]]>";
+    const std::string shown = "</title><script>alert(\"1\")</script>'&amp;\xEF\xBF\xBD\xEF\xBF\xBD]]>";
+    std::vector<std::string> keys;
+    for (const char* const key :
+         {"PD Status(Detail)", "PD No.", "Vendor", "Product ID", "Serial Number", "Capacity"}) {
+        keys.push_back(ItemXml(key, name));
+    }
+    keys.push_back(ItemXml("PD Status", "ERROR"));
+    const std::string page =
+        PageOf(ControllerXml({ItemXml("Controller No.", name), ItemXml("Controller Status", name)}) +
+               DriveXml(name, keys, {ParentXml("### SMART Information ###", {ItemXml(name, name)})}));
+    EXPECT_EQ(Query(page, "count(//script)"), "0");
+    EXPECT_EQ(Query(page, "count(//title)"), "1");
+    EXPECT_EQ(Query(page, "string(//tbody/tr/th)"), shown);
+    EXPECT_EQ(Query(page, "string(//h2[contains(., 'Controller')])"), "Controller " + shown);
+    EXPECT_THAT(page, Not(HasSubstr("<script")));
+}
+
+}  // namespace
+}  // namespace views::test

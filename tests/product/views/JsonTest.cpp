@@ -1,0 +1,169 @@
+#include "Documents.h"
+#include "views/Views.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <chrono>
+
+namespace views::test {
+namespace {
+
+using testsupport::TempFolder;
+using Parsed = nlohmann::ordered_json;
+
+/// What an independent validator says of a text; "" where it is content.
+std::string Validate(const std::string& json) {
+    const TempFolder folder;
+    folder.Write("json", json);
+    return Ask("check_json.py", {VIEWS_TEST_SCHEMA, folder / "json"});
+}
+
+class JsonOfScenario : public testing::TestWithParam<const char*> {};
+
+TEST_P(JsonOfScenario, IsValidAndHoldsEveryItemOfTheDocument) {
+    const TempFolder folder;
+    folder.Write("xml", DocumentOf(GetParam()));
+    folder.Write("json", Json(SnapshotOf(GetParam())));
+    EXPECT_EQ(Ask("check_json.py", {VIEWS_TEST_SCHEMA, folder / "json", folder / "xml"}), "");
+}
+
+// Not the huge one: the validator would take a minute for it, and it has nothing that the others lack.
+INSTANTIATE_TEST_SUITE_P(All, JsonOfScenario, testing::Values("awkward", "empty", "large", "old", "small"),
+                         [](const auto& scenario) { return scenario.param; });
+
+TEST(Json, HoldsEveryItemOfTheAnswersAboutDrives) {
+    const TempFolder folder;
+    inventory::Snapshot snapshot = SnapshotOf("large");
+    std::vector<std::string> arguments = {VIEWS_TEST_SCHEMA, folder / "json", folder / "main.xml"};
+    folder.Write("main.xml", DocumentOf("large"));
+    for (const std::string slot : {"0", "1", "3"}) {
+        const std::string xml = DocumentOf("large", {"0", "252", slot});
+        folder.Write(slot + ".xml", xml);
+        arguments.push_back(folder / (slot + ".xml"));
+        snapshot.Add({"0", "252", slot, inventory::Document::Read(xml)});
+    }
+    folder.Write("json", Json(snapshot));
+    EXPECT_EQ(Ask("check_json.py", arguments), "");
+}
+
+TEST(Json, TellsThePartsInTheOrderOfTheDocumentAndJudgesThem) {
+    const Parsed json = Parsed::parse(Json(SnapshotOf("large")));
+    EXPECT_EQ(json["schema_version"], 1);
+    EXPECT_EQ(json["taken_at"], "2031-04-05T06:07:08Z");
+    EXPECT_EQ(json["health"]["level"], "CRITICAL");
+    EXPECT_EQ(json["health"]["counts"]["drives"],
+              json["controllers"][0]["drives"].size() + json["controllers"][1]["drives"].size());
+    EXPECT_EQ(json["controllers"][0]["level"], "CRITICAL");
+    EXPECT_EQ(json["controllers"][1]["level"], "OK");
+    const Parsed& drive = json["controllers"][0]["drives"][0];
+    EXPECT_EQ(drive["number"], "PD0");
+    EXPECT_EQ(drive["group"], "RG0");
+    EXPECT_EQ(drive["role"], "LD0");
+    EXPECT_EQ(drive["level"], "OK");
+    EXPECT_EQ(drive["statuses"], Parsed::array({"NO ERROR"}));
+    std::vector<std::string> keys;
+    for (const auto& [key, value] : json.items()) {
+        keys.push_back(key);
+    }
+    EXPECT_THAT(keys, testing::ElementsAre("schema_version", "taken_at", "health", "tool_runs", "controllers",
+                                           "items", "drive_documents"));
+}
+
+TEST(Json, WhatWasNotToldIsNull) {
+    const Parsed json = Parsed::parse(
+        Json(SnapshotFrom(DriveXml("3", {ItemXml("RG No.", "-"), ItemXml("Vendor", ""),
+                                         "<Item Name=\"Capacity\" Value=\"-\" Valid=\"FALSE\"/>"}))));
+    const Parsed& drive = json["controllers"][0]["drives"][0];
+    for (const char* const key : {"group", "vendor", "capacity", "serial", "smart"}) {
+        EXPECT_TRUE(drive[key].is_null()) << key;
+    }
+    EXPECT_TRUE(json["controllers"][0]["product"].is_null());
+    EXPECT_TRUE(json["tool_runs"].is_null());
+}
+
+TEST(Json, EmptyValueOfAnItemIsNotAMissingOne) {
+    const Parsed json = Parsed::parse(Json(SnapshotFrom(
+        "<Item Name=\"a\" Value=\"\" Valid=\"TRUE\"/><Item Name=\"b\" Valid=\"TRUE\" Parent=\"c\"/>"
+        "<Item Name=\"d\" Value=\"e\" Valid=\"FALSE\"/>")));
+    EXPECT_EQ(json["items"].dump(), R"([{"name":"a","value":"","valid":true,"items":[]},)"
+                                    R"({"name":"b","value":null,"valid":true,"parent":"c","items":[]},)"
+                                    R"({"name":"d","value":"e","valid":false,"items":[]}])");
+}
+
+TEST(Json, SmartKeysAndRowsStandWithTheDrive) {
+    const std::string smart = ParentXml(
+        "### SMART Information ###",
+        {ItemXml("SMART Status", "OK"), ItemXml("Temperature", ""),
+         ParentXml("SMART Detail(SATA)",
+                   {ItemXml("ID", "5"), ItemXml("Attribute", "Reallocated"), ItemXml("Raw Data", "0")}),
+         ParentXml("SMART Detail(SATA)", {ItemXml("ID", "9"), ItemXml("Attribute", "Power-On")})});
+    const std::string text = Json(SnapshotFrom(DriveXml("3", {}, {smart})));
+    EXPECT_EQ(Validate(text), "");
+    EXPECT_EQ(Parsed::parse(text)["controllers"][0]["drives"][0]["smart"].dump(),
+              R"-({"keys":[{"name":"SMART Status","value":"OK"},{"name":"Temperature","value":null}],)-"
+              R"-("table":{"name":"SMART Detail(SATA)","columns":["ID","Attribute","Raw Data"],)-"
+              R"-("rows":[["5","Reallocated","0"],["9","Power-On",null]]}})-");
+}
+
+TEST(Json, ToolRunsAreToldWhereTheyWereWatched) {
+    inventory::Snapshot snapshot = SnapshotFrom("");
+    snapshot.runs = {7, 1, 4, std::chrono::duration<double>(1.5)};
+    const std::string text = Json(snapshot);
+    EXPECT_EQ(Validate(text), "");
+    EXPECT_EQ(Parsed::parse(text)["tool_runs"].dump(),
+              R"({"commands":7,"failures":1,"failed_runs":4,"duration_seconds":1.5})");
+}
+
+TEST(Json, AnyBytesMakeValidUtf8) {
+    std::string bytes;
+    for (int byte = 1; byte < 256; ++byte) {
+        bytes += static_cast<char>(byte);
+    }
+    inventory::Snapshot snapshot =
+        SnapshotFrom(DriveXml("\xED\xA0\x80", {ItemXml("Vendor", "\xFF\xC0\x80\"\\\x7F\xE2\x80\xA8")}));
+    snapshot.Add({"0", bytes, "\xC3", inventory::Document::Read("<RAID version=\"1\"/>")});
+    const std::string text = Json(snapshot);
+    EXPECT_EQ(Validate(text), "");  // which reads it as strict UTF-8
+    EXPECT_EQ(Parsed::parse(text)["drive_documents"][0]["slot"], "\xEF\xBF\xBD");
+    EXPECT_EQ(text.back(), '\n');
+}
+
+// Each one change to a view that the schema accepts.
+struct Damage {
+    const char* name;
+    void (*work)(Parsed& json);
+};
+
+class BrokenJson : public testing::TestWithParam<Damage> {};
+
+TEST_P(BrokenJson, IsRefusedByTheSchema) {
+    Parsed json = Parsed::parse(Json(SnapshotOf("small")));
+    const std::string whole = json.dump();
+    GetParam().work(json);
+    ASSERT_NE(json.dump(), whole);
+    EXPECT_THAT(Validate(json.dump()), testing::HasSubstr("the schema refuses it"));
+}
+
+constexpr Damage kDamages[] = {
+    {"MoreAtTheTop", [](Parsed& json) { json["more"] = 1; }},
+    {"MoreInADrive", [](Parsed& json) { json["controllers"][0]["drives"][1]["more"] = "x"; }},
+    {"MoreInAnItem", [](Parsed& json) { json["items"][0]["items"][0]["more"] = "x"; }},
+    {"MoreInAMember", [](Parsed& json) { json["controllers"][0]["groups"][0]["members"][0]["more"] = ""; }},
+    {"MoreInCounts", [](Parsed& json) { json["health"]["counts"]["more"] = 1; }},
+    {"NoTime", [](Parsed& json) { json.erase("taken_at"); }},
+    {"NoSerial", [](Parsed& json) { json["controllers"][0]["drives"][0].erase("serial"); }},
+    {"NoItems", [](Parsed& json) { json["items"][0]["items"][0].erase("items"); }},
+    {"OtherVersion", [](Parsed& json) { json["schema_version"] = 2; }},
+    {"OtherLevel", [](Parsed& json) { json["controllers"][0]["groups"][0]["level"] = "GOOD"; }},
+    {"EmptyInsteadOfNull", [](Parsed& json) { json["controllers"][0]["drives"][0]["vendor"] = ""; }},
+    {"NumberAsValue", [](Parsed& json) { json["items"][0]["items"][0]["value"] = 1; }},
+    {"WordAsFlag", [](Parsed& json) { json["items"][0]["valid"] = "TRUE"; }},
+};
+
+INSTANTIATE_TEST_SUITE_P(Each, BrokenJson, testing::ValuesIn(kDamages),
+                         [](const auto& damage) { return damage.param.name; });
+
+}  // namespace
+}  // namespace views::test

@@ -1,0 +1,170 @@
+// What people see on a terminal, and monitoring systems in a line.
+
+#include "Documents.h"
+#include "basics/Text.h"
+#include "test_support/TempFolder.h"
+#include "views/Views.h"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <sstream>
+
+namespace views::test {
+namespace {
+
+using inventory::Snapshot;
+using testing::HasSubstr;
+using testing::Not;
+
+std::vector<std::string> Lines(const std::string& text) {
+    std::vector<std::string> lines;
+    std::istringstream in(text);
+    for (std::string line; std::getline(in, line);) {
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+struct Screen {
+    const char* scenario;
+    std::size_t columns;
+};
+
+class ExpectedScreen : public testing::TestWithParam<Screen> {};
+
+// The files in expected/ were read line by line beside the scenario's reports.
+TEST_P(ExpectedScreen, LooksAsItDid) {
+    const auto& [scenario, columns] = GetParam();
+    const std::string file =
+        std::string(VIEWS_TEST_FOLDER "/expected/") + scenario + "-" + std::to_string(columns) + ".txt";
+    EXPECT_EQ(Table(SnapshotOf(scenario), {columns, false}), testsupport::ReadFile(file));
+}
+
+INSTANTIATE_TEST_SUITE_P(All, ExpectedScreen,
+                         testing::Values(Screen{"small", 0}, Screen{"large", 80}, Screen{"large", 120},
+                                         Screen{"old", 60}, Screen{"empty", 80}),
+                         [](const auto& screen) {
+                             return std::string(screen.param.scenario) + std::to_string(screen.param.columns);
+                         });
+
+TEST(TableTest, ShowsADriveWithItsSmartData) {
+    const Snapshot snapshot(inventory::Document::Read(DocumentOf("large", {"0", "16", "2"})), "0");
+    EXPECT_EQ(Table(snapshot, {80, false}),
+              testsupport::ReadFile(VIEWS_TEST_FOLDER "/expected/large-0-16-2-80.txt"));
+}
+
+class AnyScenario : public testing::TestWithParam<const char*> {};
+
+TEST_P(AnyScenario, FitsEveryTerminal) {
+    const Snapshot snapshot = SnapshotOf(GetParam());
+    for (const std::size_t columns : {std::size_t{40}, std::size_t{80}, std::size_t{132}}) {
+        for (const std::string& line : Lines(Table(snapshot, {columns, false}))) {
+            ASSERT_LE(basics::WidthOf(line), columns) << line;
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(All, AnyScenario, testing::ValuesIn(kScenarios),
+                         [](const auto& scenario) { return scenario.param; });
+
+TEST(TableTest, TellsTheWorstBeforeEverythingElse) {
+    const std::vector<std::string> lines = Lines(Table(SnapshotOf("large"), {}));
+    EXPECT_EQ(lines.at(0),
+              "CRITICAL: 4 critical, 3 warnings in 2 controllers, 7 groups, 8 logical drives, 26 drives");
+    EXPECT_EQ(lines.at(2), "Needs attention");
+    EXPECT_EQ(lines.at(3), "  CRITICAL  controller 0, RG2, LD4: OFFLINE");
+}
+
+TEST(TableTest, AMemberThatIsNotWellIsMarkedOnANarrowTerminalToo) {
+    const std::vector<std::string> lines = Lines(Table(SnapshotOf("large"), {40, false}));
+    const auto group = std::find_if(lines.begin(), lines.end(),
+                                    [](const std::string& line) { return line.starts_with("  RG1    "); });
+    ASSERT_NE(group, lines.end());
+    EXPECT_THAT(*group, HasSubstr("RAID 5  PD2 PD\xE2\x80\xA6!  LD1  "));
+}
+
+TEST(TableTest, ColoursNothingUnlessAsked) {
+    EXPECT_THAT(Table(SnapshotOf("large"), {80, false}), Not(HasSubstr("\x1b")));
+    EXPECT_THAT(Table(SnapshotOf("large"), {80, true}), HasSubstr("\x1b[1;31mFAILED"));
+}
+
+TEST(TableTest, APlaceholderNeverLooksLikeAValue) {
+    const Snapshot snapshot =
+        SnapshotFrom(ControllerXml() +
+                     DriveXml("3", {ItemXml("PD Status", "NO ERROR"),
+                                    "<Item Name=\"Temperature\" Value=\"\" Valid=\"FALSE\"/>",
+                                    ItemXml("Capacity", "1 GB")}) +
+                     DriveXml("4", {ItemXml("PD Status", "NO ERROR"), ItemXml("Temperature", "31 C"),
+                                    ItemXml("Capacity", "1 GB")}));
+    const std::vector<std::string> lines = Lines(Table(snapshot, {}));
+    EXPECT_THAT(lines.at(lines.size() - 2), testing::EndsWith("1 GB     -")) << Table(snapshot, {});
+    EXPECT_THAT(lines.at(lines.size() - 1), testing::EndsWith("1 GB  31 C"));
+}
+
+TEST(TableTest, HostileTextsAreOnlyTexts) {
+    const std::string text = Table(SnapshotFrom(ControllerXml({ItemXml("Product Name",
+                                                                       "\xC2\x9B"
+                                                                       "2J \xE2\x80\xAE"
+                                                                       "evil"),
+                                                               ItemXml("Controller Status", "a\nb")})),
+                                   {});
+    EXPECT_THAT(text, HasSubstr("\xEF\xBF\xBD"
+                                "2J \xEF\xBF\xBD"
+                                "evil"));
+    EXPECT_THAT(text, HasSubstr("status a b"));
+}
+
+TEST(TreeTest, HoldsEveryItem) {
+    const Snapshot snapshot =
+        SnapshotFrom(ParentXml("root", {ItemXml("key", "a\nb"), ItemXml("empty", ""),
+                                        "<Item Name=\"none\" Value=\"\" Valid=\"FALSE\"/>"}) +
+                     "<Item Name=\"lost\" Value=\"x\" Valid=\"TRUE\" Parent=\"away\"/>");
+    EXPECT_EQ(Tree(snapshot),
+              "root\n  key = a b\n  empty = \n  none (not in the report)\nlost = x (belongs to away)\n");
+    EXPECT_EQ(Tree(SnapshotFrom("")), "(no item)\n");
+    EXPECT_EQ(Lines(Tree(SnapshotOf("large"))).size(), SnapshotOf("large").Main().Count());
+}
+
+TEST(MonitoringLineTest, IsOneLineWithFigures) {
+    EXPECT_EQ(MonitoringLine(SnapshotOf("small").Judge(), false),
+              "RAID OK - 1 controller, 1 group, 1 logical drive, 3 drives, all well | controllers=1 groups=1 "
+              "logical_drives=1 drives=3 critical=0 warning=0 unknown=0\n");
+    const std::string line = MonitoringLine(SnapshotOf("large").Judge(), false);
+    EXPECT_EQ(Lines(line).size(), 1U);
+    EXPECT_THAT(line, testing::StartsWith("RAID CRITICAL - 4 critical, 3 warnings in "));
+    EXPECT_THAT(line,
+                HasSubstr("; controller 0, PD10 in enclosure 16 slot 2: FAILED, failure predicted (7);"));
+    EXPECT_THAT(line, HasSubstr("; and 2 more | "));
+}
+
+TEST(MonitoringLineTest, NamesEveryFindingWhenAsked) {
+    const std::vector<std::string> lines = Lines(MonitoringLine(SnapshotOf("large").Judge(), true));
+    ASSERT_EQ(lines.size(), 8U);
+    EXPECT_EQ(lines[1], "CRITICAL: controller 0, RG2, LD4: OFFLINE");
+    EXPECT_EQ(lines[7], "WARNING: controller 0, RG1, PD4 in enclosure 252 slot 4: REBUILD");
+}
+
+TEST(MonitoringLineTest, AReportCannotBeginTheFigures) {
+    inventory::Health health;
+    health.level = inventory::Level::Critical;
+    health.findings.push_back({inventory::Level::Critical, "0", "", "PD|0", "", "", "x | drives=0\ny"});
+    const std::string line = MonitoringLine(health, false);
+    EXPECT_THAT(line, HasSubstr("controller 0, PD/0: x / drives=0 y | controllers=0"));
+    EXPECT_EQ(Lines(line).size(), 1U);
+}
+
+TEST(DifferencesTest, AreOneALine) {
+    using Kind = inventory::Change::Kind;
+    EXPECT_EQ(Differences({{Kind::Appeared, "controller 0, RG1", "", "", ""},
+                           {Kind::Vanished, "controller 0", "General Information / Rate", "30 %", ""},
+                           {Kind::Changed, "controller 0", "a\tb", "", "x"}}),
+              "appeared  controller 0, RG1\n"
+              "vanished  controller 0: General Information / Rate: \"30 %\"\n"
+              "changed   controller 0: a b: \"\" -> \"x\"\n"
+              "1 appeared, 1 vanished, 1 changed\n");
+    EXPECT_EQ(Differences({}), "no difference\n");
+}
+
+}  // namespace
+}  // namespace views::test
