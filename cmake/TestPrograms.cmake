@@ -18,12 +18,27 @@ target_link_libraries(test_headers PRIVATE GTest::gmock)
 target_precompile_headers(test_headers PRIVATE
   <gmock/gmock.h> <gtest/gtest.h> <filesystem> <fstream> <functional> <map> <memory> <string> <vector>)
 
-# add_test_program(NAME SOURCE...): a program of tests, which ctest knows one by one.
+# Every test belongs to a run, which has a directory for temporary files of its own and has to leave nothing behind.
+string(MD5 run_mark "${CMAKE_BINARY_DIR}")
+string(SUBSTRING "${run_mark}" 0 8 run_mark)
+set(ZORBALT_TEST_FOLDER "/tmp/zorbalt_tests_${run_mark}" CACHE INTERNAL "For fuzz/ and bench/ as well")
+set(in_test_run FIXTURES_REQUIRED test_run ENVIRONMENT_MODIFICATION "TMPDIR=set:${ZORBALT_TEST_FOLDER}")
+
+# join_test_run(TEST...): for tests that are programs of another kind.
+function(join_test_run)
+  foreach(test IN LISTS ARGN)
+    set_property(TEST ${test} APPEND PROPERTY FIXTURES_REQUIRED test_run)
+    set_property(TEST ${test} APPEND PROPERTY ENVIRONMENT_MODIFICATION "TMPDIR=set:${ZORBALT_TEST_FOLDER}")
+  endforeach()
+endfunction()
+
+# add_test_program(NAME SOURCE... [FILTER FILTER]): a program of tests, which ctest knows one by one.
 function(add_test_program name)
-  add_executable(${name} ${ARGN})
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "FILTER" "")
+  add_executable(${name} ${arg_UNPARSED_ARGUMENTS})
   target_link_libraries(${name} PRIVATE test_support GTest::gmock)
   target_precompile_headers(${name} REUSE_FROM test_headers)
-  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 NO_PRETTY_VALUES)
+  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 NO_PRETTY_VALUES TEST_FILTER "${arg_FILTER}" PROPERTIES ${in_test_run})
 endfunction()
 
 # add_room_test(NAME SOURCE...): the same with GoogleTest's own main.

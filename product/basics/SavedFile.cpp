@@ -13,13 +13,13 @@
 namespace basics {
 namespace {
 
-[[noreturn]] void Fail(const std::string& path, const std::string& why) {
+[[noreturn]] void FailToRead(const std::string& path, const std::string& why) {
     throw Failure(Failure::Kind::Surroundings,
                   (path == "-" ? "standard input" : path) + " cannot be read: " + why);
 }
 
-[[noreturn]] void Fail(const std::string& path) {
-    Fail(path, std::generic_category().message(errno));
+[[noreturn]] void FailToRead(const std::string& path) {
+    FailToRead(path, std::generic_category().message(errno));
 }
 
 }  // namespace
@@ -31,18 +31,19 @@ std::string ReadFile(const std::string& path, std::size_t mostMebibytes) {
     const Descriptor opened(isStandardInput ? ::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0)
                                             : ::open(path.c_str(), O_RDONLY | O_CLOEXEC));
     if (!opened.IsOpen()) {
-        Fail(path);
+        FailToRead(path);
     }
     std::string text;
     std::array<char, kPiece> piece;
     for (ssize_t size = 1; size != 0;) {
         size = ::read(opened.Number(), piece.data(), piece.size());
         if (size < 0 && errno != EINTR) {
-            Fail(path);
+            FailToRead(path);
         }
         text.append(piece.data(), size < 0 ? 0 : static_cast<std::size_t>(size));
         if (text.size() > mostMebibytes * kMebibyte) {
-            Fail(path, "it is larger than " + std::to_string(mostMebibytes) + " MiB, as no RAID document is");
+            FailToRead(path,
+                       "it is larger than " + std::to_string(mostMebibytes) + " MiB, as no RAID document is");
         }
     }
     return text;

@@ -1,8 +1,8 @@
 #include "Progress.h"
 
+#include "Screen.h"
 #include "calls/ToolCommand.h"
 
-#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -15,13 +15,7 @@ namespace {
 using std::chrono::seconds;
 using std::chrono::steady_clock;
 
-constexpr std::size_t kUsualColumns = 80;
 constexpr seconds kInterval{1};
-
-std::size_t ColumnsOf(int terminal) noexcept {
-    struct winsize size {};
-    return ::ioctl(terminal, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : kUsualColumns;
-}
 
 }  // namespace
 

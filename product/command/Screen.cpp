@@ -10,8 +10,6 @@
 namespace command {
 namespace {
 
-constexpr std::size_t kUsualColumns = 80;
-
 std::string_view Environment(const char* name) {
     const char* const value = std::getenv(name);
     return value == nullptr ? "" : value;
@@ -24,11 +22,16 @@ std::size_t ColumnsOfStandardOutput() {
     if (read.ec == std::errc() && read.ptr == wish.data() + wish.size() && columns > 0) {
         return columns;
     }
-    struct winsize size {};
-    return ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : kUsualColumns;
+    return ColumnsOf(STDOUT_FILENO);
 }
 
 }  // namespace
+
+std::size_t ColumnsOf(int terminal) noexcept {
+    constexpr std::size_t kUsual = 80;
+    struct winsize size {};
+    return ::ioctl(terminal, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : kUsual;
+}
 
 views::TerminalStyle StyleOfStandardOutput() {
     if (::isatty(STDOUT_FILENO) != 1) {

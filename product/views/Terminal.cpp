@@ -17,9 +17,9 @@ using inventory::Group;
 using inventory::Level;
 using inventory::LogicalDrive;
 
-constexpr std::size_t kIndentation = 2;
-constexpr std::size_t kLongest = 60;  // of a text in a line of them
-constexpr char kNotWell = '!';        // behind a member
+constexpr std::size_t kStep = 2;
+constexpr std::size_t kLongestText = 60;  // of a text in a line of them
+constexpr char kNotWell = '!';            // behind a member
 
 using Fit = Grid::Fit;
 
@@ -175,10 +175,10 @@ std::string Wrapped(std::string_view text, std::size_t column, std::size_t hang,
     return wrapped;
 }
 
-std::string TitleOf(const Controller& controller) {
+std::string HeadlineOf(const Controller& controller) {
     std::string title = "Controller";
     const auto add = [&title](const char* before, const std::string& text) {
-        title += text.empty() ? "" : before + basics::Shortened(basics::Printable(text), kLongest);
+        title += text.empty() ? "" : before + basics::Shortened(basics::Printable(text), kLongestText);
     };
     add(" ", controller.number);
     add(": ", controller.product);
@@ -189,16 +189,16 @@ std::string TitleOf(const Controller& controller) {
 
 std::string StateLine(const std::string& of, const std::string& state, Level level,
                       const TerminalStyle& style) {
-    const std::size_t half = style.columns == 0 ? kLongest : style.columns / 2;
-    const std::string name = std::string(kIndentation, ' ') +
-                             basics::Shortened(basics::Printable(of), std::min(half, kLongest)) + ' ';
+    const std::size_t half = style.columns == 0 ? kLongestText : style.columns / 2;
+    const std::string name = std::string(kStep, ' ') +
+                             basics::Shortened(basics::Printable(of), std::min(half, kLongestText)) + ' ';
     if (state.empty()) {
         return name + "not told\n";
     }
     const std::size_t room =
-        style.columns > basics::WidthOf(name) ? style.columns - basics::WidthOf(name) : kLongest;
+        style.columns > basics::WidthOf(name) ? style.columns - basics::WidthOf(name) : kLongestText;
     return name +
-           Colored(basics::Shortened(basics::Printable(state), std::min(room, kLongest)), level, style) +
+           Colored(basics::Shortened(basics::Printable(state), std::min(room, kLongestText)), level, style) +
            '\n';
 }
 
@@ -212,11 +212,11 @@ std::string StatesOf(const Controller& controller, const TerminalStyle& style) {
 }
 
 std::string Block(const Grid& grid, const TerminalStyle& style) {
-    return grid.IsEmpty() ? "" : '\n' + grid.Text(style, kIndentation);
+    return grid.IsEmpty() ? "" : '\n' + grid.Text(style, kStep);
 }
 
 std::string Section(const Controller& controller, const TerminalStyle& style) {
-    std::string text = '\n' + Heading(Wrapped(TitleOf(controller), 0, kIndentation, style), style) + '\n';
+    std::string text = '\n' + Heading(Wrapped(HeadlineOf(controller), 0, kStep, style), style) + '\n';
     if (controller.item != nullptr) {
         text += StatesOf(controller, style);
     }
@@ -231,9 +231,9 @@ std::string Attention(const inventory::Health& health, const TerminalStyle& styl
     std::string text;
     for (const inventory::Finding& finding : health.findings) {
         const std::string level = basics::PadRight(std::string(NameOf(finding.level)), kLevelWidth);
-        text += std::string(kIndentation, ' ') + Colored(level, finding.level, style) +
-                Wrapped(basics::Printable(PlaceOf(finding) + ": " + finding.what), kIndentation + kLevelWidth,
-                        kIndentation + kLevelWidth, style) +
+        text += std::string(kStep, ' ') + Colored(level, finding.level, style) +
+                Wrapped(basics::Printable(PlaceOf(finding) + ": " + finding.what), kStep + kLevelWidth,
+                        kStep + kLevelWidth, style) +
                 '\n';
     }
     return text.empty() ? "" : '\n' + Heading("Needs attention", style) + '\n' + text;
@@ -241,8 +241,7 @@ std::string Attention(const inventory::Health& health, const TerminalStyle& styl
 
 std::string Verdict(const inventory::Health& health, const std::string& text, const TerminalStyle& style) {
     const std::string level(NameOf(health.level));
-    return Colored(level, health.level, style) + ": " + Wrapped(text, level.size() + 2, kIndentation, style) +
-           '\n';
+    return Colored(level, health.level, style) + ": " + Wrapped(text, level.size() + 2, kStep, style) + '\n';
 }
 
 bool HoldsNumbers(const inventory::Smart& smart, std::size_t column) {
@@ -332,9 +331,8 @@ std::string Table(const inventory::Snapshot& snapshot, const TerminalStyle& styl
         text += Section(controller, style);
         for (const Drive& drive : controller.drives) {
             if (drive.smart != nullptr) {
-                text += '\n' +
-                        Heading("  " + Wrapped(NameOf(drive), kIndentation, kIndentation, style), style) +
-                        '\n' + SmartBlock(drive, style);
+                text += '\n' + Heading("  " + Wrapped(NameOf(drive), kStep, kStep, style), style) + '\n' +
+                        SmartBlock(drive, style);
             }
         }
     }

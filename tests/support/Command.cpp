@@ -1,7 +1,11 @@
 #include "test_support/Command.h"
 
+#include "test_support/Processes.h"
+
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -16,6 +20,29 @@ namespace testsupport {
 namespace fs = std::filesystem;
 
 namespace {
+
+// A tool that stops itself is left behind, as it would be without a test: it and whatever else a test's
+// commands leave become children of the test, which ends them.
+class EndOfWhatIsLeft final : public testing::EmptyTestEventListener {
+  public:
+    EndOfWhatIsLeft() { ::prctl(PR_SET_CHILD_SUBREAPER, 1, 0, 0, 0); }
+
+    void OnTestEnd(const testing::TestInfo& /*test*/) override {
+        for (std::vector<Process> left = DescendantsOf(::getpid()); !left.empty();
+             left = DescendantsOf(::getpid())) {
+            for (const Process& process : left) {
+                ::kill(process.id, SIGKILL);
+            }
+            while (::waitpid(-1, nullptr, 0) > 0) {
+            }
+        }
+    }
+};
+
+const bool g_IsListening = [] {
+    testing::UnitTest::GetInstance()->listeners().Append(new EndOfWhatIsLeft);
+    return true;
+}();
 
 constexpr const char* kModule = "libqelp_ZORBALT_MngSrvRaid.so";
 constexpr int kNotStarted = 127;

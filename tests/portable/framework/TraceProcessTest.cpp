@@ -22,14 +22,14 @@ using qel::test::TraceFile;
 using qel::test::WrittenLine;
 
 constexpr int kLinesEach = 300;
-constexpr int kThreads = 8;
+constexpr int kWriters = 8;
 constexpr int kChildren = 6;
 
 // Of many lengths, so that a line that was torn or mixed with another one does not look like any of these.
 // Children keep to lengths that take no memory to trace: the sanitizers' own allocators do not outlive a fork
 // among threads.
 std::string TextOf(int writer, int line) {
-    const int longest = writer < kThreads ? 3000 : 800;
+    const int longest = writer < kWriters ? 3000 : 800;
     const auto filling = static_cast<std::size_t>((line * 37 + writer * 101) % longest);
     return "writer " + std::to_string(writer) + " line " + std::to_string(line) + " " +
            std::string(filling, static_cast<char>('a' + writer)) + ".";
@@ -52,7 +52,7 @@ void TraceAll(const std::vector<std::string>& texts) {
 // Threads that begin together, and of which none ends before the last has begun: thread numbers come again.
 std::vector<std::thread> StartThreads(std::atomic<int>& waiting) {
     std::vector<std::thread> threads;
-    for (int writer = 0; writer < kThreads; ++writer) {
+    for (int writer = 0; writer < kWriters; ++writer) {
         threads.emplace_back([writer, &waiting] {
             const std::vector<std::string> texts = TextsOf(writer);
             --waiting;
@@ -80,20 +80,20 @@ void ExpectAllLinesOf(int writers, const std::vector<WrittenLine>& lines) {
 
 TEST(TraceProcessTest, LinesOfManyThreadsStayWhole) {
     const TraceFile file;
-    std::atomic<int> waiting{kThreads};
+    std::atomic<int> waiting{kWriters};
     for (std::thread& thread : StartThreads(waiting)) {
         thread.join();
     }
-    ExpectAllLinesOf(kThreads, file.Lines());
+    ExpectAllLinesOf(kWriters, file.Lines());
 }
 
 TEST(TraceProcessTest, LinesOfForkedChildrenStayWholeWhileThreadsTrace) {
     const TraceFile file;
     std::vector<std::vector<std::string>> childTexts;
     for (int child = 0; child < kChildren; ++child) {
-        childTexts.push_back(TextsOf(kThreads + child));
+        childTexts.push_back(TextsOf(kWriters + child));
     }
-    std::atomic<int> waiting{kThreads + 1};
+    std::atomic<int> waiting{kWriters + 1};
     std::vector<std::thread> threads = StartThreads(waiting);
     --waiting;
     std::vector<pid_t> children;
@@ -113,7 +113,7 @@ TEST(TraceProcessTest, LinesOfForkedChildrenStayWholeWhileThreadsTrace) {
         EXPECT_EQ(::waitpid(child, &status, 0), child);
         EXPECT_EQ(status, 0);
     }
-    ExpectAllLinesOf(kThreads + kChildren, file.Lines());
+    ExpectAllLinesOf(kWriters + kChildren, file.Lines());
 }
 
 TEST(TraceProcessTest, AChildMayTraceALineOfAnyLength) {
@@ -131,7 +131,7 @@ TEST(TraceProcessTest, AChildMayTraceALineOfAnyLength) {
 TEST(TraceProcessTest, AListenerHearsAllThreads) {
     RememberingListener listener;
     std::vector<std::thread> threads;
-    for (int writer = 0; writer < kThreads; ++writer) {
+    for (int writer = 0; writer < kWriters; ++writer) {
         threads.emplace_back([writer] { TraceAll(TextsOf(writer)); });
     }
     for (std::thread& thread : threads) {
@@ -141,7 +141,7 @@ TEST(TraceProcessTest, AListenerHearsAllThreads) {
     for (const RememberingListener::Heard& line : listener.Lines()) {
         texts.insert(line.text);
     }
-    EXPECT_EQ(texts.size(), static_cast<std::size_t>(kThreads * kLinesEach));
+    EXPECT_EQ(texts.size(), static_cast<std::size_t>(kWriters * kLinesEach));
     EXPECT_EQ(texts.count(TextOf(3, 17)), 1U);
 }
 

@@ -3,6 +3,8 @@
 #include "sandbox/Sandbox.h"
 
 #include "test_support/Command.h"
+#include "test_support/Processes.h"
+#include "test_support/Waiting.h"
 #include "test_support/XmlLint.h"
 
 #include <gmock/gmock.h>
@@ -318,20 +320,11 @@ TEST_F(CaptureTest, InterruptedOneSaysThatItIsIncomplete) {
     fs::copy(kScenarios / "small", m_Folder.Path() / "server", fs::copy_options::recursive);
     WriteFile(m_Folder / "server/pdinfo_pd252.1_a0.do", "sleep 60\n");
     const auto running = CaptureCommand({"--scenario", m_Folder / "server"}).Start();
-    const auto isAsked = [&] {
-        for (const std::string& folder : m_Temporary.Names()) {
-            const std::vector<std::string> records = TempFolder::NamesIn(m_Temporary.Path() / folder);
-            if (records.empty() && !m_Root.ResultFiles().empty() &&
-                m_Root.ResultFiles().front().find("_00000000_") == std::string::npos) {
-                return true;
-            }
-        }
-        return false;
-    };
-    for (int look = 0; look < 2000 && !isAsked(); ++look) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
-    std::this_thread::sleep_for(std::chrono::milliseconds(500));
+    ASSERT_TRUE(ComesTrue([&] {
+        return HasDescendant(running->Process(), [](const Process& process) {
+            return process.name == "vdkcli" && process.words.find("-pd[252:1]") != std::string::npos;
+        });
+    }));
     EXPECT_EQ(m_Temporary.Names().size(), 1U);
     EXPECT_EQ(m_Root.ResultFiles().size(), 1U);
     ::kill(running->Process(), SIGINT);

@@ -4,6 +4,8 @@
 #include "sandbox/Sandbox.h"
 #include "supervision/Descendants.h"
 #include "test_support/Command.h"
+#include "test_support/Processes.h"
+#include "test_support/Waiting.h"
 #include "test_support/XmlLint.h"
 
 #include <fcntl.h>
@@ -16,8 +18,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <chrono>
-#include <thread>
 
 namespace command::test {
 namespace {
@@ -25,20 +25,6 @@ namespace {
 using namespace testsupport;
 
 namespace fs = std::filesystem;
-using std::chrono::milliseconds;
-using std::chrono::seconds;
-using std::chrono::steady_clock;
-
-bool ComesTrue(const std::function<bool()>& condition) {
-    const auto end = steady_clock::now() + seconds(10);
-    while (!condition()) {
-        if (steady_clock::now() > end) {
-            return false;
-        }
-        std::this_thread::sleep_for(milliseconds(5));
-    }
-    return true;
-}
 
 /// A server that takes its time, in the middle of which the command is to be ended.
 struct Moment {
@@ -47,21 +33,23 @@ struct Moment {
     const char* tool = "";                            ///< a script in the simulator's place
     int run = 0;         ///< which run of the tool to wait for, by the number of its result file
     bool prints = true;  ///< and whether that prints something
+    char state = '\0';   ///< of the tool then: 'S' at rest, 'T' stopped, '-' gone; any where it is not given
 };
 
 const std::vector<Moment>& Moments() {
     static const std::vector<Moment> moments = {
-        {.name = "SlowRun", .instructions = {{"any.do", "sleep 60"}}, .prints = false},
+        {.name = "SlowRun", .instructions = {{"any.do", "sleep 60"}}, .prints = false, .state = 'S'},
         {.name = "EndlessRun", .instructions = {{"any.do", "endless"}}},
-        {.name = "RetryPause", .instructions = {{"v.do", "exit 1"}}},
+        {.name = "RetryPause", .instructions = {{"v.do", "exit 1"}}, .state = '-'},
         {.name = "ToolThatIgnoresTheSignals",
          .instructions = {},
          .tool = "#!/bin/sh\ntrap '' HUP INT QUIT TERM\necho ready\nsleep 60\nsleep 60\n"},
         {.name = "ProcessLeftBehindByTheTool",
          .instructions = {{"v.do", "spawn-holder 60"}, {"ctrlinfo_aAll.do", "sleep 60"}},
          .run = 1,
-         .prints = false},
-        {.name = "StoppedTool", .instructions = {{"any.do", "stop"}}},
+         .prints = false,
+         .state = 'S'},
+        {.name = "StoppedTool", .instructions = {{"any.do", "stop"}}, .state = 'T'},
     };
     return moments;
 }
@@ -94,11 +82,10 @@ class MiddleOfACall final {
             }
         };
         m_Running = command.Start();
-        EXPECT_TRUE(ComesTrue([&] { return IsReached(moment); })) << m_Running->Wait().err;
-        std::this_thread::sleep_for(milliseconds(100));  // From the file to what the tool does next.
+        EXPECT_TRUE(ComesTrue([&] { return IsReached(moment) && IsToolIn(moment.state); }));
     }
 
-    [[nodiscard]] pid_t Process() const { return m_Running->Process(); }
+    [[nodiscard]] pid_t Id() const { return m_Running->Process(); }
     [[nodiscard]] std::vector<std::string> Stored() const { return m_Output.Names(); }
     [[nodiscard]] std::string Document() const { return m_Output.Read("raid.xml"); }
     [[nodiscard]] std::vector<std::string> ResultFiles() const { return m_Root.ResultFiles(); }
@@ -114,6 +101,14 @@ class MiddleOfACall final {
             return file.find(number) != std::string::npos &&
                    (!moment.prints || fs::file_size(fs::path(ResultFolder()) / file, ignored) > 0);
         });
+    }
+
+    // A process that the tool has left behind bears its name too, and stands below this process by then.
+    [[nodiscard]] bool IsToolIn(char state) const {
+        const std::vector<Process> processes = DescendantsOf(Id());
+        const auto tool = std::find_if(processes.begin(), processes.end(),
+                                       [](const auto& process) { return process.name == "vdkcli"; });
+        return state == '\0' || (tool == processes.end() ? '-' : tool->state) == state;
     }
 
     InstallRoot m_Root;
@@ -149,7 +144,7 @@ TEST_P(Interruption, LeavesNothingBehind) {
     const MiddleOfACall call(moment);
     EXPECT_FALSE(call.ResultFiles().empty());
     WriteFile(call.ResultFolder() + "/00000001_00000000_MngSrvRaid.txt", "another's");
-    ::kill(isForAll ? -call.Process() : call.Process(), signal);
+    ::kill(isForAll ? -call.Id() : call.Id(), signal);
     const Ended ended = call.Wait();
     EXPECT_TRUE(WIFSIGNALED(ended.status) && WTERMSIG(ended.status) == signal) << ended.status;
     EXPECT_EQ(ended.err, "mngsrvraid: interrupted\n");
@@ -170,16 +165,10 @@ class Supervised : public testing::Test {
 
 // The worker of a command.
 pid_t WorkerOf(pid_t command) {
-    for (const auto& entry : fs::directory_iterator("/proc")) {
-        std::ifstream status(entry.path() / "status");
-        for (std::string word; status >> word;) {
-            pid_t parent = 0;
-            if (word == "PPid:" && status >> parent && parent == command) {
-                return std::stoi(entry.path().filename().string());
-            }
-        }
-    }
-    return -1;
+    const std::vector<Process> family = DescendantsOf(command);
+    const auto worker = std::find_if(family.begin(), family.end(),
+                                     [command](const Process& process) { return process.parent == command; });
+    return worker == family.end() ? -1 : worker->id;
 }
 
 TEST_F(Supervised, PrivateViewOfTheFileSystemGoesWithTheWorker) {
@@ -188,14 +177,14 @@ TEST_F(Supervised, PrivateViewOfTheFileSystemGoesWithTheWorker) {
         std::error_code gone;
         return fs::read_symlink(process / "ns/mnt", gone).string();
     };
-    const std::string worker = "/proc/" + std::to_string(WorkerOf(call.Process()));
+    const std::string worker = "/proc/" + std::to_string(WorkerOf(call.Id()));
     const std::string view = viewOf(worker);
     // For as long as it is open nobody else's view gets its number.
     const basics::Descriptor open(::open((worker + "/ns/mnt").c_str(), O_RDONLY | O_CLOEXEC));
     EXPECT_TRUE(open.IsOpen());
     EXPECT_NE(view, "");
     EXPECT_NE(view, viewOf("/proc/self"));
-    ::kill(call.Process(), SIGINT);
+    ::kill(call.Id(), SIGINT);
     (void)call.Wait();
     for (const auto& entry : fs::directory_iterator("/proc")) {
         EXPECT_NE(viewOf(entry.path()), view) << entry.path();
@@ -205,8 +194,8 @@ TEST_F(Supervised, PrivateViewOfTheFileSystemGoesWithTheWorker) {
 TEST_F(Supervised, CommandThatIgnoresHangupsGoesOn) {
     const MiddleOfACall call({.name = "", .instructions = {{"v.do", "sleep 1"}}, .prints = false},
                              [] { ::signal(SIGHUP, SIG_IGN); });
-    ::kill(-call.Process(), SIGHUP);
-    ::kill(call.Process(), SIGHUP);
+    ::kill(-call.Id(), SIGHUP);
+    ::kill(call.Id(), SIGHUP);
     const Ended ended = call.Wait();
     EXPECT_EQ(ended.ExitStatus(), 0);
     EXPECT_EQ(ended.err, "");
@@ -225,24 +214,24 @@ TEST_F(Supervised, SignalsThatAreIgnoredOrBlockedStaySo) {
     });
     EXPECT_EQ(ReadFile(call.ResultFolder() + "/" + call.ResultFiles().front()),
               "SigIgn:\t0000000000000001\n");
-    ::kill(call.Process(), SIGQUIT);  // Put off for as long as it is blocked, which is for ever.
-    ::kill(call.Process(), SIGHUP);
-    ::kill(call.Process(), SIGTERM);
+    ::kill(call.Id(), SIGQUIT);  // Put off for as long as it is blocked, which is for ever.
+    ::kill(call.Id(), SIGHUP);
+    ::kill(call.Id(), SIGTERM);
     EXPECT_EQ(WTERMSIG(call.Wait().status), SIGTERM);
 }
 
 TEST_F(Supervised, WorkerGoesWithTheParentThatIsKilled) {
     const MiddleOfACall call({.name = "", .instructions = {{"any.do", "endless"}}});
-    const pid_t worker = WorkerOf(call.Process());
+    const pid_t worker = WorkerOf(call.Id());
     EXPECT_GT(worker, 0);
-    ::kill(call.Process(), SIGKILL);
+    ::kill(call.Id(), SIGKILL);
     EXPECT_EQ(WTERMSIG(call.Wait().status), SIGKILL);
     EXPECT_TRUE(ComesTrue([&] { return ::waitpid(worker, nullptr, WNOHANG) == worker; }));
 }
 
 TEST_F(Supervised, WorkerThatIsKilledTakesAllWithIt) {
     const MiddleOfACall call(Moments().front());
-    ::kill(WorkerOf(call.Process()), SIGKILL);
+    ::kill(WorkerOf(call.Id()), SIGKILL);
     EXPECT_EQ(WTERMSIG(call.Wait().status), SIGKILL);
     EXPECT_EQ(call.ResultFiles(), std::vector<std::string>{});
     ExpectNoChild();

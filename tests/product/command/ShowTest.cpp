@@ -2,6 +2,7 @@
 
 #include "basics/Text.h"
 #include "test_support/Command.h"
+#include "test_support/Waiting.h"
 #include "test_support/XmlLint.h"
 
 #include <fcntl.h>
@@ -118,8 +119,10 @@ TEST(Health, IsUnknownWithoutTheModule) {
 }
 
 TEST(Health, IsUnknownWhenItIsInterrupted) {
-    const auto running = Command{.words = {"--scenario", "faults/slow", "health"}}.Start();
-    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    const InstallRoot root;
+    const Command command{.words = {"--install-dir", root.Path(), "--scenario", "faults/slow", "health"}};
+    const auto running = command.Start();
+    ASSERT_TRUE(ComesTrue([&] { return !root.ResultFiles().empty(); }));
     ::kill(running->Process(), SIGTERM);
     const Ended ended = running->Wait();
     EXPECT_EQ(ended.ExitStatus(), 3);

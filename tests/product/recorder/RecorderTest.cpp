@@ -2,7 +2,9 @@
 
 #include "recorder/RunFile.h"
 
+#include "test_support/Processes.h"
 #include "test_support/TempFolder.h"
+#include "test_support/Waiting.h"
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
@@ -120,12 +122,7 @@ class Recorder : public testing::Test {
     }
 
     static void ExpectNoChild() {
-        pid_t left = 0;
-        for (int look = 0; look < 400 && left >= 0; ++look) {
-            left = ::waitpid(-1, nullptr, WNOHANG);
-            std::this_thread::sleep_for(milliseconds(left == 0 ? 5 : 0));
-        }
-        EXPECT_EQ(left, -1);
+        EXPECT_TRUE(testsupport::ComesTrue([] { return ::waitpid(-1, nullptr, WNOHANG) == -1; }));
     }
 
     TempFolder m_Folder;
@@ -214,23 +211,23 @@ TEST_F(Recorder, IsTheShellWhereNothingIsToBeKept) {
 
 // "$$" once the command is there.
 pid_t ProcessNamedIn(const TempFolder& folder) {
-    for (int look = 0; look < 1000; ++look) {
-        const std::string text = folder.Read("result");
-        if (text.ends_with('\n')) {
-            return std::stoi(text);
-        }
-        std::this_thread::sleep_for(milliseconds(5));
-    }
-    ADD_FAILURE() << "the command does not start";
-    return -1;
+    const bool isThere = testsupport::ComesTrue([&] { return folder.Read("result").ends_with('\n'); });
+    EXPECT_TRUE(isThere) << "the command does not start";
+    return isThere ? std::stoi(folder.Read("result")) : -1;
+}
+
+// The same once it has become another program.
+pid_t ProcessThatBecame(const std::string& program, const TempFolder& folder) {
+    const pid_t process = ProcessNamedIn(folder);
+    EXPECT_TRUE(testsupport::ComesTrue([&] { return testsupport::Look(process).name == program; }));
+    return process;
 }
 
 TEST_F(Recorder, SignalEndsTheCommandAndNothingIsKept) {
     for (const int signal : {SIGTERM, SIGINT, SIGHUP, SIGQUIT}) {
         const pid_t recorder = Start({"-c", "echo $$; ulimit -c 0; exec sleep 60"}, Recorded());
-        const pid_t tool = ProcessNamedIn(m_Folder);
+        const pid_t tool = ProcessThatBecame("sleep", m_Folder);
         EXPECT_NE(tool, recorder);
-        std::this_thread::sleep_for(milliseconds(50));
         ::kill(recorder, signal);
         EXPECT_EQ(WTERMSIG(WaitFor(recorder)), signal);
         ExpectNoChild();
@@ -244,18 +241,14 @@ TEST_F(Recorder, CommandThatWithstandsASignalGoesOn) {
         Start({"-c", "trap 'echo heard' USR1; echo $$; while true; do sleep 0.05; done"}, Recorded());
     (void)ProcessNamedIn(m_Folder);
     ::kill(recorder, SIGUSR1);
-    for (int look = 0; look < 400 && Result().find("heard") == std::string::npos; ++look) {
-        std::this_thread::sleep_for(milliseconds(5));
-    }
-    EXPECT_THAT(Result(), HasSubstr("heard"));
+    EXPECT_TRUE(testsupport::ComesTrue([&] { return Result().find("heard") != std::string::npos; }));
     ::kill(recorder, SIGTERM);
     EXPECT_EQ(WTERMSIG(WaitFor(recorder)), SIGTERM);
 }
 
 TEST_F(Recorder, TakesTheCommandAlongWhenItIsKilled) {
     const pid_t recorder = Start({"-c", "echo $$; exec sleep 60"}, Recorded());
-    const pid_t tool = ProcessNamedIn(m_Folder);
-    std::this_thread::sleep_for(milliseconds(50));
+    const pid_t tool = ProcessThatBecame("sleep", m_Folder);
     ::kill(recorder, SIGKILL);
     EXPECT_EQ(WTERMSIG(WaitFor(recorder)), SIGKILL);
     EXPECT_EQ(WTERMSIG(WaitFor(tool)), SIGKILL);
@@ -268,8 +261,7 @@ TEST_F(Recorder, EndsWithWhoeverCalledIt) {
         ::pause();
         ::_exit(0);
     }
-    (void)ProcessNamedIn(m_Folder);
-    std::this_thread::sleep_for(milliseconds(50));
+    (void)ProcessThatBecame("sleep", m_Folder);
     ::kill(caller, SIGKILL);
     EXPECT_EQ(WTERMSIG(WaitFor(caller)), SIGKILL);
     ExpectNoChild();

@@ -58,14 +58,14 @@ void AllowWriting(const fs::path& folder) {
     Check(::chmod(folder.c_str(), 0777), "chmod");
 }
 
-struct Case {
+struct Spoiling {
     const char* name;
     Outcome expected;
     void (*before)();
     void (*after)();
 };
 
-constexpr Case kCases[] = {
+constexpr Spoiling kSpoilings[] = {
     {"full disk", Outcome::Tool01, [] { Mount(0, "size=4k"); }, Unmount},
     {"no file to be had", Outcome::Tool01, [] { Mount(0, "nr_inodes=1"); }, Unmount},
     {"read-only file system", Outcome::Tool01, [] { Mount(MS_RDONLY, nullptr); }, Unmount},
@@ -114,7 +114,7 @@ constexpr Case kCases[] = {
 unsigned long TryFolders(Scene& scene) {
     const Undisturbed usual = RunUndisturbed(scene);
     unsigned long findings = 0;
-    for (const Case& one : kCases) {
+    for (const Spoiling& one : kSpoilings) {
         Trial trial;
         trial.expected = one.expected;
         trial.before = one.before;

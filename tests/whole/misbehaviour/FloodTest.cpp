@@ -26,12 +26,6 @@ std::size_t Megabytes() {
     return wish == nullptr ? 64 : std::stoul(wish);
 }
 
-Seen WithoutController() {
-    Seen seen = Success();
-    seen.document = Document(testsupport::LogicalDriveItems() + testsupport::DriveItems());
-    return seen;
-}
-
 class FloodTest : public testsupport::MisbehaviourTest {
   protected:
     void Flood(const std::string& text, const std::string& instructions = "") {
@@ -42,17 +36,17 @@ class FloodTest : public testsupport::MisbehaviourTest {
 
 TEST_F(FloodTest, OfLinesWithoutMeaningIsPassedOver) {
     Flood("");  // Then the simulator prints lines of dots.
-    Expect(Call(), WithoutController());
+    Expect(Call(), testsupport::WithoutController());
 }
 
 TEST_F(FloodTest, OfOneLineWithoutMeaningIsPassedOver) {
     Flood(std::string(kChunk, 'x'));
-    Expect(Call(), WithoutController());
+    Expect(Call(), testsupport::WithoutController());
 }
 
 TEST_F(FloodTest, OfOneLineOfNulIsPassedOver) {
     Flood(std::string(kChunk, '\0'));
-    Expect(Call(), WithoutController());
+    Expect(Call(), testsupport::WithoutController());
 }
 
 TEST_F(FloodTest, OfOneKeyLineStandsInTheDocument) {

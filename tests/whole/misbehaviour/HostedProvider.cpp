@@ -239,6 +239,16 @@ Seen Success(const std::string& method) {
     return seen;
 }
 
+Seen Well(const ToolCommand& command) {
+    return Success(command.method);
+}
+
+Seen WithoutController() {
+    Seen seen = Success();
+    seen.document = Document(LogicalDriveItems() + DriveItems());
+    return seen;
+}
+
 Seen SuccessAtRun(const ToolCommand& command, std::size_t run) {
     Seen seen = Success(command.method);
     seen.runs = RunsWith(command, run, false);

@@ -58,6 +58,10 @@ void PrintTo(const ToolCommand& command, std::ostream* out);
 
 /// What a call of that method tells when nothing goes wrong.
 [[nodiscard]] Seen Success(const std::string& method = "GetInfo");
+[[nodiscard]] Seen Well(const ToolCommand& command);
+
+/// What GetInfo tells when the controller's report is empty.
+[[nodiscard]] Seen WithoutController();
 
 /// What a call tells when a command works from its n-th run on, and when it fails for good.
 [[nodiscard]] Seen SuccessAtRun(const ToolCommand& command, std::size_t run);

@@ -18,6 +18,7 @@ using testsupport::Seen;
 using testsupport::Success;
 using testsupport::ToolCommand;
 using testsupport::ToolCommands;
+using testsupport::Well;
 
 using namespace std::string_literals;
 
@@ -71,10 +72,6 @@ struct Output {
 
 void PrintTo(const Output& output, std::ostream* out) {
     *out << output.name;
-}
-
-Seen Well(const ToolCommand& command) {
-    return Success(command.method);
 }
 
 Seen WithItems(const std::string& items) {
@@ -152,7 +149,7 @@ TEST_P(OneOutputTest, ComesTo) {
     Expect(Call(command), expected);
 }
 
-std::string NameOf(const ::testing::TestParamInfo<Output>& output) {
+std::string NameOfOutput(const ::testing::TestParamInfo<Output>& output) {
     return output.param.name;
 }
 
@@ -177,7 +174,7 @@ INSTANTIATE_TEST_SUITE_P(
         Output{"WithNulInside", "Controller", kMarker.substr(0, 20) + "\0"s + kMarker.substr(20), "exit 1",
                Failure},
         Output{"InLowerCase", "Controller", "error - invalid input at or near token", "exit 1", Failure}),
-    NameOf);
+    NameOfOutput);
 
 INSTANTIATE_TEST_SUITE_P(
     Nothing, OneOutputTest,
@@ -187,7 +184,7 @@ INSTANTIATE_TEST_SUITE_P(
                       Output{"OnAClosedStandardOutput", "Controller", "", "close-stdout", NoControllerItems},
                       Output{"ButMillionsOfLineFeeds", "Controller", "{\n}", "", NoControllerItems},
                       Output{"ButNul", "Controller", std::string(100, '\0'), "", NoControllerItems}),
-    NameOf);
+    NameOfOutput);
 
 // Item texts are handed over as C strings: what stands behind a NUL is lost, and becomes nothing else.
 INSTANTIATE_TEST_SUITE_P(
@@ -216,7 +213,7 @@ INSTANTIATE_TEST_SUITE_P(
                "", Well},
         Output{"InTheVersion", "Version", "Product Version : 4.1\0\n"s, "", NoSmart},
         Output{"InTheVersionsKey", "Version", "Product\0Version : 4.1\n"s, "", Well}),
-    NameOf);
+    NameOfOutput);
 
 INSTANTIATE_TEST_SUITE_P(
     TwoMegabytes, OneOutputTest,
@@ -231,7 +228,7 @@ INSTANTIATE_TEST_SUITE_P(
         Output{"BehindTheVersion", "Version", "Product Version : 3.9{x}", "", Well},
         Output{"BeforeTheVersion", "Version", "{x}\nProduct Version : 3.9", "", Well},
         Output{"BehindAGroup", "GroupOfOneDrive", "RG No. : RG0\n>>PD3(ONLINE){x}", "", Well}),
-    NameOf);
+    NameOfOutput);
 
 INSTANTIATE_TEST_SUITE_P(
     Version, OneOutputTest,
@@ -251,7 +248,7 @@ INSTANTIATE_TEST_SUITE_P(
         Output{"EndingWithTheColon", "Version", "Product Version :\n", "", NoVersion},
         Output{"EndingTheReportWithTheColon", "Version", "Product Version :", "", NoVersion},
         Output{"EndingWithTheColonAfterAFailure", "Version", "Product Version :\n", "exit 1", Failure}),
-    NameOf);
+    NameOfOutput);
 
 TEST_F(OutputTest, TheToolReadsTheStandardInputOfTheHost) {
     const std::string input = m_Root.Path() / "input";

@@ -21,6 +21,7 @@ using testsupport::ToolBench;
 using testsupport::ToolCommand;
 using testsupport::ToolCommands;
 using testsupport::Unreadable;
+using testsupport::Well;
 
 constexpr const char* kNotDeleted = "Failed to delete file(FILE).";
 constexpr const char* kResultFile = "NUMBER_MngSrvRaid.txt";
@@ -96,10 +97,8 @@ void PrintTo(const Deed& deed, std::ostream* out) {
     *out << deed.name;
 }
 
-Seen WithoutController(const ToolCommand& /*command*/) {
-    Seen seen = Success();
-    seen.document = Document(testsupport::LogicalDriveItems() + testsupport::DriveItems());
-    return seen;
+Seen Emptied(const ToolCommand& /*command*/) {
+    return testsupport::WithoutController();
 }
 
 Seen WithLostRoot(const ToolCommand& /*command*/) {
@@ -107,10 +106,6 @@ Seen WithLostRoot(const ToolCommand& /*command*/) {
     seen.document = Document("  <Item Name=\"\" Value=\"1\" Valid=\"TRUE\"/>\n" +
                              testsupport::LogicalDriveItems() + testsupport::DriveItems());
     return seen;
-}
-
-Seen Well(const ToolCommand& command) {
-    return Success(command.method);
 }
 
 Seen LeftBehind(Seen seen, const char* file) {
@@ -146,10 +141,10 @@ TEST_P(DeedTest, ComesTo) {
 
 INSTANTIATE_TEST_SUITE_P(
     ResultFile, DeedTest,
-    ::testing::Values(Deed{"Emptied", R"(: > "$file")", WithoutController},
+    ::testing::Values(Deed{"Emptied", R"(: > "$file")", Emptied},
                       Deed{"EmptiedAndWrittenOn", R"(: > "$file"; echo 'A : 1')", WithLostRoot},
                       Deed{"Overwritten", R"(echo 'A : 1' > "$file"; rm "$file"; cp /dev/null "$file")",
-                           WithoutController},
+                           Emptied},
                       Deed{"Deleted", R"(rm "$file")", Gone},
                       Deed{"Renamed", R"(mv "$file" "$file.old")",
                            [](const ToolCommand& command) {

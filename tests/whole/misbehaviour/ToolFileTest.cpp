@@ -13,6 +13,7 @@ using testsupport::Seen;
 using testsupport::Success;
 using testsupport::SuccessAtRun;
 using testsupport::ToolCommand;
+using testsupport::Well;
 
 // What the tool does to itself, as `$0`, when it has counted the controllers; what comes of the controller's
 // report behind it.
@@ -48,10 +49,6 @@ Seen Silent(const ToolCommand& command) {
     seen.runs = NotInstalled(command).runs;
     seen.document = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<RAID version=\"1\"/>\n";
     return seen;
-}
-
-Seen Well(const ToolCommand& command) {
-    return Success(command.method);
 }
 
 class ToolFileTest : public testsupport::MisbehaviourTest {};

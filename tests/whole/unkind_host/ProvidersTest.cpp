@@ -98,7 +98,7 @@ TEST_F(ProvidersTest, LoadingTheModuleAgainAndAgainTakesNothing) {
     constexpr int kRounds = kHasAddressSanitizer ? 60 : 1000;
     constexpr int kWarmUp = kRounds / 3;  // The heap settles only after some hundred loads.
     const std::string seen = testsupport::InChild([&] {
-        const StandIn standIn;
+        const StandIn standIn(m_Root.Path());
         Usage before;
         for (int round = 0; round < kRounds; ++round) {
             if (round == kWarmUp) {
@@ -120,8 +120,8 @@ TEST_F(ProvidersTest, LoadingTheModuleAgainAndAgainTakesNothing) {
 TEST_F(ProvidersTest, AHostMayAskOnceMoreWhileItExits) {
     static const std::string answer = m_Root / "answer";
     static LoadedProvider* provider = nullptr;
-    const std::string seen = testsupport::InChild([] {
-        const StandIn standIn;
+    const std::string seen = testsupport::InChild([&] {
+        const StandIn standIn(m_Root.Path());
         const pid_t host = ::fork();
         if (host == 0) {
             ::dlopen((std::string(UNKIND_HOST_CIM) + "/" + kModuleFile).c_str(), RTLD_NOW);

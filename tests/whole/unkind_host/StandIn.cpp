@@ -16,7 +16,7 @@ constexpr const char* kCommands[] = {"-v",          "-ctrlinfo -aAll",       "-c
 
 }  // namespace
 
-StandIn::StandIn() {
+StandIn::StandIn(const fs::path& where) : m_Reports(where) {
     for (const std::string command : kCommands) {
         const std::string line =
             "/opt/zorbalt/vdk/cli/vdkcli " + command + " >'" + (m_Reports / command) + "' 2>&1";

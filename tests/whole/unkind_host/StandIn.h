@@ -2,6 +2,7 @@
 
 #include "test_support/TempFolder.h"
 
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -11,7 +12,8 @@ namespace unkindhost {
 /// prints what the simulator would; see shell.cpp. There is no way back but the end of the process.
 class StandIn final {
   public:
-    StandIn();
+    /// Its files are in a folder there.
+    explicit StandIn(const std::filesystem::path& where);
 
     /// What a run saw.
     struct Note {

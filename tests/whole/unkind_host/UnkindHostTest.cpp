@@ -48,7 +48,7 @@ UnkindHostTest::~UnkindHostTest() {
 std::string UnkindHostTest::InHost(const std::function<std::string(Host&)>& work) const {
     return testsupport::InChild([&] {
         const bool hadFailure = HasFailure();
-        Host host;
+        Host host(m_Root.Path());
         const std::set<int> before = OpenDescriptors();
         const std::string text = work(host);
         return text + Remains(before, m_Root.Path()) +

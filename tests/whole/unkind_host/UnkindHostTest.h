@@ -8,9 +8,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <functional>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace unkindhost {
@@ -24,12 +26,15 @@ constexpr bool kHasAddressSanitizer = false;
 /// A host: a process that has loaded the module, and hears its trace.
 class Host final {
   public:
+    /// `folder` is one that the process may always write to, whoever it becomes.
+    explicit Host(std::filesystem::path folder) : m_Folder(std::move(folder)) {}
+
     /// Both methods, one document behind the other. A failure has its reason with it: "status 00000000,
     /// return value 000000a1, MSGID_MNGSRV_RAID_0001_F 01".
     [[nodiscard]] std::string Ask();
 
     /// Puts the cheap stand-in in the tool's place, for the rest of the process.
-    StandIn& UseStandIn() { return m_StandIn.emplace(); }
+    StandIn& UseStandIn() { return m_StandIn.emplace(m_Folder); }
 
     LoadedProvider m_Provider;
     testsupport::TraceRecorder m_Trace;
@@ -37,6 +42,7 @@ class Host final {
   private:
     [[nodiscard]] std::string WithReason(const std::string& answer);
 
+    std::filesystem::path m_Folder;
     std::optional<StandIn> m_StandIn;
 };
 

@@ -87,7 +87,7 @@ class Caller final {
     }
 
   private:
-    StandIn m_StandIn;
+    StandIn m_StandIn{std::filesystem::temp_directory_path()};
     std::string m_Path = std::getenv("PATH");
     LoadedProvider m_Provider;
     std::string m_Info;

@@ -28,11 +28,11 @@ inline void WriteFile(const std::filesystem::path& path, const std::string& text
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-/// A new folder below the system's temporary one, removed with everything in it. Throws std::system_error.
+/// A new folder, removed with everything in it. Throws std::system_error.
 class TempFolder final {
   public:
-    TempFolder() {
-        std::string name = (std::filesystem::temp_directory_path() / "msraid_test_XXXXXX").string();
+    explicit TempFolder(const std::filesystem::path& where = std::filesystem::temp_directory_path()) {
+        std::string name = (where / "msraid_test_XXXXXX").string();
         if (::mkdtemp(name.data()) == nullptr) {
             throw std::system_error(errno, std::generic_category(), name);
         }
