@@ -15,6 +15,11 @@ namespace {
 
 constexpr std::size_t kLargeSize = 4'000'000;
 
+/// Its code goes with the module, as that of whatever a module throws may.
+struct ModuleError final : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
 class FakeProvider final : public CZORBALT_SysService {
   public:
     FakeProvider() : CZORBALT_SysService("fake", "test", "1") {}
@@ -23,7 +28,7 @@ class FakeProvider final : public CZORBALT_SysService {
                           IWbemClassObject* inParams, IWbemObjectSink* sink) override {
         const std::string_view mode = std::getenv("FAKE_MODULE");
         if (mode == "throw") {
-            throw std::runtime_error("out of\ncheese");
+            throw ModuleError("out of\ncheese");
         }
         if (mode == "status") {
             sink->SetStatus(0, static_cast<HRESULT>(WBEM_E_NOT_SUPPORTED), nullptr, nullptr);
