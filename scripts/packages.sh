@@ -35,4 +35,4 @@ CHECK_PACKAGES=("${BUILD_PACKAGES[@]}" clang-14 clang-format-14 clang-tidy-14 ch
     libgmock-dev libbenchmark-dev libxml2-dev libxml2-utils libexpat1-dev locales mandoc groff-base
     zsh fish prometheus python3 python3-jsonschema valgrind)
 BENCH_PACKAGES=("${BUILD_PACKAGES[@]}" libbenchmark-dev libxml2-dev gnuplot-nox python3 valgrind)
-FUZZ_PACKAGES=("${BUILD_PACKAGES[@]}" clang-14 libclang-rt-14-dev libexpat1-dev)
+FUZZ_PACKAGES=("${BUILD_PACKAGES[@]}" clang-14 libclang-rt-14-dev libexpat1-dev python3)
