@@ -17,10 +17,10 @@
 #include "qel/QelException.h"
 
 #include <array>
+#include <atomic>
 #include <exception>
-#include <forward_list>
-#include <mutex>
 #include <new>
+#include <utility>
 
 using msraid::kCategory;
 using msraid::kException;
@@ -41,26 +41,25 @@ constexpr const char* kReasonToolNotInstalled = "03";
 constexpr const char* kReasonNoAuthority = "07";
 constexpr const char* kReasonParameter = "09";
 
-// A wrapper lives on when its provider is gone. It is kept where it can be found, so that it is no leak, and
-// its memory goes with the module, without the destructor's words in the trace. What keeps it is there from
-// the module's loading, not from the first provider on: handlers that a host registers in between may still
-// call while the process exits.
-struct KeptWrapper {
-    KeptWrapper() : m_Library() {}
-    ~KeptWrapper() {}  // NOLINT(modernize-use-equals-default): the member is left alone.
-    KeptWrapper(const KeptWrapper&) = delete;
-    KeptWrapper& operator=(const KeptWrapper&) = delete;
-    union {
-        CMSRAID_MngLib m_Library;
-    };
+// A wrapper lives on when its provider is gone: whatever a host does while it exits, it may still call. All
+// of them hang together here, where they can be found, or they would count as lost.
+struct Wrapper final : CMSRAID_MngLib {
+    Wrapper* m_Before = nullptr;
 };
+std::atomic<Wrapper*> g_lastWrapper{nullptr};
 
-std::mutex g_WrappersMutex;
-std::forward_list<KeptWrapper> g_Wrappers;
+CMSRAID_MngLib* Keep(Wrapper* wrapper) noexcept {
+    wrapper->m_Before = g_lastWrapper.exchange(wrapper);
+    return wrapper;
+}
 
-CMSRAID_MngLib* MakeWrapper() {
-    const std::lock_guard lock(g_WrappersMutex);
-    return &g_Wrappers.emplace_front().m_Library;
+// Not a static object's destructor, which would come before the handlers that a host had registered earlier:
+// this comes when the module is unloaded, with the process behind all of them. Without the wrappers' own
+// destructor and its words in the trace.
+[[gnu::destructor]] void FreeWrappers() {
+    for (Wrapper* wrapper = g_lastWrapper; wrapper != nullptr;) {
+        ::operator delete(std::exchange(wrapper, wrapper->m_Before));
+    }
 }
 
 // The sink gets the address of the call's own pointer, which lives until the call is over.
@@ -105,7 +104,7 @@ CZORBALT_MngSrvRaid::CZORBALT_MngSrvRaid() : CZORBALT_SysService("msraid", "zorb
     QelException::set_transrator();
     try {
         writeDLLFileVersionLog(kLoggedFileName);
-        m_pMngLib = MakeWrapper();
+        m_pMngLib = Keep(new Wrapper);
     } catch (const std::exception& exception) {
         TraceException("CZORBALT_MngSrvRaid::CZORBALT_MngSrvRaid()", exception);
     } catch (...) {
