@@ -88,13 +88,36 @@ void DeliverException(IWbemClassObject*& outParams, IWbemObjectSink* sink) noexc
 }
 
 void TraceException(const char* where, const std::exception& exception) noexcept {
-    constexpr const char* kFormat = "%s [exception:%s]";
-    try {
-        CTraceUtility::WriteDebug(kCategory, kException, kFormat, where,
-                                  CStringUtil::StringToTstring(exception.what()).c_str());
-    } catch (...) {  // Without memory its words go as they are.
-        CTraceUtility::WriteDebug(kCategory, kException, kFormat, where, exception.what());
+    std::string words;
+    const char* text = exception.what();  // Without memory for its words they go as they are.
+    msraid::LoseFailure([&] {
+        words = CStringUtil::StringToTstring(text);
+        text = words.c_str();
+    });
+    msraid::LoseFailure(
+        [&] { CTraceUtility::WriteDebug(kCategory, kException, "%s [exception:%s]", where, text); });
+}
+
+void TraceUnknownException(const char* where) noexcept {
+    msraid::LoseFailure(
+        [&] { CTraceUtility::WriteDebug(kCategory, kException, "%s unknown exception", where); });
+}
+
+// The sink has its status by now: it is too late for an exception.
+void TraceEnd(ResultCode methodResult, DWORD status) noexcept {
+    msraid::LoseFailure([&] {
+        CTraceUtility::WriteDebug(kCategory, kResult, "CZORBALT_MngSrvRaid::ExecMethodAsync mr=0x%08x",
+                                  methodResult);
+    });
+    if (status != WBEM_S_NO_ERROR) {
+        msraid::LoseFailure([&] {
+            CTraceUtility::WriteDebug(kCategory, kFailure, "CZORBALT_MngSrvRaid::ExecMethodAsync hr=0x%08x",
+                                      status);
+        });
     }
+    msraid::LoseFailure([] {
+        CTraceUtility::WriteDebug(kCategory, kOperation, "CZORBALT_MngSrvRaid::ExecMethodAsync() [END]");
+    });
 }
 
 }  // namespace
@@ -108,14 +131,13 @@ CZORBALT_MngSrvRaid::CZORBALT_MngSrvRaid() : CZORBALT_SysService("msraid", "zorb
     } catch (const std::exception& exception) {
         TraceException("CZORBALT_MngSrvRaid::CZORBALT_MngSrvRaid()", exception);
     } catch (...) {
-        CTraceUtility::WriteDebug(kCategory, kException,
-                                  "CZORBALT_MngSrvRaid::CZORBALT_MngSrvRaid() unknown exception");
+        TraceUnknownException("CZORBALT_MngSrvRaid::CZORBALT_MngSrvRaid()");
     }
 }
 
 CZORBALT_MngSrvRaid::~CZORBALT_MngSrvRaid() {
     const CancellationHold hold;
-    const OperationTrace operation("CZORBALT_MngSrvRaid::~CZORBALT_MngSrvRaid");
+    const OperationTrace operation("CZORBALT_MngSrvRaid::~CZORBALT_MngSrvRaid", std::nothrow);
 }
 
 DWORD CZORBALT_MngSrvRaid::ExecMethodAsync(char* className, char* methodName, long flags,
@@ -152,21 +174,14 @@ DWORD CZORBALT_MngSrvRaid::ExecMethodAsync(char* className, char* methodName, lo
         DeliverException(objects.m_OutInstance, sink);
         status = WBEM_E_FAILED;
     } catch (...) {
-        CTraceUtility::WriteDebug(kCategory, kException,
-                                  "CZORBALT_MngSrvRaid::ExecMethodAsync() unknown exception");
+        TraceUnknownException("CZORBALT_MngSrvRaid::ExecMethodAsync()");
         DeliverException(objects.m_OutInstance, sink);
         status = WBEM_E_FAILED;
     }
 
     Complete(sink, status);
     objects.Release();
-    CTraceUtility::WriteDebug(kCategory, kResult, "CZORBALT_MngSrvRaid::ExecMethodAsync mr=0x%08x",
-                              methodResult);
-    if (status != WBEM_S_NO_ERROR) {
-        CTraceUtility::WriteDebug(kCategory, kFailure, "CZORBALT_MngSrvRaid::ExecMethodAsync hr=0x%08x",
-                                  status);
-    }
-    CTraceUtility::WriteDebug(kCategory, kOperation, "CZORBALT_MngSrvRaid::ExecMethodAsync() [END]");
+    TraceEnd(methodResult, status);
     return status;
 }
 
