@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Lets every allocation and every system call of the module's calls fail, one after the other, and prints what came of
-# each kind; tests/whole/faults/README.md explains the table. Takes about five minutes of one core. With an argument, another
-# preset than release. Ends with status 1 when there are findings.
+# Lets every allocation, every system call and every line of the trace of the module's calls fail, one after the other, and
+# prints what came of each kind; tests/whole/faults/README.md explains the table. Takes about five minutes of one core. With
+# an argument, another preset than release. Ends with status 1 when there are findings.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . scripts/packages.sh

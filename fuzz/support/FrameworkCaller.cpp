@@ -89,7 +89,7 @@ CallResult FrameworkCaller::Call(const std::vector<std::string>& parameters, boo
 }  // namespace fuzzing
 
 // In the place of the framework's, which would have every other line of the trace formatted as well.
-void CTraceUtility::WriteTrace(const char* category, const char* messageId, const char* text) noexcept {
+void CTraceUtility::WriteTrace(const char* category, const char* messageId, const char* text) {
     fuzzing::Require(
         category == std::string_view("msraid") && messageId == std::string_view("MSGID_MNGSRV_RAID_0001_F"),
         "the message is the module's");

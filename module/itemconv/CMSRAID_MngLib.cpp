@@ -33,6 +33,10 @@ const char* LastLoadError() {
     return text == nullptr ? "" : text;
 }
 
+struct CloseLibrary {
+    void operator()(void* library) const noexcept { dlclose(library); }
+};
+
 template <class Function>
 bool LookUp(void* handle, const char* name, Function*& entryPoint) {
     entryPoint = reinterpret_cast<Function*>(dlsym(handle, name));
@@ -46,7 +50,7 @@ CMSRAID_MngLib::CMSRAID_MngLib() {
 }
 
 CMSRAID_MngLib::~CMSRAID_MngLib() {
-    const OperationTrace operation("CMSRAID_MngLib::~CMSRAID_MngLib");
+    const OperationTrace operation("CMSRAID_MngLib::~CMSRAID_MngLib", std::nothrow);
 }
 
 void* CMSRAID_MngLib::Load() {
@@ -72,8 +76,9 @@ void* CMSRAID_MngLib::Load() {
 }
 
 void CMSRAID_MngLib::Unload(void* handle) {
+    std::unique_ptr<void, CloseLibrary> library(handle);  // Also where the start line throws.
     const OperationTrace operation("CMSRAID_MngLib::MngSrvLibUnload");
-    if (handle != nullptr && dlclose(handle) != 0) {
+    if (library != nullptr && dlclose(library.release()) != 0) {
         CTraceUtility::WriteDebug(kCategory, kFailure, "Unload Library is FAILED (Error=%08x).",
                                   static_cast<unsigned>(GetLastError()));
     }

@@ -17,10 +17,10 @@
 #include "qel/QelException.h"
 
 #include <array>
+#include <atomic>
 #include <exception>
-#include <forward_list>
-#include <mutex>
 #include <new>
+#include <utility>
 
 using msraid::kCategory;
 using msraid::kException;
@@ -41,26 +41,25 @@ constexpr const char* kReasonToolNotInstalled = "03";
 constexpr const char* kReasonNoAuthority = "07";
 constexpr const char* kReasonParameter = "09";
 
-// A wrapper lives on when its provider is gone. It is kept where it can be found, so that it is no leak, and
-// its memory goes with the module, without the destructor's words in the trace. What keeps it is there from
-// the module's loading, not from the first provider on: handlers that a host registers in between may still
-// call while the process exits.
-struct KeptWrapper {
-    KeptWrapper() : m_Library() {}
-    ~KeptWrapper() {}  // NOLINT(modernize-use-equals-default): the member is left alone.
-    KeptWrapper(const KeptWrapper&) = delete;
-    KeptWrapper& operator=(const KeptWrapper&) = delete;
-    union {
-        CMSRAID_MngLib m_Library;
-    };
+// A wrapper lives on when its provider is gone: whatever a host does while it exits, it may still call. All
+// of them hang together here, where they can be found, or they would count as lost.
+struct Wrapper final : CMSRAID_MngLib {
+    Wrapper* m_Before = nullptr;
 };
+std::atomic<Wrapper*> g_lastWrapper{nullptr};
 
-std::mutex g_WrappersMutex;
-std::forward_list<KeptWrapper> g_Wrappers;
+CMSRAID_MngLib* Keep(Wrapper* wrapper) noexcept {
+    wrapper->m_Before = g_lastWrapper.exchange(wrapper);
+    return wrapper;
+}
 
-CMSRAID_MngLib* MakeWrapper() {
-    const std::lock_guard lock(g_WrappersMutex);
-    return &g_Wrappers.emplace_front().m_Library;
+// Not a static object's destructor, which would come before the handlers that a host had registered earlier:
+// this comes when the module is unloaded, with the process behind all of them. Without the wrappers' own
+// destructor and its words in the trace.
+[[gnu::destructor]] void FreeWrappers() {
+    for (Wrapper* wrapper = g_lastWrapper; wrapper != nullptr;) {
+        ::operator delete(std::exchange(wrapper, wrapper->m_Before));
+    }
 }
 
 // The sink gets the address of the call's own pointer, which lives until the call is over.
@@ -89,13 +88,36 @@ void DeliverException(IWbemClassObject*& outParams, IWbemObjectSink* sink) noexc
 }
 
 void TraceException(const char* where, const std::exception& exception) noexcept {
-    constexpr const char* kFormat = "%s [exception:%s]";
-    try {
-        CTraceUtility::WriteDebug(kCategory, kException, kFormat, where,
-                                  CStringUtil::StringToTstring(exception.what()).c_str());
-    } catch (...) {  // Without memory its words go as they are.
-        CTraceUtility::WriteDebug(kCategory, kException, kFormat, where, exception.what());
+    std::string words;
+    const char* text = exception.what();  // Without memory for its words they go as they are.
+    msraid::LoseFailure([&] {
+        words = CStringUtil::StringToTstring(text);
+        text = words.c_str();
+    });
+    msraid::LoseFailure(
+        [&] { CTraceUtility::WriteDebug(kCategory, kException, "%s [exception:%s]", where, text); });
+}
+
+void TraceUnknownException(const char* where) noexcept {
+    msraid::LoseFailure(
+        [&] { CTraceUtility::WriteDebug(kCategory, kException, "%s unknown exception", where); });
+}
+
+// The sink has its status by now: it is too late for an exception.
+void TraceEnd(ResultCode methodResult, DWORD status) noexcept {
+    msraid::LoseFailure([&] {
+        CTraceUtility::WriteDebug(kCategory, kResult, "CZORBALT_MngSrvRaid::ExecMethodAsync mr=0x%08x",
+                                  methodResult);
+    });
+    if (status != WBEM_S_NO_ERROR) {
+        msraid::LoseFailure([&] {
+            CTraceUtility::WriteDebug(kCategory, kFailure, "CZORBALT_MngSrvRaid::ExecMethodAsync hr=0x%08x",
+                                      status);
+        });
     }
+    msraid::LoseFailure([] {
+        CTraceUtility::WriteDebug(kCategory, kOperation, "CZORBALT_MngSrvRaid::ExecMethodAsync() [END]");
+    });
 }
 
 }  // namespace
@@ -105,18 +127,17 @@ CZORBALT_MngSrvRaid::CZORBALT_MngSrvRaid() : CZORBALT_SysService("msraid", "zorb
     QelException::set_transrator();
     try {
         writeDLLFileVersionLog(kLoggedFileName);
-        m_pMngLib = MakeWrapper();
+        m_pMngLib = Keep(new Wrapper);
     } catch (const std::exception& exception) {
         TraceException("CZORBALT_MngSrvRaid::CZORBALT_MngSrvRaid()", exception);
     } catch (...) {
-        CTraceUtility::WriteDebug(kCategory, kException,
-                                  "CZORBALT_MngSrvRaid::CZORBALT_MngSrvRaid() unknown exception");
+        TraceUnknownException("CZORBALT_MngSrvRaid::CZORBALT_MngSrvRaid()");
     }
 }
 
 CZORBALT_MngSrvRaid::~CZORBALT_MngSrvRaid() {
     const CancellationHold hold;
-    const OperationTrace operation("CZORBALT_MngSrvRaid::~CZORBALT_MngSrvRaid");
+    const OperationTrace operation("CZORBALT_MngSrvRaid::~CZORBALT_MngSrvRaid", std::nothrow);
 }
 
 DWORD CZORBALT_MngSrvRaid::ExecMethodAsync(char* className, char* methodName, long flags,
@@ -153,21 +174,14 @@ DWORD CZORBALT_MngSrvRaid::ExecMethodAsync(char* className, char* methodName, lo
         DeliverException(objects.m_OutInstance, sink);
         status = WBEM_E_FAILED;
     } catch (...) {
-        CTraceUtility::WriteDebug(kCategory, kException,
-                                  "CZORBALT_MngSrvRaid::ExecMethodAsync() unknown exception");
+        TraceUnknownException("CZORBALT_MngSrvRaid::ExecMethodAsync()");
         DeliverException(objects.m_OutInstance, sink);
         status = WBEM_E_FAILED;
     }
 
     Complete(sink, status);
     objects.Release();
-    CTraceUtility::WriteDebug(kCategory, kResult, "CZORBALT_MngSrvRaid::ExecMethodAsync mr=0x%08x",
-                              methodResult);
-    if (status != WBEM_S_NO_ERROR) {
-        CTraceUtility::WriteDebug(kCategory, kFailure, "CZORBALT_MngSrvRaid::ExecMethodAsync hr=0x%08x",
-                                  status);
-    }
-    CTraceUtility::WriteDebug(kCategory, kOperation, "CZORBALT_MngSrvRaid::ExecMethodAsync() [END]");
+    TraceEnd(methodResult, status);
     return status;
 }
 

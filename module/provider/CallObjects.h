@@ -3,6 +3,8 @@
 #include "qel/IWbemClassObject.h"
 #include "qel/QelWindows.h"
 
+#include <utility>
+
 /// The framework objects that one `ExecMethodAsync` holds. Released together, in the order that the framework
 /// expects, when the call is through with them or when an exception leaves it. Each may be null.
 class CallObjects final {
@@ -16,8 +18,9 @@ class CallObjects final {
         ReleaseOne(m_OutInstance);
         ReleaseOne(m_OutSignature);
         ReleaseOne(m_Class);
-        SysFreeString(m_ClassName);
-        m_ClassName = nullptr;
+        if (m_ClassName != nullptr) {
+            SysFreeString(std::exchange(m_ClassName, nullptr));
+        }
     }
 
     BSTR m_ClassName = nullptr;
@@ -28,8 +31,7 @@ class CallObjects final {
   private:
     static void ReleaseOne(IWbemClassObject*& object) {
         if (object != nullptr) {
-            object->Release();
-            object = nullptr;
+            std::exchange(object, nullptr)->Release();
         }
     }
 };

@@ -29,7 +29,7 @@ CMSRAID_CtrlInfoGetter::CMSRAID_CtrlInfoGetter() {
 }
 
 CMSRAID_CtrlInfoGetter::~CMSRAID_CtrlInfoGetter() {
-    const OperationTrace operation("CMSRAID_CtrlInfoGetter::~CMSRAID_CtrlInfoGetter");
+    const OperationTrace operation("CMSRAID_CtrlInfoGetter::~CMSRAID_CtrlInfoGetter", std::nothrow);
     DropHeldItems(m_CtrlNoItemList);
 }
 

@@ -35,7 +35,7 @@ CMSRAID_LDInfoGetter::CMSRAID_LDInfoGetter() {
 }
 
 CMSRAID_LDInfoGetter::~CMSRAID_LDInfoGetter() {
-    const OperationTrace operation("CMSRAID_LDInfoGetter::~CMSRAID_LDInfoGetter");
+    const OperationTrace operation("CMSRAID_LDInfoGetter::~CMSRAID_LDInfoGetter", std::nothrow);
     DropHeldItems(m_RGItemList);
     DropHeldItems(m_LDListItemList);
     DropHeldItems(m_LDSetItemList);

@@ -7,6 +7,7 @@
 
 #include <cstdlib>
 #include <iterator>
+#include <optional>
 #include <vector>
 
 using msraid::IsDigitAt;
@@ -76,13 +77,12 @@ CMSRAID_PDInfoGetter::CMSRAID_PDInfoGetter(std::string version) {
 }
 
 CMSRAID_PDInfoGetter::~CMSRAID_PDInfoGetter() {
-    const OperationTrace operation("CMSRAID_PDInfoGetter::~CMSRAID_PDInfoGetter");
+    const OperationTrace operation("CMSRAID_PDInfoGetter::~CMSRAID_PDInfoGetter", std::nothrow);
     DropHeldItems(m_PDNoItemList);
 }
 
 ResultCode CMSRAID_PDInfoGetter::GetInfo(long ctrlNo, CMSRAID_MngLib* lib, ItemList& items) {
-    // Written one by one: the reader below outlives the end line.
-    CTraceUtility::WriteDebug(kCategory, msraid::kOperation, "CMSRAID_PDInfoGetter::GetInfo [START]");
+    std::optional<OperationTrace> operation("CMSRAID_PDInfoGetter::GetInfo");
     m_MapRGNo.clear();
     CMSRAID_LDInfoGetter groups;
     ResultCode result = groups.GetPDRGNo(ctrlNo, &m_MapRGNo);
@@ -93,7 +93,7 @@ ResultCode CMSRAID_PDInfoGetter::GetInfo(long ctrlNo, CMSRAID_MngLib* lib, ItemL
                                   result);
         m_Reason = groups.GetReason();
     }
-    CTraceUtility::WriteDebug(kCategory, msraid::kOperation, "CMSRAID_PDInfoGetter::GetInfo [END]");
+    operation.reset();  // The reader outlives the end line.
     return result;
 }
 

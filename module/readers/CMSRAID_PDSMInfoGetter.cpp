@@ -35,7 +35,7 @@ CMSRAID_PDSMInfoGetter::CMSRAID_PDSMInfoGetter() {
 }
 
 CMSRAID_PDSMInfoGetter::~CMSRAID_PDSMInfoGetter() {
-    const OperationTrace operation("CMSRAID_PDSMInfoGetter::~CMSRAID_PDInfoGetter");
+    const OperationTrace operation("CMSRAID_PDSMInfoGetter::~CMSRAID_PDInfoGetter", std::nothrow);
 }
 
 ResultCode CMSRAID_PDSMInfoGetter::GetInfo(long ctrlNo, long enclNo, long pdNo, CMSRAID_MngLib* lib,

@@ -62,7 +62,7 @@ CMSRAID_InfoGetter::CMSRAID_InfoGetter() {
 }
 
 CMSRAID_InfoGetter::~CMSRAID_InfoGetter() {
-    const OperationTrace operation("CMSRAID_InfoGetter::~CMSRAID_InfoGetter");
+    const OperationTrace operation("CMSRAID_InfoGetter::~CMSRAID_InfoGetter", std::nothrow);
 }
 
 std::string CMSRAID_InfoGetter::GetRsltFilePath() {

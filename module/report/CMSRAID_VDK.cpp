@@ -44,8 +44,10 @@ bool IsRejectedByTool(const std::string& resultFilePath) {
 }
 
 [[noreturn]] void FailInChild(const char* call) noexcept {
-    CTraceUtility::WriteDebug(kCategory, kFailure, "ExecForeignModule %s Error %08x.", call,
-                              static_cast<unsigned>(GetLastError()));
+    const auto error = static_cast<unsigned>(GetLastError());
+    msraid::LoseFailure([&] {
+        CTraceUtility::WriteDebug(kCategory, kFailure, "ExecForeignModule %s Error %08x.", call, error);
+    });
     // Not exit(): what the parent had buffered, and its exit handlers, are the parent's.
     ::_exit(1);
 }

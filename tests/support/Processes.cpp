@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <fstream>
 #include <set>
 #include <sstream>
 
@@ -11,16 +12,19 @@ namespace testsupport {
 
 Process Look(pid_t id) {
     const std::filesystem::path folder = "/proc/" + std::to_string(id);
-    const std::string stat = ReadFile(folder / "stat");
+    std::string stat;  // Nothing, where it ends at this moment.
+    std::getline(std::ifstream(folder / "stat"), stat);
     const std::size_t open = stat.find('(');
     const std::size_t close = stat.rfind(')');
     if (close == std::string::npos) {
         return {};
     }
-    Process process{
-        .id = id, .name = stat.substr(open + 1, close - open - 1), .words = ReadFile(folder / "cmdline")};
+    Process process{.id = id, .name = stat.substr(open + 1, close - open - 1)};
+    std::ifstream words(folder / "cmdline");
+    for (std::string word; std::getline(words, word, '\0');) {
+        process.words += word + ' ';
+    }
     std::istringstream(stat.substr(close + 1)) >> process.state >> process.parent;
-    std::replace(process.words.begin(), process.words.end(), '\0', ' ');
     return process;
 }
 

@@ -48,7 +48,7 @@ __attribute__((format(printf, 3, 0), noinline)) void FormatAndEmit(const char* c
 
 }  // namespace
 
-void CTraceUtility::WriteDebug(const char* category, int level, const char* format, ...) noexcept {
+void CTraceUtility::WriteDebug(const char* category, int level, const char* format, ...) {
     if (!qel::IsTraced(level)) {
         return;
     }
@@ -58,7 +58,7 @@ void CTraceUtility::WriteDebug(const char* category, int level, const char* form
     va_end(arguments);
 }
 
-void CTraceUtility::WriteTrace(const char* category, const char* messageId, const char* text) noexcept {
+void CTraceUtility::WriteTrace(const char* category, const char* messageId, const char* text) {
     if (!qel::IsTraced(kMessageLevel)) {
         return;
     }

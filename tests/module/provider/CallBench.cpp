@@ -1,5 +1,9 @@
 #include "CallBench.h"
 
+#include <dlfcn.h>
+
+#include <filesystem>
+
 namespace testsupport {
 
 CallTest::CallTest() : m_Provider(std::make_unique<CZORBALT_MngSrvRaid>()) {
@@ -21,6 +25,15 @@ void CallTest::AnswerEmptyReports(int controllers) {
         m_Tool.Answer("ldpdinfo_a" + number + ".txt", "");
         m_Tool.Answer("pdinfo_a" + number + ".txt", "");
     }
+}
+
+bool CallTest::IsLibraryOpen() {
+    const std::string file = std::filesystem::path(TEST_SUPPORT_LIBRARIES) / "liblibrary_without_nothing.so";
+    void* const handle = ::dlopen(file.c_str(), RTLD_LAZY | RTLD_NOLOAD);
+    if (handle != nullptr) {
+        ::dlclose(handle);
+    }
+    return handle != nullptr;
 }
 
 }  // namespace testsupport

@@ -35,6 +35,9 @@ class CallTest : public ModuleTest {
     /// A server of so many controllers, each with an empty report of every kind.
     void AnswerEmptyReports(int controllers);
 
+    /// Whether the conversion library is loaded in this process.
+    [[nodiscard]] static bool IsLibraryOpen();
+
     RecordingSink m_Sink;
     std::unique_ptr<CZORBALT_MngSrvRaid> m_Provider;
 };

@@ -201,8 +201,6 @@ BSTR SysAllocString(const char* text) {
 }
 
 void SysFreeString(BSTR text) {
-    if (text != nullptr) {
-        Note(std::string("SysFreeString ") + text);
-    }
+    Note(std::string("SysFreeString ") + (text == nullptr ? "(null)" : text));
     std::free(text);
 }

@@ -1,7 +1,5 @@
 #include "CallBench.h"
 
-#include <dlfcn.h>
-
 #include <filesystem>
 
 namespace {
@@ -17,17 +15,6 @@ using testsupport::ToolBench;
 
 class GetInfoTest : public testsupport::CallTest {
   protected:
-    /// Whether the conversion library is loaded in this process.
-    [[nodiscard]] static bool IsLibraryOpen() {
-        const std::string file =
-            std::filesystem::path(TEST_SUPPORT_LIBRARIES) / "liblibrary_without_nothing.so";
-        void* const handle = ::dlopen(file.c_str(), RTLD_LAZY | RTLD_NOLOAD);
-        if (handle != nullptr) {
-            ::dlclose(handle);
-        }
-        return handle != nullptr;
-    }
-
     void ExpectFailure(DWORD returnValue, const std::string& reason) {
         EXPECT_EQ(Call("GetInfo"), 0U);
         EXPECT_EQ(ReturnValue(), returnValue);

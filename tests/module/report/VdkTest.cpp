@@ -1,6 +1,7 @@
 #include "report/CMSRAID_VDK.h"
 
 #include "test_support/ModuleTest.h"
+#include "test_support/TraceHook.h"
 
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -360,6 +361,17 @@ TEST_F(VdkTest, AFailingChildDoesNotFlushWhatTheHostHadBuffered) {
     }
     ASSERT_EQ(::waitpid(child, nullptr, 0), child);
     EXPECT_EQ(std::filesystem::file_size(captured), 4U);
+}
+
+TEST_F(VdkTest, AChildWhoseTraceThrowsIsAFailedRunLikeAnyOther) {
+    testsupport::OnTrace([](int /*level*/, std::string_view text) {
+        if (text.starts_with("ExecForeignModule open Error")) {
+            throw std::runtime_error("no trace");
+        }
+    });
+    EXPECT_FALSE(CMSRAID_VDK::ExecCli("vdkcli -v", m_Root.Path() / "missing" / "result.txt"));
+    testsupport::ResetTrace();
+    EXPECT_THAT(Failures(), ElementsAre("Failed to execute vdkcli command.(vdkcli -v)"));
 }
 
 TEST_F(VdkTest, AnInterruptedWaitIsResumed) {

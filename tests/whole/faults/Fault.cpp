@@ -28,9 +28,9 @@ bool g_isOpen = false;
 
 const char* NameOf(Kind kind) {
     constexpr std::array<const char*, kKinds> kNames = {
-        "memory", "open",   "fopen",  "read",  "read (EINTR)", "lseek",   "write",
-        "close",  "fclose", "stat",   "lstat", "fork",         "waitpid", "waitpid (EINTR)",
-        "dup2",   "execlp", "unlink", "mkdir", "dlopen",       "dlsym",   "dlclose"};
+        "memory", "open",  "fopen",   "read",    "read (EINTR)",    "lseek", "write",  "close",  "fclose",
+        "stat",   "lstat", "fork",    "waitpid", "waitpid (EINTR)", "dup2",  "execlp", "unlink", "mkdir",
+        "dlopen", "dlsym", "dlclose", "trace"};
     return kNames.at(static_cast<std::size_t>(kind));
 }
 

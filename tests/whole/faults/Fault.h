@@ -28,8 +28,9 @@ enum class Kind {
     LoadLibrary,
     LookUp,        ///< dlsym
     CloseLibrary,  ///< dlclose, which closes all the same
+    Trace,         ///< a line of the trace, by exception
 };
-inline constexpr std::size_t kKinds = 21;
+inline constexpr std::size_t kKinds = 22;
 
 [[nodiscard]] const char* NameOf(Kind kind);
 
@@ -45,6 +46,7 @@ enum class Place {
     LoadingLibrary,
     MakingItem,
     Converting,  ///< from CreateLibIF to DeleteLibIF
+    LineToLose,  ///< a line of the trace that nobody can be told of: of an end, a destructor, a handler
 };
 
 /// Which call fails: number `at` of its kind, counted from 1; `isLasting`: and every later one. 0: none.

@@ -50,6 +50,8 @@ std::span<const Outcome> OfMemory(Place place) {
             return Any<Outcome::Report06>();
         case Place::Converting:  // The text is copied while the converter stands.
             return Any<Outcome::Conversion02, Outcome::Exception>();
+        case Place::LineToLose:  // No memory is asked for there.
+            break;
     }
     return {};
 }
@@ -62,12 +64,35 @@ std::span<const Outcome> OfLastingMemory(Place place) {
     return Any<Outcome::Exception, Outcome::NoReason, Outcome::Success>();
 }
 
+// The exception of a start line, or of one in between, is its operation's own.
+std::span<const Outcome> OfTrace(Place place) {
+    switch (place) {
+        case Place::LineToLose:
+            return Any<Outcome::Success>();
+        case Place::Creating:
+            return Any<Outcome::Escaped, Outcome::Library05>();
+        case Place::BeforeMethod:
+            return Any<Outcome::Escaped>();
+        default:
+            return Any<Outcome::Exception>();
+    }
+}
+
+std::span<const Outcome> OfLastingTrace(Place place) {
+    if (place == Place::LineToLose) {  // The next one may be another.
+        return Any<Outcome::Success, Outcome::Exception, Outcome::Escaped>();
+    }
+    return place == Place::Creating ? Any<Outcome::Escaped>() : OfTrace(place);
+}
+
 }  // namespace
 
 std::span<const Outcome> PrescribedOutcomes(const Order& order, Place place) {
     switch (order.kind) {
         case Kind::Memory:
             return order.isLasting ? OfLastingMemory(place) : OfMemory(place);
+        case Kind::Trace:
+            return order.isLasting ? OfLastingTrace(place) : OfTrace(place);
         case Kind::Open:  // What keeps one run from going well is gone in the next.
         case Kind::Fork:
         case Kind::Wait:

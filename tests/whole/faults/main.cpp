@@ -4,6 +4,7 @@
 #include "Folders.h"
 #include "Scene.h"
 #include "Sweep.h"
+#include "Trace.h"
 
 #include <sys/prctl.h>
 
@@ -82,6 +83,7 @@ int main(int count, char** arguments) try {
     // What a trial that died had started comes back here to be waited for.
     ::prctl(PR_SET_CHILD_SUBREAPER, 1, 0, 0, 0);
     Root::Enter();
+    LetTraceFail();
     // Never destroyed: a framework keeps its providers until the process ends.
     static Scene* const scene = MakeScene(arguments[1]).release();
     return Run(arguments[1], *scene, ReadOptions({arguments + 2, arguments + count})) == 0 ? EXIT_SUCCESS

@@ -69,6 +69,16 @@ class ResultFileTest : public testsupport::MisbehaviourTest {
     }
 };
 
+Seen LeftBehind(Seen seen, const char* file) {
+    seen.filesLeft = {file};
+    return seen;
+}
+
+// A directory can be opened, and has no lines.
+Seen Directory(const ToolCommand& command) {
+    return LeftBehind(Gone(command), kResultFile);
+}
+
 class OneFileTest : public ResultFileTest, public ::testing::WithParamInterface<ToolCommand> {};
 
 TEST_P(OneFileTest, CannotBeOpenedWhenItIsDeleted) {
@@ -79,6 +89,11 @@ TEST_P(OneFileTest, CannotBeOpenedWhenItIsDeleted) {
 TEST_P(OneFileTest, IsNotOpenedWhenItIsReplacedByAPipe) {
     AtEndOf(GetParam(), R"(rm "$file"; mkfifo "$file")");
     Expect(Call(GetParam()), Unreadable(GetParam()));
+}
+
+TEST_P(OneFileTest, IsNoEmptyReportWhenItIsReplacedByADirectory) {
+    AtEndOf(GetParam(), R"(rm "$file"; mkdir "$file")");
+    Expect(Call(GetParam()), Directory(GetParam()));
 }
 
 INSTANTIATE_TEST_SUITE_P(EveryCommand, OneFileTest, ::testing::ValuesIn(ToolCommands()),
@@ -106,16 +121,6 @@ Seen WithLostRoot(const ToolCommand& /*command*/) {
     seen.document = Document("  <Item Name=\"\" Value=\"1\" Valid=\"TRUE\"/>\n" +
                              testsupport::LogicalDriveItems() + testsupport::DriveItems());
     return seen;
-}
-
-Seen LeftBehind(Seen seen, const char* file) {
-    seen.filesLeft = {file};
-    return seen;
-}
-
-// A directory can be opened, and has no lines.
-Seen Directory(const ToolCommand& command) {
-    return LeftBehind(Gone(command), kResultFile);
 }
 
 Seen FailedAndUndeleted(const ToolCommand& command) {
@@ -157,7 +162,6 @@ INSTANTIATE_TEST_SUITE_P(
                       Deed{"LinkedToNothing", R"(ln -sf /nowhere "$file")", Unreadable},
                       Deed{"LinkedToItself", R"(rm "$file"; ln -s "$file" "$file")", Unreadable},
                       Deed{"LinkedToADirectory", R"(rm "$file"; ln -s / "$file")", Unreadable},
-                      Deed{"ReplacedByADirectory", R"(rm "$file"; mkdir "$file")", Directory},
                       Deed{"DeletedWithItsDirectory", R"(rm -r "${file%/*}")", Gone},
                       Deed{"ReplacedByAPipeBeforeAFailure", R"(rm "$file"; mkfifo "$file"; exit 1)",
                            [](const ToolCommand& command) {

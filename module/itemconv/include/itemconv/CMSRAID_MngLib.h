@@ -11,8 +11,8 @@
 /// One method call is: `Load`, items through `CreateItemDisp`, `XmlConvert`, every item through
 /// `DeleteItemDisp`, `Unload`. The entry points mean something only between a successful `Load` and its
 /// `Unload`; they are null before the first `Load`. The handle is the caller's to keep. One thread at a time.
-/// Failures show in results and in the trace; `XmlConvert` may throw std::bad_alloc and has then released the
-/// interface object.
+/// Failures show in results and in the trace. What the trace throws goes on, and `XmlConvert` may throw
+/// std::bad_alloc; whatever they had to release has been released then.
 class CMSRAID_MngLib {
   public:
     CMSRAID_MngLib();
@@ -23,7 +23,7 @@ class CMSRAID_MngLib {
     /// Opens the library and looks its entry points up. Null: failed; nothing is left for `Unload` then.
     [[nodiscard]] void* Load();
 
-    /// Closes a handle of `Load`; null is allowed. All items must be gone.
+    /// Closes a handle of `Load`, by exception too; null is allowed. All items must be gone.
     void Unload(void* handle);
 
     /// Stores the XML text of `items` in `*xml`. False: failed, `*xml` is as it was.

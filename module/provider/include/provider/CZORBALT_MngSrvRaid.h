@@ -21,12 +21,14 @@ class CZORBALT_MngSrvRaid : public CZORBALT_SysService {
   public:
     CZORBALT_MngSrvRaid();
 
-    /// Does not delete the wrapper of the conversion library, which lives as long as the module.
+    /// Does not delete the wrapper of the conversion library, which lives as long as the process.
     ~CZORBALT_MngSrvRaid() override;
 
-    /// Runs one method and reports to `sink`. Exceptions of a method become status 0x80041001; those raised
-    /// before it starts (memory, the object manager) go on to the framework. Without a sink nobody is told.
-    /// A cancellation of the calling thread takes effect when the call has come to its end.
+    /// Runs one method and reports to `sink`; a handler of the exiting process may call too. Exceptions of a
+    /// method become status 0x80041001; those raised before it starts (memory, the object manager, the trace)
+    /// go on to the framework. Without a sink nobody is told. A deferred cancellation of the calling thread
+    /// takes effect when the call has come to its end; an asynchronous one ends the process, which is the
+    /// host's own risk.
     DWORD ExecMethodAsync(char* className, char* methodName, long flags, IWbemContext* context,
                           IWbemClassObject* inParams, IWbemObjectSink* sink) override;
 

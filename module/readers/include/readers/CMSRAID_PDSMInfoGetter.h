@@ -22,7 +22,7 @@
 ///     [Head 0]
 ///     Read        633    0         633
 ///
-/// A row too short for its cut leaves `GetInfo` by std::out_of_range, by contract.
+/// A row too short for its cut leaves `GetInfo` by std::out_of_range, which is meant.
 class CMSRAID_PDSMInfoGetter final : public CMSRAID_PDInfoGetter {
   public:
     CMSRAID_PDSMInfoGetter();
