@@ -86,10 +86,10 @@ void CheckClosings(std::size_t loads) {
 /// Exactly the failures that were scripted happened.
 void CheckReason(const CallPlan& plan, const CallResult& result, std::size_t parameters) {
     const std::string& reason = result.messages.front();
-    const bool isPrescribed = std::any_of(kFailures.begin(), kFailures.end(), [&](const Failure& each) {
+    const bool isKnown = std::any_of(kFailures.begin(), kFailures.end(), [&](const Failure& each) {
         return each.code == result.returnValue && each.reason == reason;
     });
-    Require(isPrescribed, "a failure has its return value and its reason");
+    Require(isKnown, "a failure has its return value and its reason");
     Require((reason == kNotInstalled) == ScriptedTool::IsMissingAtFirst(),
             "reason 03: the tool was not there at first");
     Require(

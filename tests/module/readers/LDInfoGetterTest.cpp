@@ -88,7 +88,7 @@ class LDInfoGetterTest : public testsupport::ReaderTest {
     }
 };
 
-TEST_F(LDInfoGetterTest, APlainGroupBecomesATreeInItsPrescribedOrder) {
+TEST_F(LDInfoGetterTest, APlainGroupBecomesATreeInItsOrder) {
     EXPECT_EQ(ItemsOf(kPlainGroup), (Lines{
                                         "|Logical Drive Information||TRUE",
                                         kRoot + "|PD List||TRUE",

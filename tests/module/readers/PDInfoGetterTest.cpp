@@ -86,7 +86,7 @@ class PDInfoGetterTest : public testsupport::ReaderTest {
     Lines GeneralOf(const std::string& keyLines) { return ItemsBelow(kGeneral, kGeneral + "\n" + keyLines); }
 };
 
-TEST_F(PDInfoGetterTest, AReportBecomesATreePerDriveInItsPrescribedOrder) {
+TEST_F(PDInfoGetterTest, AReportBecomesATreePerDriveInItsOrder) {
     EXPECT_EQ(ItemsOf(kRichReport), (Lines{
                                         "|RAID Controller|0|TRUE",
                                         "|Physical Drive Information||TRUE",

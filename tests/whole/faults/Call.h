@@ -11,7 +11,7 @@
 
 namespace faults {
 
-/// How a call ended: by the reason code of the prescribed failures, or in another prescribed way.
+/// How a call ended: by the reason code of a failure, or in another way that may be.
 enum class Outcome {
     Success,
     Escaped,    ///< std::bad_alloc reached the caller, who was told nothing else
@@ -25,7 +25,7 @@ enum class Outcome {
     Report06,
     Conversion02,
     NoReason,  ///< failed, and not even memory to tell the reason
-    Odd,       ///< nothing that is prescribed
+    Odd,       ///< nothing of the kind
 };
 inline constexpr std::size_t kOutcomes = 13;
 

@@ -86,16 +86,16 @@ std::vector<Case> Cases() {
         {"a descriptor that is not closed", "a descriptor is left", {}, During(LeaveDescriptor)},
         {"a child that nobody waits for", "a child is left", {}, During(LeaveChild)},
         {"a result file that is not deleted", "result files are left", {}, During(LeaveFile)},
-        {"a status told twice", "not prescribed: odd", {}, During(TellStatusTwice)},
+        {"a status told twice", "not fitting: odd", {}, During(TellStatusTwice)},
         {"a crash", "died by signal 6", {}, During([](IWbemObjectSink&) { std::abort(); })},
         {"a document cut short", "another document", {}, After([](Observed& seen) {
              seen.document.pop_back();
          })},
         {"a failure with a document", "a failure with a document", failToOpen,
          After([](Observed& seen) { seen.document = "<RAID/>"; })},
-        {"a failure taken for another", "not prescribed: 05", failToOpen,
+        {"a failure taken for another", "not fitting: 05", failToOpen,
          After([](Observed& seen) { seen.outcome = Outcome::Library05; })},
-        {"a failure taken for success", "not prescribed: ok", failToOpen,
+        {"a failure taken for success", "not fitting: ok", failToOpen,
          After([](Observed& seen) { seen.outcome = Outcome::Success; })},
         {"a fault that never strikes", "never struck", never, {}},
         {"a module that is of no use afterwards", "the next run does not succeed", {}, After([](Observed&) {

@@ -87,7 +87,7 @@ std::span<const Outcome> OfLastingTrace(Place place) {
 
 }  // namespace
 
-std::span<const Outcome> PrescribedOutcomes(const Order& order, Place place) {
+std::span<const Outcome> FittingOutcomes(const Order& order, Place place) {
     switch (order.kind) {
         case Kind::Memory:
             return order.isLasting ? OfLastingMemory(place) : OfMemory(place);

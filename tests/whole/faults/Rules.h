@@ -9,6 +9,6 @@ namespace faults {
 
 /// How a call may end when that order struck first at that place. A call that ends with `Success` has the
 /// document of an undisturbed one; that is looked at elsewhere.
-[[nodiscard]] std::span<const Outcome> PrescribedOutcomes(const Order& order, Place place);
+[[nodiscard]] std::span<const Outcome> FittingOutcomes(const Order& order, Place place);
 
 }  // namespace faults

@@ -67,7 +67,9 @@ unsigned long Sweep(Scene& scene, const SweepOptions& options) {
     unsigned long findings = 0;
     for (std::size_t number = 0; number < kKinds; ++number) {
         const auto kind = static_cast<Kind>(number);
-        const unsigned long stride = kind == Kind::Memory ? options.memoryStride : 1;
+        const unsigned long stride = kind == Kind::Memory  ? options.memoryStride
+                                     : kind == Kind::Trace ? options.traceStride
+                                                           : 1;
         for (const bool isLasting : {false, true}) {
             if ((options.only && *options.only != kind) || usual.calls.at(number) == 0 ||
                 (isLasting && (options.isOnceOnly || !CanLast(kind)))) {

@@ -9,7 +9,8 @@
 namespace faults {
 
 struct SweepOptions {
-    unsigned long memoryStride = 1;  ///< every so many allocations; every other kind is swept whole
+    unsigned long memoryStride = 1;  ///< every so many allocations
+    unsigned long traceStride = 1;   ///< every so many lines of the trace; every other kind is swept whole
     std::optional<Kind> only;
     bool isOnceOnly = false;  ///< without the faults that last
 };

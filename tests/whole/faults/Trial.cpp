@@ -99,19 +99,19 @@ std::string Describe(const Observed& seen) {
     return std::string(NameOf(seen.outcome)) + (seen.odd.empty() ? "" : " (" + seen.odd + ")");
 }
 
-bool IsPrescribed(const Trial& trial, Outcome outcome) {
+bool IsFitting(const Trial& trial, Outcome outcome) {
     if (trial.expected || trial.order.at == 0) {
         return outcome == trial.expected.value_or(Outcome::Success);
     }
-    const auto prescribed = PrescribedOutcomes(trial.order, FirstStruckAt());
-    return std::find(prescribed.begin(), prescribed.end(), outcome) != prescribed.end();
+    const auto fitting = FittingOutcomes(trial.order, FirstStruckAt());
+    return std::find(fitting.begin(), fitting.end(), outcome) != fitting.end();
 }
 
 void CheckTrial(Checker& checker, const Trial& trial, const Observed& seen, const std::string& usual) {
     if (trial.order.at != 0 && TimesStruck() == 0) {
         checker.Find("the fault never struck");
-    } else if (!IsPrescribed(trial, seen.outcome)) {
-        checker.Find("not prescribed: " + Describe(seen));
+    } else if (!IsFitting(trial, seen.outcome)) {
+        checker.Find("not fitting: " + Describe(seen));
     }
     if (seen.outcome == Outcome::Success && !usual.empty() && seen.document != usual) {
         checker.Find("success with another document than usual");
@@ -194,7 +194,7 @@ TrialResult RunTrial(Scene& scene, const Trial& trial, const Undisturbed& usual)
             result.findings.push_back(std::to_string(report.blocksLeft) + " blocks of memory are left, not " +
                                       std::to_string(usual.blocksLeft));
         }
-    } else if (TimesStruck() == 0 || !IsPrescribed(trial, Outcome::Died)) {
+    } else if (TimesStruck() == 0 || !IsFitting(trial, Outcome::Died)) {
         result.findings.push_back(WIFSIGNALED(status) ? "died by signal " + std::to_string(WTERMSIG(status))
                                                       : "ended without a report");
     }

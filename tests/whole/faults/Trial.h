@@ -33,7 +33,7 @@ struct TrialResult {
 };
 
 /// Runs a scene twice in a process of its own: as the trial says, then undisturbed. Looks for what is left
-/// behind and for what is not prescribed.
+/// behind and for what is not fitting.
 [[nodiscard]] TrialResult RunTrial(Scene& scene, const Trial& trial, const Undisturbed& usual);
 
 /// Prepares a scene and runs it without a trial. Throws std::runtime_error when that fails or leaves

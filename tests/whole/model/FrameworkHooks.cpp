@@ -16,8 +16,8 @@ FrameworkHooks& Hooks() {
 }  // namespace replay
 
 void Sleep(DWORD milliseconds) {
-    constexpr DWORD kPrescribed = 1000;
-    ++(milliseconds == kPrescribed ? replay::Hooks().m_Pauses : replay::Hooks().m_OtherPauses);
+    constexpr DWORD kPause = 1000;
+    ++(milliseconds == kPause ? replay::Hooks().m_Pauses : replay::Hooks().m_OtherPauses);
 }
 
 std::string CFileUtility::GetInstallPath(int kind) {

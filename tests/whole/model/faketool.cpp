@@ -1,5 +1,5 @@
-// The tool of the replay: prints what the case prescribes for this run of this command, then ends as
-// prescribed. Plain system calls, since it is started several times in every case.
+// The tool of the replay: prints what the case has for this run of this command, then ends as it
+// says. Plain system calls, since it is started several times in every case.
 #include <fcntl.h>
 #include <signal.h>
 #include <sys/stat.h>
