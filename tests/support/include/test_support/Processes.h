@@ -13,9 +13,9 @@ namespace testsupport {
 struct Process {
     pid_t id = -1;
     pid_t parent = -1;
-    char state = '\0';  ///< 'R', 'S', 'T', 'Z'
-    std::string name;   ///< of the program: "vdkcli"
-    std::string words;  ///< its command line, each word with a blank behind it
+    char state = '\0';       ///< 'R', 'S', 'T', 'Z'
+    std::string name;        ///< of the program: "vdkcli"
+    std::string words = {};  ///< its command line, each word with a blank behind it
 };
 
 /// All that are there; one that ends meanwhile may be missing.
