@@ -1,5 +1,5 @@
 #include "HtmlParts.h"
-#include "Time.h"
+#include "basics/Time.h"
 #include "views/Views.h"
 
 namespace views {
@@ -93,9 +93,9 @@ void AddTime(const inventory::Snapshot& snapshot, Element page) {
         page.Text("From a saved document");
         return;
     }
-    const std::string time = UtcText(*snapshot.takenAt);
+    const std::string shown = basics::UtcText(*snapshot.takenAt, "%Y-%m-%d at %H:%M:%S UTC");
     page.Text("Taken on ");
-    page.Add("time", time.substr(0, 10) + " at " + time.substr(11, 8) + " UTC", {{"datetime", time}});
+    page.Add("time", shown, {{"datetime", basics::UtcText(*snapshot.takenAt)}});
 }
 
 void AddRollUp(const inventory::Snapshot& snapshot, const inventory::Health& health, Element page) {

@@ -1,8 +1,8 @@
 #include "HtmlParts.h"
 #include "basics/Text.h"
+#include "basics/Words.h"
 
 #include <algorithm>
-#include <charconv>
 #include <optional>
 #include <vector>
 
@@ -26,13 +26,6 @@ struct Enclosure {
     std::vector<Slot> unknown;  ///< without a number
 };
 
-std::optional<unsigned> NumberOf(const std::string& slot) {
-    unsigned number = 0;
-    const auto [end, error] = std::from_chars(slot.data(), slot.data() + slot.size(), number);
-    const bool isWhole = error == std::errc() && end == slot.data() + slot.size();
-    return isWhole ? std::optional(number) : std::nullopt;
-}
-
 /// In the order in which the document first names them.
 std::vector<Enclosure> EnclosuresOf(const Controller& controller) {
     std::vector<Enclosure> enclosures;
@@ -43,7 +36,7 @@ std::vector<Enclosure> EnclosuresOf(const Controller& controller) {
             enclosures.push_back({drive.enclosure, {}, {}});
         }
         Enclosure& enclosure = enclosures[place->second];
-        const Slot slot{NumberOf(drive.slot), &drive};
+        const Slot slot{basics::NumberFrom<unsigned>(drive.slot), &drive};
         (slot.number ? enclosure.known : enclosure.unknown).push_back(slot);
     }
     for (Enclosure& enclosure : enclosures) {

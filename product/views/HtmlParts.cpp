@@ -79,10 +79,7 @@ std::string DrivePlaces::StateOf(const inventory::Controller& controller,
             return wrong->second;
         }
     }
-    if (!drive.detail.empty()) {
-        return drive.detail;
-    }
-    return drive.statuses.empty() ? "" : drive.statuses.front();
+    return StatusOf(drive);
 }
 
 std::string_view ClassOf(inventory::Level level) {

@@ -112,10 +112,7 @@ constexpr DriveColumn kDriveColumns[] = {
     {"Group", [](const Drive& drive) { return drive.group; }},
     {"Use", [](const Drive& drive) { return RoleOf(drive); }},
     {"Size", [](const Drive& drive) { return drive.capacity; }},
-    {"Type",
-     [](const Drive& drive) {
-         return drive.interfaceType + (drive.interfaceType.empty() ? "" : " ") + drive.media;
-     }},
+    {"Type", [](const Drive& drive) { return TypeOf(drive); }},
     {"Temperature", [](const Drive& drive) { return drive.temperature; }},
     {"Power", [](const Drive& drive) { return drive.power; }},
     {"Media errors", [](const Drive& drive) { return drive.mediaErrors; }},
