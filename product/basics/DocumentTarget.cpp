@@ -8,7 +8,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdio>
 #include <filesystem>
 #include <system_error>
 
@@ -18,12 +17,12 @@ namespace {
 namespace fs = std::filesystem;
 
 [[noreturn]] void Fail(const std::string& where, const std::string& why) {
-    throw Failure(Failure::Kind::Surroundings, "the document cannot be written to " + where + ": " + why +
-                                                   "; name another file by --output");
+    FailSurroundings("the document cannot be written to " + where + ": " + why +
+                     "; name another file by --output");
 }
 
 [[noreturn]] void Fail(const std::string& where, int error) {
-    Fail(where, std::generic_category().message(error));
+    Fail(where, ErrorText(error));
 }
 
 // Holds back the signals that would end the process between making a temporary file and its end.
@@ -52,18 +51,6 @@ class HeldSignals final {
     sigset_t m_Mask{};
     struct sigaction m_TooLarge {};
 };
-
-// 0 or the error.
-int WriteWhole(int descriptor, std::string_view text) noexcept {
-    while (!text.empty()) {
-        const ssize_t written = ::write(descriptor, text.data(), text.size());
-        if (written < 0 && errno != EINTR) {
-            return errno;
-        }
-        text.remove_prefix(written < 0 ? 0 : static_cast<std::size_t>(written));
-    }
-    return 0;
-}
 
 // Some file systems keep the bad news until a descriptor is closed.
 int WriteAndConfirm(int descriptor, std::string_view text) noexcept {
@@ -102,7 +89,7 @@ DocumentTarget::DocumentTarget(const std::string& path) : m_Shown(path) {
         Fail(m_Shown, errno);
     }
     if (::faccessat(m_Directory.Number(), ".", W_OK | X_OK, AT_EACCESS) != 0) {
-        Fail(m_Shown, "its directory: " + std::generic_category().message(errno));
+        Fail(m_Shown, "its directory: " + ErrorText(errno));
     }
     if (exists && ::faccessat(m_Directory.Number(), m_Name.c_str(), W_OK, AT_EACCESS) != 0) {
         Fail(m_Shown, errno);

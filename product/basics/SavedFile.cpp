@@ -8,18 +8,12 @@
 
 #include <array>
 #include <cerrno>
-#include <system_error>
 
 namespace basics {
 namespace {
 
 [[noreturn]] void FailToRead(const std::string& path, const std::string& why) {
-    throw Failure(Failure::Kind::Surroundings,
-                  (path == "-" ? "standard input" : path) + " cannot be read: " + why);
-}
-
-[[noreturn]] void FailToRead(const std::string& path) {
-    FailToRead(path, std::generic_category().message(errno));
+    FailSurroundings((path == "-" ? "standard input" : path) + " cannot be read: " + why);
 }
 
 }  // namespace
@@ -31,19 +25,18 @@ std::string ReadFile(const std::string& path, std::size_t mostMebibytes) {
     const Descriptor opened(isStandardInput ? ::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0)
                                             : ::open(path.c_str(), O_RDONLY | O_CLOEXEC));
     if (!opened.IsOpen()) {
-        FailToRead(path);
+        FailToRead(path, ErrorText(errno));
     }
     std::string text;
     std::array<char, kPiece> piece;
     for (ssize_t size = 1; size != 0;) {
         size = ::read(opened.Number(), piece.data(), piece.size());
         if (size < 0 && errno != EINTR) {
-            FailToRead(path);
+            FailToRead(path, ErrorText(errno));
         }
         text.append(piece.data(), size < 0 ? 0 : static_cast<std::size_t>(size));
         if (text.size() > mostMebibytes * kMebibyte) {
-            FailToRead(path,
-                       "it is larger than " + std::to_string(mostMebibytes) + " MiB, as no RAID document is");
+            FailToRead(path, "it is larger than " + std::to_string(mostMebibytes) + " MiB, as no RAID document is");
         }
     }
     return text;

@@ -1,10 +1,10 @@
 #include "basics/Text.h"
 
+#include "basics/Words.h"
+
 #include <utf8proc.h>
 
 #include <algorithm>
-#include <array>
-#include <cstdio>
 
 namespace basics {
 namespace {
@@ -123,9 +123,7 @@ std::string OneLine(const std::string& text) {
         if (character == '\n') {
             line += "\\n";
         } else if (code < 0x20 || code == 0x7F) {
-            std::array<char, 5> escaped{};
-            std::snprintf(escaped.data(), escaped.size(), "\\x%02x", code);
-            line += escaped.data();
+            line += "\\x" + Digits(code, 2, 16);
         } else {
             line += character;
         }

@@ -1,10 +1,10 @@
 #include "FailureText.h"
 
+#include "basics/Words.h"
 #include "calls/ToolCommand.h"
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
 #include <string_view>
 #include <vector>
 
@@ -40,9 +40,7 @@ const Reason* FindReason(std::string_view code) {
 }
 
 std::string Hex(DWORD value) {
-    std::array<char, 11> text{};
-    std::snprintf(text.data(), text.size(), "0x%08x", value);
-    return text.data();
+    return "0x" + basics::Digits(value, 8, 16);
 }
 
 std::vector<std::string_view> SplitCodes(std::string_view reasons) {

@@ -82,7 +82,7 @@ inventory::Document ReadDocument(const std::string& xml, const std::string& sour
     try {
         return inventory::Document::Read(xml);
     } catch (const inventory::DocumentError& error) {
-        throw Failure(Failure::Kind::Surroundings, source + " is no RAID document: " + error.what());
+        basics::FailSurroundings(source + " is no RAID document: " + error.what());
     }
 }
 

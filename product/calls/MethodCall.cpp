@@ -53,9 +53,8 @@ class ResultSink final : public IWbemObjectSink {
 
 void Require(HRESULT result, const std::string& what) {
     if (result < 0) {
-        throw basics::Failure(basics::Failure::Kind::Surroundings,
-                              "the framework does not know " + what + " of the class " + kClassName +
-                                  "; its class repository and the command do not fit together");
+        basics::FailSurroundings("the framework does not know " + what + " of the class " + kClassName +
+                                 "; its class repository and the command do not fit together");
     }
 }
 

@@ -16,9 +16,8 @@ constexpr const char* kEntryPoint = "create";
 using Create = CZORBALT_ServerService* (*)();
 
 [[noreturn]] void Fail(const std::string& why) {
-    throw basics::Failure(
-        basics::Failure::Kind::Surroundings,
-        "the RAID module cannot be loaded: " + why + "; check the installation or name one by --install-dir");
+    basics::FailSurroundings("the RAID module cannot be loaded: " + why +
+                             "; check the installation or name one by --install-dir");
 }
 
 std::string LastLoaderError() {

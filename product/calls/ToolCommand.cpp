@@ -1,22 +1,12 @@
 #include "calls/ToolCommand.h"
 
+#include "basics/Words.h"
+
 #include <algorithm>
 #include <vector>
 
 namespace calls {
 namespace {
-
-std::vector<std::string_view> Words(std::string_view text) {
-    std::vector<std::string_view> words;
-    while (!text.empty()) {
-        const std::size_t end = std::min(text.find(' '), text.size());
-        if (end > 0) {
-            words.push_back(text.substr(0, end));
-        }
-        text.remove_prefix(std::min(end + 1, text.size()));
-    }
-    return words;
-}
 
 std::string ReportName(const std::vector<std::string_view>& words) {
     const std::string_view report = words.size() > 1 ? words[1] : "";
@@ -42,7 +32,7 @@ std::string ReportName(const std::vector<std::string_view>& words) {
 
 std::string DescribeCommand(std::string_view command) {
     constexpr std::string_view kController = "-a";
-    const std::vector<std::string_view> words = Words(command);
+    const std::vector<std::string_view> words = basics::Words(command);
     std::string text = ReportName(words);
     if (words.size() > 1 && words.back() == "-aAll") {
         text = "all controllers: " + text;

@@ -6,11 +6,12 @@
 #include "Redaction.h"
 #include "basics/Failure.h"
 #include "basics/Text.h"
+#include "basics/Time.h"
+#include "basics/Words.h"
 #include "inventory/Server.h"
 #include "scenario/ScenarioText.h"
 
-#include <array>
-#include <ctime>
+#include <chrono>
 #include <functional>
 #include <optional>
 #include <set>
@@ -25,15 +26,6 @@ using basics::OneLine;
 using scenario::ScenarioInstructions;
 using scenario::ScenarioStem;
 
-std::string Now() {
-    const std::time_t now = std::time(nullptr);
-    std::tm broken{};
-    std::array<char, sizeof "2026-11-21 08:26:38 UTC"> text{};
-    ::gmtime_r(&now, &broken);
-    std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%S UTC", &broken);
-    return text.data();
-}
-
 // The values of a key, in their order.
 std::vector<std::string> ValuesOf(const std::string& text, std::string_view wanted) {
     std::vector<std::string> values;
@@ -45,11 +37,8 @@ std::vector<std::string> ValuesOf(const std::string& text, std::string_view want
     return values;
 }
 
-std::string Joined(const std::vector<std::string>& texts) {
-    std::string joined;
-    for (const std::string& text : texts) {
-        joined += (joined.empty() ? "" : ", ") + text;
-    }
+std::string Known(const std::vector<std::string>& texts) {
+    const std::string joined = basics::Joined(texts);
     return joined.empty() ? "not known" : joined;
 }
 
@@ -199,9 +188,10 @@ std::string Capture::Work::Readme() const {
     const std::string source =
         m_Request.scenario.empty() ? "this server's tool" : "the scenario " + OneLine(m_Request.scenario);
     std::string text = "# Capture of a RAID server\n\nRecorded by `mngsrvraid capture` from " + source +
-                       ", " + Now() + ".\n\n";
-    text += "- Controllers: " + Joined(ValuesOf(Answers("-ctrlinfo"), "Product Name")) + "\n";
-    text += "- Version of the tool: " + Joined(ValuesOf(Answers("-v"), "Product Version")) + "\n";
+                       ", " + basics::UtcText(std::chrono::system_clock::now(), "%Y-%m-%d %H:%M:%S UTC") +
+                       ".\n\n";
+    text += "- Controllers: " + Known(ValuesOf(Answers("-ctrlinfo"), "Product Name")) + "\n";
+    text += "- Version of the tool: " + Known(ValuesOf(Answers("-v"), "Product Version")) + "\n";
     text += "- Drives asked for: " + std::to_string(m_DriveCount) + "\n";
     text += m_Request.isRedacted ? "- Redacted: serial numbers and world-wide names are replaced by words.\n"
                                  : "- Not redacted: serial numbers are in it as the tool told them.\n";

@@ -23,12 +23,11 @@ constexpr const char* kUnfinishedText =
     "not be written. Make another one, in a new folder.\n";
 
 [[noreturn]] void Fail(const std::string& folder, const std::string& why) {
-    throw basics::Failure(basics::Failure::Kind::Surroundings,
-                          "the capture cannot be written to " + folder + ": " + why);
+    basics::FailSurroundings("the capture cannot be written to " + folder + ": " + why);
 }
 
 [[noreturn]] void Fail(const std::string& folder, int error) {
-    Fail(folder, std::generic_category().message(error));
+    Fail(folder, basics::ErrorText(error));
 }
 
 void MakeOrTakeEmpty(const std::string& path) {
@@ -39,9 +38,8 @@ void MakeOrTakeEmpty(const std::string& path) {
     const int failure = errno;
     std::error_code error;
     if (failure != EEXIST || !fs::is_directory(path, error)) {
-        Fail(path,
-             (failure == EEXIST ? "it is there and is no folder" : std::generic_category().message(failure)) +
-                 "; name a folder that can be made");
+        Fail(path, (failure == EEXIST ? "it is there and is no folder" : basics::ErrorText(failure)) +
+                       "; name a folder that can be made");
     }
     const bool isEmpty = fs::is_empty(path, error);
     if (error) {
@@ -68,12 +66,7 @@ void CaptureFolder::Write(const std::string& name, std::string_view bytes) const
     constexpr mode_t kModeBeforeUmask = 0666;
     basics::Descriptor file(
         ::openat(m_Folder.Number(), name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kModeBeforeUmask));
-    int error = file.IsOpen() ? 0 : errno;
-    while (error == 0 && !bytes.empty()) {
-        const ssize_t written = ::write(file.Number(), bytes.data(), bytes.size());
-        error = written < 0 && errno != EINTR ? errno : 0;
-        bytes.remove_prefix(written < 0 ? 0 : static_cast<std::size_t>(written));
-    }
+    int error = file.IsOpen() ? basics::WriteWhole(file.Number(), bytes) : errno;
     if (error == 0 && ::fsync(file.Number()) != 0) {
         error = errno;
     }

@@ -9,7 +9,6 @@
 #include <cerrno>
 #include <cstdlib>
 #include <fstream>
-#include <system_error>
 #include <utility>
 
 namespace capture {
@@ -45,9 +44,8 @@ RecordedCommand* Find(std::vector<RecordedCommand>& commands, const std::string&
 Recording::Recording(fs::path folder) : m_Folder(std::move(folder)) {
     const fs::path recorder = RecorderFolder();
     if (::access((recorder / "sh").c_str(), X_OK) != 0) {
-        throw basics::Failure(basics::Failure::Kind::Surroundings,
-                              "the recorder " + (recorder / "sh").string() + " cannot be run: " +
-                                  std::generic_category().message(errno) + "; check the installation");
+        basics::FailSurroundings("the recorder " + (recorder / "sh").string() +
+                                 " cannot be run: " + basics::ErrorText(errno) + "; check the installation");
     }
     const char* const path = std::getenv("PATH");
     if (path != nullptr) {

@@ -1,26 +1,19 @@
 #include "Redaction.h"
 
 #include "KeyLines.h"
+#include "basics/Words.h"
 
 #include <algorithm>
-#include <array>
-#include <cstdio>
 #include <optional>
 #include <set>
 
 namespace capture {
 namespace {
 
+using basics::InLowerCase;
+using basics::IsAlphanumeric;
+
 constexpr std::size_t kShortest = 4;
-
-bool IsAlphanumeric(char character) {
-    return std::isalnum(static_cast<unsigned char>(character)) != 0;
-}
-
-bool HasDigit(std::string_view text) {
-    return std::any_of(text.begin(), text.end(),
-                       [](unsigned char character) { return std::isdigit(character) != 0; });
-}
 
 bool Contains(std::string_view text, std::string_view part) {
     return text.find(part) != std::string_view::npos;
@@ -69,28 +62,13 @@ bool IsPlaceholder(const std::string& value) {
     return value.size() < kShortest || isOneCharacter || kWords.count(value) > 0;
 }
 
-std::vector<std::string_view> Words(std::string_view text) {
-    constexpr std::string_view kBetween = " \t,;";
-    std::vector<std::string_view> words;
-    while (!text.empty()) {
-        const std::size_t end = std::min(text.find_first_of(kBetween), text.size());
-        if (end > 0) {
-            words.push_back(text.substr(0, end));
-        }
-        text.remove_prefix(std::min(end + 1, text.size()));
-    }
-    return words;
-}
-
 std::size_t AlphanumericLength(std::string_view text) {
     const auto end = std::find_if_not(text.begin(), text.end(), IsAlphanumeric);
     return static_cast<std::size_t>(end - text.begin());
 }
 
 std::string Numbered(const char* word, std::size_t number) {
-    std::array<char, sizeof "serial-18446744073709551615"> text{};
-    std::snprintf(text.data(), text.size(), "%s-%04zu", word, number);
-    return text.data();
+    return word + ("-" + basics::Digits(number, 4));
 }
 
 }  // namespace
@@ -102,9 +80,9 @@ void Redaction::Collect(std::string_view text) {
             return;
         }
         Add(value, kind == Kind::Serial);
-        const std::vector<std::string_view> words = Words(value);
+        const std::vector<std::string_view> words = basics::Words(value, " \t,;");
         for (const std::string_view word : words) {
-            if (words.size() > 1 && HasDigit(word)) {
+            if (words.size() > 1 && std::any_of(word.begin(), word.end(), basics::IsDigit)) {
                 Add(word, kind == Kind::Serial);
             }
         }

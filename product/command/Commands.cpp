@@ -2,6 +2,7 @@
 
 #include "Screen.h"
 #include "ServerInquiry.h"
+#include "basics/Descriptor.h"
 #include "basics/DocumentTarget.h"
 #include "basics/Failure.h"
 #include "basics/SavedFile.h"
@@ -15,7 +16,6 @@
 #include <algorithm>
 #include <new>
 #include <optional>
-#include <string_view>
 
 namespace command {
 namespace {
@@ -170,7 +170,7 @@ int TellUnknownHealth(const std::string& why) noexcept {
         std::replace(text.begin(), text.end(), '|', '/');
         text += '\n';
         // Who cannot be told is not told: the exit status still is.
-        [[maybe_unused]] const ssize_t written = ::write(STDOUT_FILENO, text.data(), text.size());
+        (void)basics::WriteWhole(STDOUT_FILENO, text);
     } catch (const std::bad_alloc&) {
         return inventory::PlugInStatusOf(Level::Unknown);
     }

@@ -1,13 +1,13 @@
 #include "Options.h"
 
 #include "basics/Failure.h"
+#include "basics/Words.h"
 
 #include "qel/portable/CTraceOutput.h"
 
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
-#include <charconv>
 #include <cstdint>
 
 namespace command {
@@ -371,9 +371,7 @@ std::optional<unsigned> ParseTraceLevels(std::string_view text) {
 }
 
 bool IsDriveNumber(std::string_view text) {
-    std::int32_t number = 0;
-    const auto read = std::from_chars(text.data(), text.data() + text.size(), number);
-    return read.ec == std::errc() && read.ptr == text.data() + text.size() && !text.starts_with('-');
+    return basics::NumberFrom<std::int32_t>(text) && !text.starts_with('-');
 }
 
 }  // namespace command

@@ -1,13 +1,10 @@
 #include "Progress.h"
 
 #include "Screen.h"
+#include "basics/Descriptor.h"
 #include "calls/ToolCommand.h"
 
-#include <unistd.h>
-
 #include <algorithm>
-#include <cerrno>
-#include <new>
 
 namespace command {
 namespace {
@@ -94,14 +91,7 @@ void Progress::Draw(const std::string& line) {
     if (rest > 0) {
         text += "\r" + line;
     }
-    std::string_view left = text;
-    while (!left.empty()) {
-        const ssize_t written = ::write(m_Terminal, left.data(), left.size());
-        if (written < 0 && errno != EINTR) {
-            break;  // A terminal that is gone shows no progress.
-        }
-        left.remove_prefix(written < 0 ? 0 : static_cast<std::size_t>(written));
-    }
+    (void)basics::WriteWhole(m_Terminal, text);  // A terminal that is gone shows no progress.
     m_Drawn = line.size();
 }
 

@@ -1,9 +1,10 @@
 #include "Screen.h"
 
+#include "basics/Words.h"
+
 #include <sys/ioctl.h>
 #include <unistd.h>
 
-#include <charconv>
 #include <cstdlib>
 #include <string_view>
 
@@ -16,21 +17,16 @@ std::string_view Environment(const char* name) {
 }
 
 std::size_t ColumnsOfStandardOutput() {
-    const std::string_view wish = Environment("COLUMNS");
-    std::size_t columns = 0;
-    const auto read = std::from_chars(wish.data(), wish.data() + wish.size(), columns);
-    if (read.ec == std::errc() && read.ptr == wish.data() + wish.size() && columns > 0) {
-        return columns;
-    }
-    return ColumnsOf(STDOUT_FILENO);
+    const std::size_t wish = basics::NumberFrom<std::size_t>(Environment("COLUMNS")).value_or(0);
+    return wish > 0 ? wish : ColumnsOf(STDOUT_FILENO);
 }
 
 }  // namespace
 
 std::size_t ColumnsOf(int terminal) noexcept {
-    constexpr std::size_t kUsual = 80;
+    constexpr std::size_t kUsualColumns = 80;
     struct winsize size {};
-    return ::ioctl(terminal, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : kUsual;
+    return ::ioctl(terminal, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : kUsualColumns;
 }
 
 views::TerminalStyle StyleOfStandardOutput() {

@@ -6,7 +6,7 @@
 
 namespace command {
 
-/// Columns of a terminal, by its descriptor; the usual number where it does not tell.
+/// What the terminal says itself; what most have where it says nothing.
 [[nodiscard]] std::size_t ColumnsOf(int terminal) noexcept;
 
 /// How tables are to look on standard output: as wide as the terminal (COLUMNS goes before what it says

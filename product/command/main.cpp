@@ -4,6 +4,7 @@
 #include "ExitStatus.h"
 #include "Options.h"
 #include "ServerInquiry.h"
+#include "basics/Descriptor.h"
 #include "basics/DocumentTarget.h"
 #include "basics/Failure.h"
 #include "basics/Text.h"
@@ -29,20 +30,11 @@
 #include <new>
 #include <optional>
 #include <string>
-#include <system_error>
 
 namespace command {
 namespace {
 
 namespace fs = std::filesystem;
-
-[[noreturn]] void FailSurroundings(const std::string& line) {
-    throw basics::Failure(basics::Failure::Kind::Surroundings, line);
-}
-
-std::string LastSystemError() {
-    return std::generic_category().message(errno);
-}
 
 // A descriptor that the caller closed must not become that of a file opened here. Opened the wrong way round,
 // so that using it fails as it should.
@@ -56,9 +48,8 @@ void OccupyStandardDescriptors() noexcept {
 
 void Say(const std::string& line) noexcept {
     try {
-        const std::string text = "mngsrvraid: " + basics::OneLine(line) + "\n";
         // Who cannot be told is not told: the exit status still is.
-        [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, text.data(), text.size());
+        (void)basics::WriteWhole(STDERR_FILENO, "mngsrvraid: " + basics::OneLine(line) + "\n");
     } catch (const std::bad_alloc&) {
         return;
     }
@@ -68,15 +59,15 @@ void ChooseInstallRoot(const Options& options) {
     if (options.installDir) {
         const std::string root = fs::absolute(*options.installDir).lexically_normal().string();
         if (::setenv("ZORBALT_INSTALL_DIR", root.c_str(), 1) != 0) {
-            FailSurroundings("--install-dir cannot be used: " + LastSystemError());
+            basics::FailSurroundings("--install-dir cannot be used: " + basics::ErrorText(errno));
         }
     }
 }
 
 void StartTrace(const Options& options) {
     if (options.traceFile && !CTraceOutput::OpenFile(*options.traceFile)) {
-        FailSurroundings("the trace file " + *options.traceFile + " cannot be written: " + LastSystemError() +
-                         "; name another file by --trace-file");
+        basics::FailSurroundings("the trace file " + *options.traceFile + " cannot be written: " +
+                                 basics::ErrorText(errno) + "; name another file by --trace-file");
     }
     CTraceOutput::SetLevels(options.traceLevels);
 }

@@ -1,8 +1,8 @@
 #include "inventory/Health.h"
 
+#include "basics/Words.h"
+
 #include <algorithm>
-#include <array>
-#include <cctype>
 #include <utility>
 
 namespace inventory {
@@ -42,11 +42,7 @@ constexpr Rule kSmartRules[] = {
 
 // Without the locale, in which some letters have no other case.
 bool IsSameWord(std::string_view one, std::string_view other) {
-    const auto upper = [](char letter) {
-        return 'a' <= letter && letter <= 'z' ? static_cast<char>(letter - 'a' + 'A') : letter;
-    };
-    return std::equal(one.begin(), one.end(), other.begin(), other.end(),
-                      [&](char left, char right) { return upper(left) == upper(right); });
+    return basics::InLowerCase(one) == basics::InLowerCase(other);
 }
 
 template <typename Rules>
@@ -112,19 +108,19 @@ std::string Reason(const std::string& state, Level level) {
 }
 
 std::string WhatOf(const Drive& drive) {
-    std::string what;
-    const auto add = [&what](const std::string& text) { what += (what.empty() ? "" : ", ") + text; };
+    std::vector<std::string> what;
     if (const Level level = StatusLevel(drive); level != Level::Ok) {
-        add(Reason(StatusOf(drive), level));
+        what.push_back(Reason(StatusOf(drive), level));
     }
     if (const Level level = PredictionLevel(drive); level != Level::Ok) {
-        add(level == Level::Warning ? "failure predicted (" + drive.predictiveFailures + ")"
-                                    : "predictive failure count \"" + drive.predictiveFailures + '"');
+        what.push_back(level == Level::Warning
+                           ? "failure predicted (" + drive.predictiveFailures + ")"
+                           : "predictive failure count \"" + drive.predictiveFailures + '"');
     }
     if (SmartLevel(drive) != Level::Ok) {
-        add("SMART status " + SmartStatusOf(drive));
+        what.push_back("SMART status " + SmartStatusOf(drive));
     }
-    return what;
+    return basics::Joined(what);
 }
 
 std::string WhatOf(const Controller& controller, const Group& group, const LogicalDrive& drive) {

@@ -1,5 +1,7 @@
 #include "inventory/Server.h"
 
+#include "basics/Words.h"
+
 #include <algorithm>
 #include <iterator>
 #include <unordered_map>
@@ -132,9 +134,7 @@ Drive DriveFrom(const Item& root) {
     }
     drive.membership = general("LD No.");
     drive.statuses = ValuesIn(root, kGeneral, "PD Status");
-    for (const std::string& detail : ValuesIn(root, kGeneral, "PD Status(Detail)")) {
-        drive.detail += (drive.detail.empty() ? "" : ", ") + detail;
-    }
+    drive.detail = basics::Joined(ValuesIn(root, kGeneral, "PD Status(Detail)"));
     drive.enclosure = place("Enclosure No.");
     drive.slot = place("Slot No.");
     drive.position = place("Enclosure Position");
@@ -248,6 +248,11 @@ const Drive* DriveOf(const Controller& controller, const Member& member) {
 
 std::string StatusOf(const Drive& drive) {
     return drive.detail.empty() && !drive.statuses.empty() ? drive.statuses.front() : drive.detail;
+}
+
+std::string TypeOf(const Drive& drive) {
+    const bool isPair = !drive.interfaceType.empty() && !drive.media.empty();
+    return drive.interfaceType + (isPair ? " " : "") + drive.media;
 }
 
 std::string RoleOf(const Drive& drive) {

@@ -1,12 +1,15 @@
 #include "recorder/RunFile.h"
 
+#include "basics/Descriptor.h"
+#include "basics/Failure.h"
+#include "basics/Words.h"
+
 #include <fcntl.h>
 #include <stdio.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <fstream>
 #include <iterator>
@@ -17,6 +20,8 @@ namespace recorder {
 namespace {
 
 namespace fs = std::filesystem;
+using basics::Descriptor;
+using basics::WriteWhole;
 
 constexpr std::string_view kFirstLine = "run 1\n";
 constexpr const char* kRunEnding = ".run";
@@ -24,18 +29,7 @@ constexpr const char* kNoteEnding = ".note";
 constexpr mode_t kPrivate = 0600;
 
 std::string LastError(const std::string& what) {
-    return what + ": " + std::generic_category().message(errno);
-}
-
-bool WriteWhole(int file, std::string_view text) noexcept {
-    while (!text.empty()) {
-        const ssize_t written = ::write(file, text.data(), text.size());
-        if (written < 0 && errno != EINTR) {
-            return false;
-        }
-        text.remove_prefix(written < 0 ? 0 : static_cast<std::size_t>(written));
-    }
-    return true;
+    return what + ": " + basics::ErrorText(errno);
 }
 
 bool CopyWhole(int from, int to) {
@@ -49,15 +43,15 @@ bool CopyWhole(int from, int to) {
         if (count <= 0) {
             return count == 0;
         }
-        if (!WriteWhole(to, std::string_view(chunk).substr(0, static_cast<std::size_t>(count)))) {
+        if (WriteWhole(to, std::string_view(chunk).substr(0, static_cast<std::size_t>(count))) != 0) {
             return false;
         }
     }
 }
 
 // A description of its own of the same file, so that the position of the other is left alone.
-int OpenAgain(int descriptor) {
-    return ::open(("/proc/self/fd/" + std::to_string(descriptor)).c_str(), O_RDONLY | O_CLOEXEC);
+Descriptor OpenAgain(int descriptor) {
+    return Descriptor(::open(("/proc/self/fd/" + std::to_string(descriptor)).c_str(), O_RDONLY | O_CLOEXEC));
 }
 
 std::string WriteRun(const fs::path& file, const std::string& header, int output) {
@@ -65,26 +59,18 @@ std::string WriteRun(const fs::path& file, const std::string& header, int output
     if (::fstat(output, &status) != 0 || !S_ISREG(status.st_mode)) {
         return "the output is no file";
     }
-    const int from = OpenAgain(output);
-    if (from < 0) {
+    const Descriptor from = OpenAgain(output);
+    if (!from.IsOpen()) {
         return LastError("the output cannot be read");
     }
-    std::string failure;
-    const int to = ::open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, kPrivate);
-    if (to < 0 || !WriteWhole(to, header) || !CopyWhole(from, to)) {
-        failure = LastError("the record cannot be written");
-    }
-    ::close(from);
-    if (to >= 0 && ::close(to) != 0 && failure.empty()) {
-        failure = LastError("the record cannot be written");
-    }
-    return failure;
+    Descriptor to(::open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, kPrivate));
+    const bool isWritten = to.IsOpen() && WriteWhole(to.Number(), header) == 0 &&
+                           CopyWhole(from.Number(), to.Number()) && to.Close();
+    return isWritten ? "" : LastError("the record cannot be written");
 }
 
 fs::path NumberedFile(const fs::path& folder, unsigned number) {
-    std::array<char, sizeof "4294967295"> digits{};
-    std::snprintf(digits.data(), digits.size(), "%08u", number);
-    return folder / (digits.data() + std::string(kRunEnding));
+    return folder / (basics::Digits(number, 8) + kRunEnding);
 }
 
 std::string GiveNextName(const fs::path& file, const fs::path& folder) {

@@ -9,16 +9,15 @@
 // file that is standard output, and the recorder ends just as the shell did. Where that cannot be kept, a
 // note in the folder says so and the run is as it is.
 
+#include "basics/Signal.h"
 #include "recorder/RunFile.h"
 
 #include <signal.h>
 #include <sys/prctl.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <cstdlib>
 #include <exception>
 #include <optional>
@@ -168,16 +167,7 @@ class RecordedRun final {
     if (WIFEXITED(status)) {
         ::_exit(WEXITSTATUS(status));
     }
-    const rlimit noCore{};
-    ::setrlimit(RLIMIT_CORE, &noCore);
-    const int signal = WTERMSIG(status);
-    ::signal(signal, SIG_DFL);
-    sigset_t only;
-    ::sigemptyset(&only);
-    ::sigaddset(&only, signal);
-    ::kill(::getpid(), signal);
-    ::sigprocmask(SIG_UNBLOCK, &only, nullptr);
-    ::_exit(kNotStarted);
+    basics::DieBy(WTERMSIG(status));
 }
 
 [[noreturn]] void Record(const std::string& folder, const std::string& shell, char** words) {

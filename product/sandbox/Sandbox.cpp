@@ -1,6 +1,7 @@
 #include "sandbox/Sandbox.h"
 
 #include "basics/Descriptor.h"
+#include "basics/Failure.h"
 
 #include <fcntl.h>
 #include <linux/capability.h>
@@ -13,7 +14,6 @@
 #include <array>
 #include <cerrno>
 #include <string>
-#include <string_view>
 #include <system_error>
 #include <utility>
 
@@ -21,6 +21,7 @@ namespace sandbox {
 namespace {
 
 namespace fs = std::filesystem;
+using basics::ErrorText;
 
 const fs::path kToolDirectory = "/opt/zorbalt/vdk";
 const fs::path kScenario = kToolDirectory / "scenario";
@@ -33,10 +34,6 @@ constexpr const char* kRemedy =
 
 // Only where UseScenario would otherwise change the real tool's directory.
 bool g_hasScenario = false;
-
-std::string ErrorText(int error) {
-    return std::generic_category().message(error);
-}
 
 [[noreturn]] void FailKernel(const std::string& what, int error) {
     const bool isRefusal =

@@ -2,12 +2,12 @@
 
 #include "NearestName.h"
 #include "basics/Failure.h"
+#include "basics/Words.h"
 
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
-#include <string_view>
 #include <system_error>
 
 namespace scenario {
@@ -19,17 +19,9 @@ bool IsScenarioFile(const fs::path& file) {
     return file.extension() == ".txt" || file.extension() == ".do" || file.filename() == "server.conf";
 }
 
-std::string Joined(const std::vector<std::string>& names) {
-    std::string text;
-    for (const std::string& name : names) {
-        text += (text.empty() ? "" : ", ") + name;
-    }
-    return text.empty() ? "none" : text;
-}
-
 [[noreturn]] void Fail(const std::string& what, const fs::path& shipped) {
-    throw basics::Failure(basics::Failure::Kind::Surroundings,
-                          what + "; shipped scenarios: " + Joined(ScenarioNames(shipped)));
+    const std::string names = basics::Joined(ScenarioNames(shipped));
+    basics::FailSurroundings(what + "; shipped scenarios: " + (names.empty() ? "none" : names));
 }
 
 [[noreturn]] void FailToFind(const std::string& name, const fs::path& shipped) {
@@ -37,8 +29,7 @@ std::string Joined(const std::vector<std::string>& names) {
     if (nearest.empty()) {
         Fail("there is no scenario " + name, shipped);
     }
-    throw basics::Failure(basics::Failure::Kind::Surroundings,
-                          "there is no scenario " + name + "; did you mean " + nearest + "?");
+    basics::FailSurroundings("there is no scenario " + name + "; did you mean " + nearest + "?");
 }
 
 bool IsScenario(const fs::path& folder) {
@@ -68,7 +59,7 @@ fs::path FindScenario(const std::string& name, const fs::path& shipped) {
         }
     }
     if (::access(folder.c_str(), R_OK | X_OK) != 0) {
-        Fail("the scenario " + name + " cannot be read: " + std::generic_category().message(errno), shipped);
+        Fail("the scenario " + name + " cannot be read: " + basics::ErrorText(errno), shipped);
     }
     if (fs::exists(folder / kIncompleteMark, error)) {
         Fail(name +

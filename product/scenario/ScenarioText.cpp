@@ -1,5 +1,8 @@
 #include "scenario/ScenarioText.h"
 
+#include "basics/Signal.h"
+#include "basics/Words.h"
+
 #include <string.h>
 #include <sys/wait.h>
 
@@ -8,8 +11,6 @@
 namespace scenario {
 namespace {
 
-constexpr int kShellsSignalBase = 128;
-
 bool IsGood(int status) {
     return status == 0;
 }
@@ -17,7 +18,7 @@ bool IsGood(int status) {
 // What a shell that waits would have said.
 int ExitStatusLike(int status) {
     if (WIFSIGNALED(status)) {
-        return kShellsSignalBase + WTERMSIG(status);
+        return basics::kSignalStatusBase + WTERMSIG(status);
     }
     return WIFEXITED(status) ? WEXITSTATUS(status) : 1;
 }
@@ -40,8 +41,6 @@ std::string ScenarioStem(std::string_view arguments) {
     std::string stem;
     bool isWordStart = true;
     for (const char character : arguments) {
-        const bool isPlain = (character >= 'a' && character <= 'z') ||
-                             (character >= 'A' && character <= 'Z') || (character >= '0' && character <= '9');
         if (character == ' ') {
             isWordStart = true;
             continue;
@@ -53,7 +52,9 @@ std::string ScenarioStem(std::string_view arguments) {
             stem += '_';
         }
         isWordStart = false;
-        stem += character == ':' ? '.' : (isPlain || character == '-') ? character : '_';
+        stem += character == ':'                                          ? '.'
+                : (basics::IsAlphanumeric(character) || character == '-') ? character
+                                                                          : '_';
     }
     return stem;
 }

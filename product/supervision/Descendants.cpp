@@ -1,16 +1,16 @@
 #include "supervision/Descendants.h"
 
+#include "basics/Words.h"
+
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
-#include <charconv>
 #include <chrono>
 #include <filesystem>
 #include <fstream>
-#include <optional>
 #include <sstream>
 #include <string>
 #include <system_error>
@@ -25,13 +25,6 @@ using std::chrono::steady_clock;
 constexpr std::chrono::seconds kTimeToEnd{1};
 constexpr std::chrono::seconds kTimeToBeKilled{5};
 constexpr std::chrono::milliseconds kLook{10};
-
-std::optional<pid_t> ProcessNumber(const std::string& name) {
-    pid_t number = 0;
-    const char* const end = name.data() + name.size();
-    const auto read = std::from_chars(name.data(), end, number);
-    return read.ec == std::errc() && read.ptr == end ? std::optional(number) : std::nullopt;
-}
 
 // From "4711 (a name) S 4710 ...": the name may hold anything, so what follows counts from its last bracket.
 pid_t ParentOf(const fs::path& process) {
@@ -61,7 +54,7 @@ std::vector<pid_t> Children() {
     std::vector<pid_t> children;
     std::error_code error;
     for (fs::directory_iterator at("/proc", error), end; !error && at != end; at.increment(error)) {
-        const auto process = ProcessNumber(at->path().filename().string());
+        const auto process = basics::NumberFrom<pid_t>(at->path().filename().string());
         if (process && ParentOf(at->path()) == ::getpid()) {
             children.push_back(*process);
         }

@@ -1,23 +1,22 @@
 #include "supervision/Supervisor.h"
 
+#include "basics/Descriptor.h"
 #include "basics/Failure.h"
+#include "basics/Signal.h"
+#include "basics/Words.h"
 #include "supervision/Descendants.h"
 
 #include <signal.h>
 #include <stdlib.h>
 #include <sys/prctl.h>
-#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <chrono>
-#include <cstdio>
 #include <filesystem>
 #include <optional>
-#include <string_view>
 #include <system_error>
 
 namespace supervision {
@@ -28,7 +27,6 @@ using std::chrono::steady_clock;
 
 // Enough for a document to be safe on a slow disk.
 constexpr std::chrono::seconds kTimeToPutOff{5};
-constexpr int kShellsSignalBase = 128;
 
 bool IsIgnored(int signal) noexcept {
     struct sigaction action {};
@@ -82,39 +80,24 @@ std::string MakePrivateFolder(const char* name) {
     std::error_code error;
     std::string path = (fs::temp_directory_path(error) / name).string() + ".XXXXXX";
     if (error || ::mkdtemp(path.data()) == nullptr) {
-        throw basics::Failure(
-            basics::Failure::Kind::Surroundings,
-            "a folder for temporary files cannot be made: " +
-                (error ? error : std::error_code(errno, std::generic_category())).message() +
-                "; name a directory that can be written by the variable TMPDIR");
+        basics::FailSurroundings("a folder for temporary files cannot be made: " +
+                                 (error ? error : std::error_code(errno, std::generic_category())).message() +
+                                 "; name a directory that can be written by the variable TMPDIR");
     }
     return path;
 }
 
 // What is left of a run is in a file "00001a2b_00000005_MngSrvRaid.txt", named after the worker's thread.
 void RemoveResultFiles(const std::string& directory, pid_t worker) {
-    std::array<char, sizeof "0000000000000000_"> prefix{};
-    std::snprintf(prefix.data(), prefix.size(), "%08lx_", static_cast<unsigned long>(worker));
+    const std::string prefix = basics::Digits(static_cast<std::size_t>(worker), 8, 16) + "_";
     std::error_code error;
     for (fs::directory_iterator at(directory, error), end; !error && at != end; at.increment(error)) {
         const std::string name = at->path().filename().string();
-        if (name.starts_with(prefix.data()) && name.ends_with("_MngSrvRaid.txt")) {
+        if (name.starts_with(prefix) && name.ends_with("_MngSrvRaid.txt")) {
             std::error_code ignored;  // Somebody else may have removed it.
             fs::remove(at->path(), ignored);
         }
     }
-}
-
-[[noreturn]] void DieBy(int signal) noexcept {
-    const rlimit noCore{};  // The worker has left one if anybody wants it.
-    ::setrlimit(RLIMIT_CORE, &noCore);
-    ::signal(signal, SIG_DFL);
-    sigset_t only;
-    ::sigemptyset(&only);
-    ::sigaddset(&only, signal);
-    ::kill(::getpid(), signal);
-    ::sigprocmask(SIG_UNBLOCK, &only, nullptr);
-    ::_exit(kShellsSignalBase + signal);  // The first process of a container does not die by a signal.
 }
 
 /// The parent's part.
@@ -188,7 +171,7 @@ class Parent final {
         if (!isCrash || signal != SIGPIPE) {  // Whoever closed a pipe wants to hear no more.
             Say(words);
         }
-        DieBy(signal);
+        basics::DieBy(signal);
     }
 
     void RemoveFolder() const {
@@ -202,7 +185,7 @@ class Parent final {
         std::string line = m_IsOnFreshLine ? "" : "\n";
         line.append(m_Supervision.program).append(": ").append(words).append("\n");
         m_IsOnFreshLine = true;
-        [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, line.data(), line.size());
+        (void)basics::WriteWhole(STDERR_FILENO, line);
     }
 
     const Supervision& m_Supervision;
@@ -252,9 +235,8 @@ std::string Supervise(const Supervision& supervision) {
         std::error_code ignored;
         fs::remove_all(folder, ignored);
         signals.GiveBack();
-        throw basics::Failure(basics::Failure::Kind::Surroundings,
-                              "no process can be made: " + std::generic_category().message(error) +
-                                  "; see the limits of processes (ulimit -u) and of memory");
+        basics::FailSurroundings("no process can be made: " + basics::ErrorText(error) +
+                                 "; see the limits of processes (ulimit -u) and of memory");
     }
     BecomeWorker(signals, parent);
     return folder;

@@ -1,6 +1,7 @@
 #include "Grid.h"
 
 #include "basics/Text.h"
+#include "basics/Words.h"
 
 #include <algorithm>
 #include <utility>
@@ -98,13 +99,13 @@ std::size_t Grid::WidestToShorten(const std::vector<std::size_t>& widths) const 
 
 std::string Grid::NotShown(const std::vector<std::size_t>& texts,
                            const std::vector<std::size_t>& widths) const {
-    std::string titles;
+    std::vector<std::string> titles;
     for (std::size_t column = 0; column < m_Columns.size(); ++column) {
         if (texts[column] > 0 && widths[column] == 0) {
-            titles += (titles.empty() ? "" : ", ") + m_Columns[column].title;
+            titles.push_back(m_Columns[column].title);
         }
     }
-    return titles;
+    return basics::Joined(titles);
 }
 
 std::string Grid::Text(const TerminalStyle& style, std::size_t indentation) const {

@@ -1,23 +1,30 @@
 #include "HtmlParts.h"
-#include "Time.h"
+#include "basics/Time.h"
 #include "views/Views.h"
 
 namespace views {
 namespace {
 
+using html::Element;
 using inventory::Controller;
 using inventory::Level;
 
 // Where there are more controllers, those that are well are closed, and of the others all but the drawing.
 constexpr std::size_t kMaxOpenControllers = 4;
 
+// A browser takes a style sheet as it is, whatever would have to be escaped in XML: it stands beside the
+// markup.
+constexpr const char* kBegin = R"html(<!DOCTYPE html>
+<html lang="en" xmlns="http://www.w3.org/1999/xhtml"><head><meta charset="utf-8"/>
+<meta name="viewport" content="width=device-width, initial-scale=1"/>
+<meta name="color-scheme" content="light dark"/>
+)html";
+
 /// A part of a controller that can be closed, with its heading.
-template <typename Work>
-void AddClosable(std::string_view title, bool isOpen, Markup& page, Work work) {
-    page.In("details", {{"open", isOpen ? "open" : ""}}, [&] {
-        page.In("summary", {}, [&] { page.Element("h3", title); });
-        work();
-    });
+Element AddClosable(std::string_view title, bool isOpen, Element page) {
+    Element details = page.Add("details", {{"open", isOpen ? "open" : ""}});
+    details.Add("summary").Add("h3", title);
+    return details;
 }
 
 std::string TitleOf(const Controller& controller) {
@@ -34,121 +41,111 @@ std::string CountsOf(const Controller& controller) {
     return counts.drives == 0 && counts.groups == 0 ? "no drive" : Describe(counts);
 }
 
-void AddFact(std::string_view name, const std::string& value, Markup& page) {
+void AddFact(std::string_view name, const std::string& value, Element facts) {
     if (!value.empty()) {
-        page.In("div", {}, [&] { page.Element("dt", name).Element("dd", value); });
+        facts.Add("div").Add("dt", name).Add("dd", value);
     }
 }
 
-void AddFacts(const Controller& controller, Markup& page) {
+void AddFacts(const Controller& controller, Element page) {
     if (controller.item == nullptr) {
         return;
     }
-    page.In("dl", {}, [&] {
-        AddFact("Status", controller.status, page);
-        AddFact("Product", controller.product, page);
-        AddFact("Serial number", controller.serial, page);
-        AddFact("Firmware", controller.firmware, page);
-        for (const inventory::BackupUnit& unit : controller.backupUnits) {
-            page.In("div", {{"class", html::ClassOf(LevelOf(unit))}}, [&] {
-                page.Element("dt", unit.name);
-                page.In("dd", {}, [&] {
-                    html::AddSign(LevelOf(unit), page);
-                    page.Own(" ").Text(unit.status.empty() ? unit.presence : unit.status);
-                    page.Text(unit.replacement == "Yes" ? ", replacement required" : "");
-                });
-            });
-        }
-    });
+    Element facts = page.Add("dl");
+    AddFact("Status", controller.status, facts);
+    AddFact("Product", controller.product, facts);
+    AddFact("Serial number", controller.serial, facts);
+    AddFact("Firmware", controller.firmware, facts);
+    for (const inventory::BackupUnit& unit : controller.backupUnits) {
+        Element fact = facts.Add("div", {{"class", html::ClassOf(LevelOf(unit))}}).Add("dt", unit.name);
+        Element value = fact.Add("dd");
+        html::AddSign(LevelOf(unit), value);
+        value.Text(" ").Text(unit.status.empty() ? unit.presence : unit.status);
+        value.Text(unit.replacement == "Yes" ? ", replacement required" : "");
+    }
 }
 
 void AddController(const Controller& controller, bool isBrief, const html::DrivePlaces& places,
-                   Markup& page) {
+                   Element page) {
     const Level level = OverallLevelOf(controller);
     const bool isOpen = !isBrief || level != Level::Ok;
-    page.In("details", {{"class", "controller"}, {"open", isOpen ? "open" : ""}}, [&] {
-        page.In("summary", {{"class", html::ClassOf(level)}}, [&] {
-            html::AddSign(level, page);
-            page.Element("h2", TitleOf(controller));
-            page.In("span", {{"class", "note"}}, [&] {
-                page.Text(controller.product).Text(controller.product.empty() ? "" : ", ");
-                page.Text(CountsOf(controller));
-            });
-        });
-        AddFacts(controller, page);
-        if (!controller.drives.empty()) {
-            page.Element("h3", "Enclosures");
-            html::AddEnclosures(controller, places, page);
-        }
-        if (!controller.groups.empty()) {
-            AddClosable("Groups", !isBrief, page, [&] { html::AddGroups(controller, places, page); });
-        }
-        if (!controller.drives.empty()) {
-            AddClosable("Drives", !isBrief, page, [&] { html::AddDrives(controller, places, page); });
-        }
-        html::AddSmart(controller, page);
-    });
+    Element details = page.Add("details", {{"class", "controller"}, {"open", isOpen ? "open" : ""}});
+    Element summary = details.Add("summary", {{"class", html::ClassOf(level)}});
+    html::AddSign(level, summary);
+    Element note = summary.Add("h2", TitleOf(controller)).Add("span", {{"class", "note"}});
+    note.Text(controller.product).Text(controller.product.empty() ? "" : ", ").Text(CountsOf(controller));
+    AddFacts(controller, details);
+    if (!controller.drives.empty()) {
+        details.Add("h3", "Enclosures");
+        html::AddEnclosures(controller, places, details);
+    }
+    if (!controller.groups.empty()) {
+        html::AddGroups(controller, places, AddClosable("Groups", !isBrief, details));
+    }
+    if (!controller.drives.empty()) {
+        html::AddDrives(controller, places, AddClosable("Drives", !isBrief, details));
+    }
+    html::AddSmart(controller, details);
 }
 
-void AddTime(const inventory::Snapshot& snapshot, Markup& page) {
+void AddTime(const inventory::Snapshot& snapshot, Element page) {
     if (!snapshot.takenAt) {
-        page.Own("From a saved document");
+        page.Text("From a saved document");
         return;
     }
-    const std::string time = UtcText(*snapshot.takenAt);
-    page.Own("Taken on ");
-    page.Element("time", time.substr(0, 10) + " at " + time.substr(11, 8) + " UTC", {{"datetime", time}});
+    const std::string shown = basics::UtcText(*snapshot.takenAt, "%Y-%m-%d at %H:%M:%S UTC");
+    page.Text("Taken on ");
+    page.Add("time", shown, {{"datetime", basics::UtcText(*snapshot.takenAt)}});
 }
 
-void AddRollUp(const inventory::Snapshot& snapshot, const inventory::Health& health, Markup& page) {
-    page.In("header", {}, [&] {
-        page.Element("h1", "RAID report");
-        page.In("div", {{"class", "rollup " + std::string(html::ClassOf(health.level))}}, [&] {
-            html::AddSign(health.level, page);
-            page.In("p", {}, [&] {
-                page.Element("b", NameOf(health.level), {{"aria-hidden", "true"}}).Own(" ");
-                page.Element("span", Headline(health));
-            });
-        });
-        page.In("p", {{"class", "note"}}, [&] { AddTime(snapshot, page); });
-    });
+void AddRollUp(const inventory::Snapshot& snapshot, const inventory::Health& health, Element page) {
+    Element header = page.Add("header").Add("h1", "RAID report");
+    Element rollUp = header.Add("div", {{"class", "rollup " + std::string(html::ClassOf(health.level))}});
+    html::AddSign(health.level, rollUp);
+    Element words = rollUp.Add("p");
+    words.Add("b", NameOf(health.level), {{"aria-hidden", "true"}}).Text(" ").Add("span", Headline(health));
+    AddTime(snapshot, header.Add("p", {{"class", "note"}}));
 }
 
-void AddBody(const inventory::Snapshot& snapshot, const inventory::Health& health, Markup& page) {
+void AddBody(const inventory::Snapshot& snapshot, const inventory::Health& health, Element page) {
     const std::vector<Controller>& controllers = snapshot.TheServer().controllers;
     const html::DrivePlaces places(snapshot.TheServer(), health);
     AddRollUp(snapshot, health, page);
-    page.In("main", {}, [&] {
-        if (!health.findings.empty()) {
-            html::AddFindings(health, places, page);
-        }
-        if (controllers.empty()) {
-            page.Element("p", "The server told of no controller and no drive.");
-        }
-        for (const Controller& controller : controllers) {
-            AddController(controller, controllers.size() > kMaxOpenControllers, places, page);
-        }
-    });
+    Element main = page.Add("main");
+    if (!health.findings.empty()) {
+        html::AddFindings(health, places, main);
+    }
+    if (controllers.empty()) {
+        main.Add("p", "The server told of no controller and no drive.");
+    }
+    for (const Controller& controller : controllers) {
+        AddController(controller, controllers.size() > kMaxOpenControllers, places, main);
+    }
 }
+
+/// Takes what the library writes. A stream would keep to itself that there is no memory left.
+struct Writer final : pugi::xml_writer {
+    void write(const void* data, std::size_t size) override {
+        text.append(static_cast<const char*>(data), size);
+    }
+    std::string text;
+};
 
 }  // namespace
 
 std::string Html(const inventory::Snapshot& snapshot) {
+    constexpr unsigned kAsItIs = pugi::format_raw | pugi::format_no_declaration;
     const inventory::Health health = snapshot.Judge();
-    Markup page;
-    page.Own("<!DOCTYPE html>\n");
-    page.In("html", {{"lang", "en"}, {"xmlns", "http://www.w3.org/1999/xhtml"}}, [&] {
-        page.In("head", {}, [&] {
-            page.Own(
-                "<meta charset=\"utf-8\"/>\n"
-                "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\"/>\n"
-                "<meta name=\"color-scheme\" content=\"light dark\"/>\n");
-            page.Element("title", "RAID " + std::string(NameOf(health.level)) + ": " + Headline(health));
-            page.In("style", {}, [&] { page.Own(html::StyleSheet()); });
-        });
-        page.In("body", {}, [&] { AddBody(snapshot, health, page); });
-    });
-    return page.Take();
+    pugi::xml_document title;
+    pugi::xml_document body;
+    Element(title).Add("title", "RAID " + std::string(NameOf(health.level)) + ": " + Headline(health));
+    AddBody(snapshot, health, Element(body).Add("body"));
+    Writer page;
+    page.text = kBegin;
+    title.save(page, "", kAsItIs);
+    page.text.append("<style>").append(html::StyleSheet()).append("</style>\n</head>\n");
+    body.save(page, "", kAsItIs);
+    return page.text + "</html>\n";
 }
 
 }  // namespace views

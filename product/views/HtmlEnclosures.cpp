@@ -1,8 +1,8 @@
 #include "HtmlParts.h"
 #include "basics/Text.h"
+#include "basics/Words.h"
 
 #include <algorithm>
-#include <charconv>
 #include <optional>
 #include <vector>
 
@@ -26,13 +26,6 @@ struct Enclosure {
     std::vector<Slot> unknown;  ///< without a number
 };
 
-std::optional<unsigned> NumberOf(const std::string& slot) {
-    unsigned number = 0;
-    const auto [end, error] = std::from_chars(slot.data(), slot.data() + slot.size(), number);
-    const bool isWhole = error == std::errc() && end == slot.data() + slot.size();
-    return isWhole ? std::optional(number) : std::nullopt;
-}
-
 /// In the order in which the document first names them.
 std::vector<Enclosure> EnclosuresOf(const Controller& controller) {
     std::vector<Enclosure> enclosures;
@@ -43,7 +36,7 @@ std::vector<Enclosure> EnclosuresOf(const Controller& controller) {
             enclosures.push_back({drive.enclosure, {}, {}});
         }
         Enclosure& enclosure = enclosures[place->second];
-        const Slot slot{NumberOf(drive.slot), &drive};
+        const Slot slot{basics::NumberFrom<unsigned>(drive.slot), &drive};
         (slot.number ? enclosure.known : enclosure.unknown).push_back(slot);
     }
     for (Enclosure& enclosure : enclosures) {
@@ -82,84 +75,81 @@ std::string LabelOf(const Enclosure& enclosure) {
 /// Draws one controller's enclosures.
 class Drawing final {
   public:
-    Drawing(const Controller& controller, const DrivePlaces& places, Markup& page)
+    Drawing(const Controller& controller, const DrivePlaces& places, Element page)
         : m_Controller(controller), m_Places(places), m_Page(page) {}
 
     void Add(const Enclosure& enclosure) {
-        m_Page.Element("h4", TitleOf(enclosure));
+        const std::string label = LabelOf(enclosure);
+        m_Page.Add("h4", TitleOf(enclosure));
         if (!enclosure.known.empty()) {
-            m_Page.In("ol", {{"class", "slots"}, {"aria-label", LabelOf(enclosure)}},
-                      [&] { AddKnown(enclosure.known); });
+            AddKnown(enclosure.known, m_Page.Add("ol", {{"class", "slots"}, {"aria-label", label}}));
         }
         if (!enclosure.unknown.empty()) {
-            m_Page.Element("p", "In a slot that is not told:", {{"class", "note"}});
-            m_Page.In("ul", {{"class", "slots"}, {"aria-label", LabelOf(enclosure)}}, [&] {
-                for (const Slot& slot : enclosure.unknown) {
-                    AddDrive(slot);
-                }
-            });
+            m_Page.Add("p", "In a slot that is not told:", {{"class", "note"}});
+            Element list = m_Page.Add("ul", {{"class", "slots"}, {"aria-label", label}});
+            for (const Slot& slot : enclosure.unknown) {
+                AddDrive(slot, list);
+            }
         }
     }
 
   private:
-    void AddKnown(const std::vector<Slot>& slots) {
+    void AddKnown(const std::vector<Slot>& slots, Element list) {
         unsigned next = *slots.front().number;
         for (const Slot& slot : slots) {
-            AddGap(next, *slot.number);
-            AddDrive(slot);
+            AddGap(next, *slot.number, list);
+            AddDrive(slot, list);
             next = *slot.number + 1;
         }
     }
 
     // Two drives in one slot leave `next` behind the second; that is no gap.
-    void AddGap(unsigned first, unsigned end) {
+    static void AddGap(unsigned first, unsigned end, Element list) {
         if (first >= end) {
             return;
         }
         if (end - first > kMaxDrawnGap) {
-            AddEmpty(std::to_string(first) + "\xE2\x80\x93" + std::to_string(end - 1), "slot empty wide");
+            AddEmpty(std::to_string(first) + "\xE2\x80\x93" + std::to_string(end - 1), "slot empty wide",
+                     list);
             return;
         }
         for (unsigned number = first; number < end; ++number) {
-            AddEmpty(std::to_string(number), "slot empty");
+            AddEmpty(std::to_string(number), "slot empty", list);
         }
     }
 
-    void AddEmpty(const std::string& numbers, std::string_view look) {
-        m_Page.In("li", {{"class", look}}, [&] {
-            AddNumber(numbers);
-            m_Page.Element("span", "empty", {{"class", "state"}});
-        });
+    static void AddEmpty(const std::string& numbers, std::string_view look, Element list) {
+        Element box = list.Add("li", {{"class", look}});
+        AddNumber(numbers, box);
+        box.Add("span", "empty", {{"class", "state"}});
     }
 
-    void AddNumber(const std::string& number) {
-        m_Page.In("span", {{"class", "no"}}, [&] {
-            m_Page.Element("span", "slot ", {{"class", "aside"}}).Text(number).Own(" ");
-        });
+    static void AddNumber(const std::string& number, Element box) {
+        Element span = box.Add("span", {{"class", "no"}});
+        span.Add("span", "slot ", {{"class", "aside"}}).Text(number).Text(" ");
     }
 
-    void AddDrive(const Slot& slot) {
+    void AddDrive(const Slot& slot, Element list) {
         const Drive& drive = *slot.drive;
         const inventory::Level level = LevelOf(drive);
         const std::string look = "slot " + std::string(ClassOf(level));
         const std::string state = ShortStateOf(drive, m_Places.StateOf(m_Controller, drive));
-        m_Page.In("li", {{"class", look}, {"id", m_Places.AnchorOf(m_Controller, drive)}}, [&] {
-            AddNumber(slot.number ? std::to_string(*slot.number) : "");
-            AddSign(level, m_Page);
-            m_Page.Element("b", drive.number.empty() ? "drive" : drive.number).Own(" ");
-            m_Page.Element("span", drive.capacity, {{"class", "size"}}).Own(" ");
-            m_Page.Element("span", state.empty() ? "not told" : state, {{"class", "state"}});
-        });
+        Element box = list.Add("li", {{"class", look}, {"id", m_Places.AnchorOf(m_Controller, drive)}});
+        AddNumber(slot.number ? std::to_string(*slot.number) : "", box);
+        AddSign(level, box);
+        box.Add("b", drive.number.empty() ? "drive" : drive.number).Text(" ");
+        box.Add("span", drive.capacity, {{"class", "size"}}).Text(" ");
+        box.Add("span", state.empty() ? "not told" : state, {{"class", "state"}});
     }
 
     const Controller& m_Controller;
     const DrivePlaces& m_Places;
-    Markup& m_Page;
+    Element m_Page;
 };
 
 }  // namespace
 
-void AddEnclosures(const Controller& controller, const DrivePlaces& places, Markup& page) {
+void AddEnclosures(const Controller& controller, const DrivePlaces& places, Element page) {
     Drawing drawing(controller, places, page);
     for (const Enclosure& enclosure : EnclosuresOf(controller)) {
         drawing.Add(enclosure);

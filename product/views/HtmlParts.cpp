@@ -27,18 +27,17 @@ std::string ValueAt(const std::unordered_map<std::string, std::string>& values, 
 }
 
 struct LevelLook {
-    std::string_view name;
-    std::string_view sign;
+    std::string_view name, sign;
 };
 
 LevelLook LookOf(inventory::Level level) {
     switch (level) {
         case inventory::Level::Ok:
-            return {"ok", "&#x2713;"};
+            return {"ok", "\xE2\x9C\x93"};
         case inventory::Level::Warning:
             return {"warning", "!"};
         case inventory::Level::Critical:
-            return {"critical", "&#xD7;"};
+            return {"critical", "\xC3\x97"};
         case inventory::Level::Unknown:
             break;
     }
@@ -80,20 +79,17 @@ std::string DrivePlaces::StateOf(const inventory::Controller& controller,
             return wrong->second;
         }
     }
-    if (!drive.detail.empty()) {
-        return drive.detail;
-    }
-    return drive.statuses.empty() ? "" : drive.statuses.front();
+    return StatusOf(drive);
 }
 
 std::string_view ClassOf(inventory::Level level) {
     return LookOf(level).name;
 }
 
-void AddSign(inventory::Level level, Markup& page) {
+void AddSign(inventory::Level level, Element page) {
     const std::string look = "sign " + std::string(ClassOf(level));
-    page.In("span", {{"class", look}, {"aria-hidden", "true"}}, [&] { page.Own(LookOf(level).sign); });
-    page.In("span", {{"class", "aside"}}, [&] { page.Text(NameOf(level)).Text(" "); });
+    page.Add("span", LookOf(level).sign, {{"class", look}, {"aria-hidden", "true"}});
+    page.Add("span", std::string(NameOf(level)) + " ", {{"class", "aside"}});
 }
 
 }  // namespace views::html

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Markup.h"
+#include "Element.h"
 #include "inventory/Snapshot.h"
 
 #include <string>
@@ -36,24 +36,24 @@ class DrivePlaces final {
 [[nodiscard]] std::string_view ClassOf(inventory::Level level);
 
 /// A sign for people who see no colours, and the level's word for those who see no signs.
-void AddSign(inventory::Level level, Markup& page);
+void AddSign(inventory::Level level, Element page);
 
 /// The style sheet.
 [[nodiscard]] std::string_view StyleSheet();
 
 /// What needs attention.
-void AddFindings(const inventory::Health& health, const DrivePlaces& places, Markup& page);
+void AddFindings(const inventory::Health& health, const DrivePlaces& places, Element page);
 
 /// A controller's enclosures with their slots.
-void AddEnclosures(const inventory::Controller& controller, const DrivePlaces& places, Markup& page);
+void AddEnclosures(const inventory::Controller& controller, const DrivePlaces& places, Element page);
 
 /// A controller's groups with their logical drives, caches and members.
-void AddGroups(const inventory::Controller& controller, const DrivePlaces& places, Markup& page);
+void AddGroups(const inventory::Controller& controller, const DrivePlaces& places, Element page);
 
 /// A controller's drives in a table.
-void AddDrives(const inventory::Controller& controller, const DrivePlaces& places, Markup& page);
+void AddDrives(const inventory::Controller& controller, const DrivePlaces& places, Element page);
 
 /// The SMART data of a controller's drives, where there are any.
-void AddSmart(const inventory::Controller& controller, Markup& page);
+void AddSmart(const inventory::Controller& controller, Element page);
 
 }  // namespace views::html

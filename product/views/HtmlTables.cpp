@@ -19,104 +19,86 @@ constexpr std::size_t kMaxOpenSmart = 2;
 constexpr std::size_t kMaxNameWidth = 80;  // in a group
 
 /// A table in a box of its own, which scrolls by itself where the screen is narrow: by keyboard as well.
-template <typename Columns, typename Work>
-void AddTable(const std::string& name, const Columns& columns, Markup& page, Work addRows) {
-    page.In("div", {{"class", "scroll"}, {"role", "region"}, {"aria-label", name}, {"tabindex", "0"}}, [&] {
-        page.In("table", {}, [&] {
-            page.In("thead", {}, [&] {
-                page.In("tr", {}, [&] {
-                    for (const auto& column : columns) {
-                        page.Element("th", column, {{"scope", "col"}});
-                    }
-                });
-            });
-            page.In("tbody", {}, addRows);
-        });
-    });
+template <typename Columns>
+Element AddTable(const std::string& name, const Columns& columns, Element page) {
+    Element box =
+        page.Add("div", {{"class", "scroll"}, {"role", "region"}, {"aria-label", name}, {"tabindex", "0"}});
+    Element table = box.Add("table");
+    Element titles = table.Add("thead").Add("tr");
+    for (const auto& column : columns) {
+        titles.Add("th", column, {{"scope", "col"}});
+    }
+    return table.Add("tbody");
 }
 
-void AddCell(std::string_view text, Markup& page) {
-    page.Element("td", text.empty() ? kNotTold : text);
+void AddCell(std::string_view text, Element row) {
+    row.Add("td", text.empty() ? kNotTold : text);
 }
 
 std::string NameOf(const Controller& controller) {
     return controller.number.empty() ? "the controller" : "controller " + controller.number;
 }
 
-void AddFinding(const inventory::Finding& finding, const DrivePlaces& places, Markup& page) {
+void AddFinding(const inventory::Finding& finding, const DrivePlaces& places, Element list) {
     const std::string anchor = places.AnchorOf(finding);
-    page.In("li", {{"class", ClassOf(finding.level)}}, [&] {
-        AddSign(finding.level, page);
-        page.In("span", {}, [&] {
-            page.Element("b", finding.what).Own(" ");
-            if (anchor.empty()) {
-                page.Text(PlaceOf(finding));
-            } else {
-                page.Element("a", PlaceOf(finding), {{"href", "#" + anchor}});
-            }
-        });
-    });
+    Element item = list.Add("li", {{"class", ClassOf(finding.level)}});
+    AddSign(finding.level, item);
+    Element words = item.Add("span").Add("b", finding.what).Text(" ");
+    if (anchor.empty()) {
+        words.Text(PlaceOf(finding));
+    } else {
+        words.Add("a", PlaceOf(finding), {{"href", "#" + anchor}});
+    }
 }
 
-void AddLogicalDrives(const Controller& controller, const Group& group, Markup& page) {
-    page.In("ul", {{"class", "lds"}}, [&] {
-        for (const inventory::LogicalDrive& drive : group.logicalDrives) {
-            const inventory::Level level = LevelOf(controller, group, drive);
-            page.In("li", {{"class", ClassOf(level)}}, [&] {
-                AddSign(level, page);
-                page.Element("b", drive.number.empty() ? "logical drive" : drive.number).Own(" ");
-                page.Text(basics::Shortened(basics::Printable(drive.name), kMaxNameWidth)).Own(" ");
-                page.Element("span", drive.capacity, {{"class", "size"}}).Own(" ");
-                page.Element("span", drive.state, {{"class", "state"}});
-            });
-        }
-        for (const inventory::LogicalDrive& cache : group.caches) {
-            page.In("li", {}, [&] {
-                page.Own("cache: ")
-                    .Element("b", cache.number.empty() ? "logical drive" : cache.number)
-                    .Own(" ");
-                page.Text(basics::Shortened(basics::Printable(cache.name), kMaxNameWidth)).Own(" ");
-                page.Element("span", cache.capacity, {{"class", "size"}}).Own(" ").Text(cache.state);
-            });
-        }
-    });
+void AddLogicalDrives(const Controller& controller, const Group& group, Element page) {
+    Element list = page.Add("ul", {{"class", "lds"}});
+    for (const inventory::LogicalDrive& drive : group.logicalDrives) {
+        const inventory::Level level = LevelOf(controller, group, drive);
+        Element item = list.Add("li", {{"class", ClassOf(level)}});
+        AddSign(level, item);
+        item.Add("b", drive.number.empty() ? "logical drive" : drive.number).Text(" ");
+        item.Text(basics::Shortened(basics::Printable(drive.name), kMaxNameWidth)).Text(" ");
+        item.Add("span", drive.capacity, {{"class", "size"}}).Text(" ");
+        item.Add("span", drive.state, {{"class", "state"}});
+    }
+    for (const inventory::LogicalDrive& cache : group.caches) {
+        Element item = list.Add("li").Text("cache: ");
+        item.Add("b", cache.number.empty() ? "logical drive" : cache.number).Text(" ");
+        item.Text(basics::Shortened(basics::Printable(cache.name), kMaxNameWidth)).Text(" ");
+        item.Add("span", cache.capacity, {{"class", "size"}}).Text(" ").Text(cache.state);
+    }
 }
 
-void AddMembers(const Controller& controller, const Group& group, const DrivePlaces& places, Markup& page) {
-    page.In("ul", {{"class", "members"}, {"aria-label", "Members of " + group.number}}, [&] {
-        for (const inventory::Member& member : group.members) {
-            const Drive* const drive = DriveOf(controller, member);
-            const std::string name = member.number.empty() ? "drive" : member.number;
-            page.In("li", {{"class", drive == nullptr ? "unknown" : ClassOf(LevelOf(*drive))}}, [&] {
-                if (drive == nullptr) {
-                    page.Text(name);
-                    return;
-                }
-                AddSign(LevelOf(*drive), page);
-                page.Element("a", name, {{"href", "#" + places.AnchorOf(controller, *drive)}});
-            });
+void AddMembers(const Controller& controller, const Group& group, const DrivePlaces& places, Element page) {
+    Element list = page.Add("ul", {{"class", "members"}, {"aria-label", "Members of " + group.number}});
+    for (const inventory::Member& member : group.members) {
+        const Drive* const drive = DriveOf(controller, member);
+        const std::string name = member.number.empty() ? "drive" : member.number;
+        Element item = list.Add("li", {{"class", drive == nullptr ? "unknown" : ClassOf(LevelOf(*drive))}});
+        if (drive == nullptr) {
+            item.Text(name);
+            continue;
         }
-    });
+        AddSign(LevelOf(*drive), item);
+        item.Add("a", name, {{"href", "#" + places.AnchorOf(controller, *drive)}});
+    }
 }
 
-void AddGroup(const Controller& controller, const Group& group, const DrivePlaces& places, Markup& page) {
+void AddGroup(const Controller& controller, const Group& group, const DrivePlaces& places, Element page) {
     const inventory::Level level = LevelOf(controller, group);
-    page.In("section", {{"class", "group " + std::string(ClassOf(level))}}, [&] {
-        page.In("h4", {}, [&] {
-            AddSign(level, page);
-            page.Text(group.number.empty() ? "Group" : group.number);
-            page.Own(" ").In("small", {}, [&] {
-                page.Text(group.level).Text(group.level.empty() || group.capacity.empty() ? "" : ", ");
-                page.Text(group.capacity);
-            });
-        });
-        if (!group.logicalDrives.empty() || !group.caches.empty()) {
-            AddLogicalDrives(controller, group, page);
-        }
-        if (!group.members.empty()) {
-            AddMembers(controller, group, places, page);
-        }
-    });
+    Element section = page.Add("section", {{"class", "group " + std::string(ClassOf(level))}});
+    Element title = section.Add("h4");
+    AddSign(level, title);
+    Element note = title.Text(group.number.empty() ? "Group" : group.number).Text(" ").Add("small");
+    note.Text(group.level).Text(group.level.empty() || group.capacity.empty() ? "" : ", ");
+    note.Text(group.capacity);
+    if (!group.logicalDrives.empty() || !group.caches.empty()) {
+        AddLogicalDrives(controller, group, section);
+    }
+    if (!group.members.empty()) {
+        AddMembers(controller, group, places, section);
+    }
 }
 
 struct DriveColumn {
@@ -130,10 +112,7 @@ constexpr DriveColumn kDriveColumns[] = {
     {"Group", [](const Drive& drive) { return drive.group; }},
     {"Use", [](const Drive& drive) { return RoleOf(drive); }},
     {"Size", [](const Drive& drive) { return drive.capacity; }},
-    {"Type",
-     [](const Drive& drive) {
-         return drive.interfaceType + (drive.interfaceType.empty() ? "" : " ") + drive.media;
-     }},
+    {"Type", [](const Drive& drive) { return TypeOf(drive); }},
     {"Temperature", [](const Drive& drive) { return drive.temperature; }},
     {"Power", [](const Drive& drive) { return drive.power; }},
     {"Media errors", [](const Drive& drive) { return drive.mediaErrors; }},
@@ -159,90 +138,76 @@ std::vector<DriveColumn> ColumnsFor(const Controller& controller) {
     return columns;
 }
 
-void AddSmartTable(const inventory::Smart& smart, const std::string& name, Markup& page) {
-    AddTable(name, smart.columns, page, [&] {
-        for (const std::vector<std::string>& row : smart.rows) {
-            page.In("tr", {}, [&] {
-                for (const std::string& cell : row) {
-                    AddCell(cell, page);
-                }
-            });
+void AddSmartTable(const inventory::Smart& smart, const std::string& name, Element page) {
+    Element rows = AddTable(name, smart.columns, page);
+    for (const std::vector<std::string>& cells : smart.rows) {
+        Element row = rows.Add("tr");
+        for (const std::string& cell : cells) {
+            AddCell(cell, row);
         }
-    });
+    }
 }
 
-void AddSmartOf(const Drive& drive, bool isOpen, Markup& page) {
+void AddSmartOf(const Drive& drive, bool isOpen, Element page) {
     const inventory::Smart smart = SmartOf(drive);
     const std::string name = "SMART data of " + (drive.number.empty() ? "a drive" : drive.number);
-    page.In("details", {{"open", isOpen ? "open" : ""}}, [&] {
-        page.Element("summary", name);
-        page.In("dl", {}, [&] {
-            for (const std::pair<std::string, std::string>& key : smart.keys) {
-                const std::string_view value = key.second.empty() ? kNotTold : std::string_view(key.second);
-                page.In("div", {}, [&] { page.Element("dt", key.first).Element("dd", value); });
-            }
-        });
-        if (!smart.tableName.empty()) {
-            AddSmartTable(smart, name, page);
-        }
-    });
+    Element details = page.Add("details", {{"open", isOpen ? "open" : ""}}).Add("summary", name);
+    Element facts = details.Add("dl");
+    for (const auto& [key, value] : smart.keys) {
+        facts.Add("div").Add("dt", key).Add("dd", value.empty() ? kNotTold : std::string_view(value));
+    }
+    if (!smart.tableName.empty()) {
+        AddSmartTable(smart, name, details);
+    }
 }
 
 }  // namespace
 
-void AddFindings(const inventory::Health& health, const DrivePlaces& places, Markup& page) {
-    const auto add = [&](std::size_t first, std::size_t end) {
-        page.In("ul", {{"class", "findings"}}, [&] {
-            for (std::size_t index = first; index < end; ++index) {
-                AddFinding(health.findings[index], places, page);
-            }
-        });
+void AddFindings(const inventory::Health& health, const DrivePlaces& places, Element page) {
+    const auto add = [&](std::size_t first, std::size_t end, Element to) {
+        Element list = to.Add("ul", {{"class", "findings"}});
+        for (std::size_t index = first; index < end; ++index) {
+            AddFinding(health.findings[index], places, list);
+        }
     };
     const std::size_t count = health.findings.size();
     const std::size_t shown = std::min(count, kMaxFindingsAtOnce);
-    page.Element("h2", "What needs attention");
-    add(0, shown);
+    page.Add("h2", "What needs attention");
+    add(0, shown, page);
     if (shown < count) {
-        page.In("details", {}, [&] {
-            page.Element("summary", "and " + std::to_string(count - shown) + " more");
-            add(shown, count);
-        });
+        add(shown, count,
+            page.Add("details").Add("summary", "and " + std::to_string(count - shown) + " more"));
     }
 }
 
-void AddGroups(const Controller& controller, const DrivePlaces& places, Markup& page) {
-    page.In("div", {{"class", "groups"}}, [&] {
-        for (const Group& group : controller.groups) {
-            AddGroup(controller, group, places, page);
-        }
-    });
+void AddGroups(const Controller& controller, const DrivePlaces& places, Element page) {
+    Element list = page.Add("div", {{"class", "groups"}});
+    for (const Group& group : controller.groups) {
+        AddGroup(controller, group, places, list);
+    }
 }
 
-void AddDrives(const Controller& controller, const DrivePlaces& places, Markup& page) {
+void AddDrives(const Controller& controller, const DrivePlaces& places, Element page) {
     const std::vector<DriveColumn> columns = ColumnsFor(controller);
     std::vector<std::string_view> titles = {"Drive", "State"};
     for (const DriveColumn& column : columns) {
         titles.push_back(column.title);
     }
-    AddTable("Drives of " + NameOf(controller), titles, page, [&] {
-        for (const Drive& drive : controller.drives) {
-            const inventory::Level level = LevelOf(drive);
-            page.In("tr", {{"class", ClassOf(level)}}, [&] {
-                page.Element("th", drive.number.empty() ? kNotTold : std::string_view(drive.number),
-                             {{"scope", "row"}});
-                page.In("td", {{"class", "state"}}, [&] {
-                    AddSign(level, page);
-                    page.Own(" ").Text(places.StateOf(controller, drive));
-                });
-                for (const DriveColumn& column : columns) {
-                    AddCell(column.value(drive), page);
-                }
-            });
+    Element rows = AddTable("Drives of " + NameOf(controller), titles, page);
+    for (const Drive& drive : controller.drives) {
+        const inventory::Level level = LevelOf(drive);
+        Element row = rows.Add("tr", {{"class", ClassOf(level)}});
+        row.Add("th", drive.number.empty() ? kNotTold : std::string_view(drive.number), {{"scope", "row"}});
+        Element state = row.Add("td", {{"class", "state"}});
+        AddSign(level, state);
+        state.Text(" ").Text(places.StateOf(controller, drive));
+        for (const DriveColumn& column : columns) {
+            AddCell(column.value(drive), row);
         }
-    });
+    }
 }
 
-void AddSmart(const Controller& controller, Markup& page) {
+void AddSmart(const Controller& controller, Element page) {
     std::vector<const Drive*> drives;
     for (const Drive& drive : controller.drives) {
         if (drive.smart != nullptr) {
@@ -252,7 +217,7 @@ void AddSmart(const Controller& controller, Markup& page) {
     if (drives.empty()) {
         return;
     }
-    page.Element("h3", "SMART data");
+    page.Add("h3", "SMART data");
     for (const Drive* const drive : drives) {
         AddSmartOf(*drive, drives.size() <= kMaxOpenSmart, page);
     }

@@ -1,4 +1,4 @@
-#include "Time.h"
+#include "basics/Time.h"
 #include "inventory/Smart.h"
 #include "views/Views.h"
 
@@ -178,7 +178,7 @@ Value FromAnswer(const inventory::DriveAnswer& answer) {
 std::string Json(const inventory::Snapshot& snapshot) {
     Value value = Value::object();
     value["schema_version"] = kSchemaVersion;
-    value["taken_at"] = snapshot.takenAt ? Value(UtcText(*snapshot.takenAt)) : Value();
+    value["taken_at"] = snapshot.takenAt ? Value(basics::UtcText(*snapshot.takenAt)) : Value();
     value["health"] = FromHealth(snapshot.Judge());
     value["tool_runs"] = FromRuns(snapshot.runs);
     value["controllers"] = Each(snapshot.TheServer().controllers, FromController);

@@ -1,5 +1,7 @@
 #include "Measure.h"
 
+#include "basics/Words.h"
+
 #include <algorithm>
 #include <charconv>
 #include <cmath>
@@ -7,22 +9,12 @@
 namespace views {
 namespace {
 
+using basics::IsDigit;
+using basics::IsLetter;
+using basics::Trimmed;
+
 constexpr std::string_view kDegreeSign = "\xC2\xB0";
 constexpr std::string_view kDegreeWords[] = {kDegreeSign, "degrees", "deg"};
-
-bool IsDigit(char character) {
-    return '0' <= character && character <= '9';
-}
-
-bool IsLetter(char character) {
-    return ('a' <= character && character <= 'z') || ('A' <= character && character <= 'Z');
-}
-
-std::string_view Trimmed(std::string_view text) {
-    const std::size_t first = text.find_first_not_of(" \t");
-    return first == std::string_view::npos ? ""
-                                           : text.substr(first, text.find_last_not_of(" \t") - first + 1);
-}
 
 /// Takes a decimal number off the front of a text; nothing, and the text as it was, where there is none.
 std::optional<double> TakeNumber(std::string_view& text) {

@@ -1,6 +1,6 @@
 #include "Exposition.h"
 #include "Measure.h"
-#include "Time.h"
+#include "basics/Words.h"
 #include "inventory/Smart.h"
 #include "views/Views.h"
 
@@ -55,14 +55,6 @@ constexpr Metric kSmartKey = {"raid_drive_smart_key_value", kGauge,
 constexpr Metric kSmartTable = {"raid_drive_smart_table_value", kGauge,
                                 "A number of the table of a drive's SMART data."};
 
-std::string Joined(const std::vector<std::string>& texts) {
-    std::string joined;
-    for (const std::string& text : texts) {
-        joined += (joined.empty() ? "" : ", ") + text;
-    }
-    return joined;
-}
-
 /// The cell in the first column of that name; empty without one.
 std::string_view CellOf(const std::vector<std::string>& columns, const std::vector<std::string>& row,
                         std::string_view name) {
@@ -93,7 +85,8 @@ class Series final {
         }
         m_Exposition.Add(kHealth, {}, PlugInStatusOf(health.level));
         if (snapshot.takenAt) {
-            m_Exposition.Add(kLastSuccess, {}, static_cast<double>(UnixSeconds(*snapshot.takenAt)));
+            m_Exposition.Add(kLastSuccess, {},
+                             static_cast<double>(std::chrono::system_clock::to_time_t(*snapshot.takenAt)));
         }
         if (snapshot.runs.commands > 0) {
             m_Exposition.Add(kRuns, {}, static_cast<double>(snapshot.runs.commands));
@@ -165,7 +158,7 @@ class Series final {
 
     void Add(const inventory::Drive& drive, const Labels& labels) {
         AddPart(kDriveHealth, kDriveInfo, labels, LevelOf(drive),
-                {{"status", Joined(drive.statuses)},
+                {{"status", basics::Joined(drive.statuses)},
                  {"detail", drive.detail},
                  {"role", RoleOf(drive)},
                  {"group", drive.group},

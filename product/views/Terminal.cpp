@@ -1,11 +1,11 @@
 #include "Grid.h"
 #include "Measure.h"
 #include "basics/Text.h"
+#include "basics/Words.h"
 #include "inventory/Smart.h"
 #include "views/Views.h"
 
 #include <algorithm>
-#include <array>
 #include <utility>
 
 namespace views {
@@ -28,47 +28,34 @@ Grid::Cell Blank() {
     return {"", {}, true};
 }
 
-bool IsZero(const std::string& count) {
-    return count.find_first_not_of('0') == std::string::npos;
-}
-
 /// What else is worth knowing of a drive, such as "211 media errors".
 std::string NotesOn(const Drive& drive) {
-    std::string notes;
-    const auto add = [&notes](const std::string& text) { notes += (notes.empty() ? "" : ", ") + text; };
-    if (!drive.predictiveFailures.empty() && !IsZero(drive.predictiveFailures)) {
-        add("failure predicted: " + drive.predictiveFailures);
-    }
-    if (!drive.mediaErrors.empty() && !IsZero(drive.mediaErrors)) {
-        add("media errors: " + drive.mediaErrors);
-    }
-    if (!drive.otherErrors.empty() && !IsZero(drive.otherErrors)) {
-        add("other errors: " + drive.otherErrors);
-    }
-    if (!drive.power.empty() && drive.power != "Active") {
-        add("power: " + drive.power);
-    }
-    return notes;
+    std::vector<std::string> notes;
+    const auto add = [&notes](const char* name, const std::string& text, bool isWorthIt) {
+        if (isWorthIt) {
+            notes.push_back(name + text);
+        }
+    };
+    const auto addCount = [&](const char* name, const std::string& count) {
+        add(name, count, count.find_first_not_of('0') != std::string::npos);
+    };
+    addCount("failure predicted: ", drive.predictiveFailures);
+    addCount("media errors: ", drive.mediaErrors);
+    addCount("other errors: ", drive.otherErrors);
+    add("power: ", drive.power, !drive.power.empty() && drive.power != "Active");
+    return basics::Joined(notes);
 }
 
 std::string MembersOf(const Controller& controller, const Group& group) {
-    std::string text;
-    for (const inventory::Member& member : group.members) {
-        text += (text.empty() ? "" : " ") + (member.number.empty() ? "?" : member.number);
+    return basics::Joined(group.members, " ", [&](const inventory::Member& member) {
         const Drive* const drive = inventory::DriveOf(controller, member);
-        if (drive == nullptr || inventory::LevelOf(*drive) != Level::Ok) {
-            text += kNotWell;
-        }
-    }
-    return text;
+        const bool isWell = drive != nullptr && inventory::LevelOf(*drive) == Level::Ok;
+        return (member.number.empty() ? "?" : member.number) + (isWell ? "" : std::string(1, kNotWell));
+    });
 }
 
 std::string CachesOf(const Group& group) {
-    std::string text;
-    for (const LogicalDrive& cache : group.caches) {
-        text += (text.empty() ? "" : " ") + cache.number;
-    }
-    return text;
+    return basics::Joined(group.caches, " ", &LogicalDrive::number);
 }
 
 Grid GroupsOf(const Controller& controller) {
@@ -109,11 +96,6 @@ std::string SlotOf(const Drive& drive) {
                                    : drive.enclosure + ':' + (drive.slot.empty() ? "?" : drive.slot);
 }
 
-std::string TypeOf(const Drive& drive) {
-    return drive.interfaceType + (drive.interfaceType.empty() || drive.media.empty() ? "" : " ") +
-           drive.media;
-}
-
 Grid DrivesOf(const Controller& controller) {
     Grid grid({{"DRIVE"},
                {"SLOT"},
@@ -133,7 +115,7 @@ Grid DrivesOf(const Controller& controller) {
                      {inventory::RoleOf(drive)},
                      {drive.group, {}, true},
                      {drive.capacity},
-                     {TypeOf(drive)},
+                     {inventory::TypeOf(drive)},
                      {drive.temperature},
                      {NotesOn(drive), {}, true},
                      {drive.product},

@@ -4,6 +4,11 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <pugixml.hpp>
+
+#include <cstdlib>
+#include <new>
+#include <utility>
 
 namespace views::test {
 namespace {
@@ -181,6 +186,41 @@ TEST(Html, HostileNamesAreOnlyText) {
     EXPECT_EQ(Query(page, "string(//tbody/tr/th)"), shown);
     EXPECT_EQ(Query(page, "string(//h2[contains(., 'Controller')])"), "Controller " + shown);
     EXPECT_THAT(page, Not(HasSubstr("<script")));
+}
+
+/// While there is one, the library that writes the page gets no memory at its request number `failing`.
+class PageMemory final {
+  public:
+    explicit PageMemory(std::size_t failing) {
+        g_UntilFailure = failing;
+        pugi::set_memory_management_functions(
+            [](std::size_t size) { return g_UntilFailure-- == 0 ? nullptr : std::malloc(size); },
+            m_Before.second);
+    }
+    PageMemory(const PageMemory&) = delete;
+    PageMemory& operator=(const PageMemory&) = delete;
+    ~PageMemory() { pugi::set_memory_management_functions(m_Before.first, m_Before.second); }
+
+  private:
+    static inline std::size_t g_UntilFailure = 0;
+    const std::pair<pugi::allocation_function, pugi::deallocation_function> m_Before = {
+        pugi::get_memory_allocation_function(), pugi::get_memory_deallocation_function()};
+};
+
+TEST(Html, APageForWhichThereIsNoMemoryIsNone) {
+    const inventory::Snapshot snapshot = SnapshotOf("large");
+    const std::string whole = Html(snapshot);
+    std::size_t failures = 0;
+    for (std::string page; page.empty();) {
+        const PageMemory memory(failures);
+        try {
+            page = Html(snapshot);
+            EXPECT_EQ(page, whole);
+        } catch (const std::bad_alloc&) {
+            ++failures;
+        }
+    }
+    EXPECT_GT(failures, 3U);
 }
 
 }  // namespace

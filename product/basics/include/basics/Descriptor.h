@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <string_view>
 #include <utility>
 
 namespace basics {
@@ -34,5 +35,8 @@ class Descriptor final {
   private:
     int m_Number = -1;
 };
+
+/// Writes all of a text. 0, or the error that ended it.
+int WriteWhole(int descriptor, std::string_view text) noexcept;
 
 }  // namespace basics

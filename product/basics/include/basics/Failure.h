@@ -2,6 +2,7 @@
 
 #include <stdexcept>
 #include <string>
+#include <system_error>
 
 namespace basics {
 
@@ -22,5 +23,14 @@ class Failure final : public std::runtime_error {
   private:
     Kind m_Kind;
 };
+
+[[noreturn]] inline void FailSurroundings(const std::string& line) {
+    throw Failure(Failure::Kind::Surroundings, line);
+}
+
+/// The system's words for an `errno`.
+[[nodiscard]] inline std::string ErrorText(int error) {
+    return std::generic_category().message(error);
+}
 
 }  // namespace basics

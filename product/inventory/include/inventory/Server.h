@@ -99,4 +99,7 @@ struct Server {
 /// What the drive does: "LD0", "global spare", "spare of RG2", "unused", or the report's word.
 [[nodiscard]] std::string RoleOf(const Drive& drive);
 
+/// "SAS HDD": its interface and its medium.
+[[nodiscard]] std::string TypeOf(const Drive& drive);
+
 }  // namespace inventory
