@@ -190,11 +190,12 @@ CMSRAID_PDSMInfoGetter::Cells CMSRAID_PDSMInfoGetter::CutSASRow(const std::strin
                                                                 const std::vector<std::size_t>& starts,
                                                                 const std::string& head) {
     Cells cells;
+    cells.reserve(starts.size());
     for (std::size_t column = 0; column < starts.size(); ++column) {
         const bool isLast = column + 1 == starts.size();
         const std::size_t width = isLast ? std::string::npos : starts[column + 1] - starts[column];
-        const std::string cell = row.substr(starts[column], width);
-        cells.push_back(Trimmed(column == 0 ? head + cell : cell));
+        std::string cell = row.substr(starts[column], width);
+        cells.push_back(Trimmed(column == 0 ? head + cell : std::move(cell)));
     }
     return cells;
 }
