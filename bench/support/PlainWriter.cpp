@@ -1,5 +1,7 @@
 #include "PlainWriter.h"
 
+#include "ItemTree.h"
+
 #include <libxml/xmlwriter.h>
 
 #include <memory>
@@ -9,7 +11,7 @@ namespace bench {
 namespace {
 
 using convlib::DisplayItem;
-using convlib::ItemTree;
+using convlib::ItemNode;
 
 const xmlChar* Xml(const char* text) {
     return reinterpret_cast<const xmlChar*>(text);
@@ -83,24 +85,21 @@ std::string_view PlainWriter::Document::Text() const {
 }
 
 PlainWriter::PlainWriter(const ItemList& items, bool isIndented) : m_IsIndented(isIndented) {
-    const ItemTree tree(items);
-    std::vector<ItemTree::Index> path;
-    ItemTree::Index node = tree.FirstChild(ItemTree::kDocument);
-    while (node != ItemTree::kNone) {
-        const bool hasChildren = tree.FirstChild(node) != ItemTree::kNone;
-        m_Steps.push_back({&tree.Item(node), path.empty(), hasChildren});
-        if (hasChildren) {
-            path.push_back(node);
-            node = tree.FirstChild(node);
+    const convlib::ItemTree tree(items);
+    const ItemNode* const document = &tree.Document();
+    const ItemNode* node = document->firstChild;
+    while (node != nullptr) {
+        m_Steps.push_back({node->item, node->parent == document, node->firstChild != nullptr});
+        if (node->firstChild != nullptr) {
+            node = node->firstChild;
             continue;
         }
         m_Steps.push_back({nullptr});
-        while (tree.NextSibling(node) == ItemTree::kNone && !path.empty()) {
-            node = path.back();
-            path.pop_back();
+        while (node->nextSibling == nullptr && node->parent != document) {
+            node = node->parent;
             m_Steps.push_back({nullptr});
         }
-        node = tree.NextSibling(node);
+        node = node->nextSibling;
     }
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ItemTree.h"
+#include "DisplayItem.h"
 
 #include <libxml/tree.h>
 

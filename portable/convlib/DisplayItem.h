@@ -2,7 +2,6 @@
 
 #include "itemconv/CItemDisp.h"
 
-#include <cstddef>
 #include <string_view>
 
 namespace convlib {
@@ -16,9 +15,6 @@ class DisplayItem final : public CItemDisp {
   public:
     DisplayItem(const char* parentName, const char* name, const char* value, bool valid)
         : CItemDisp(parentName, name, value), m_Valid(valid) {}
-
-    static void* operator new(std::size_t size);
-    static void operator delete(void* item) noexcept;
 
     [[nodiscard]] std::string_view ValidText() const { return m_Valid ? kValidText : kInvalidText; }
 

@@ -3,7 +3,7 @@
 #include "itemconv/QelLibIF.h"
 
 #include <cstdint>
-#include <memory>
+#include <string>
 
 namespace convlib {
 
@@ -14,14 +14,14 @@ class XmlConverter final : public QelLibIF {
     static constexpr std::uint32_t kSuccess = 0;
     /// A null argument, an option other than 0, or a kind that cannot name an element.
     static constexpr std::uint32_t kBadArgument = 0x80000001;
-    /// Memory is short, or there are more items than can be counted.
+    /// Memory is short.
     static constexpr std::uint32_t kOutOfResources = 0x80000002;
 
     [[nodiscard]] std::uint32_t ConvertToXml(int option, const char* kind, ItemList* items,
                                              const char** xml) override;
 
   private:
-    std::unique_ptr<char[]> m_Text;
+    std::string m_Text;
 };
 
 }  // namespace convlib

@@ -1,13 +1,12 @@
 #include "XmlDocument.h"
 
+#include "ItemTree.h"
 #include "XmlText.h"
 
-#include <vector>
+#include <cstddef>
 
 namespace convlib {
 namespace {
-
-using Index = ItemTree::Index;
 
 constexpr std::string_view kTitleBegin = "### ";
 
@@ -15,77 +14,83 @@ constexpr std::string_view kDeepestIndent =
     "                                                                ";
 constexpr std::size_t kBlanksPerLevel = 2;
 
-void AppendIndent(TextSink& sink, std::size_t depth) {
-    sink.Append(kDeepestIndent.substr(0, depth * kBlanksPerLevel));
+/// More than most items take, so that a document is seldom moved while it grows.
+constexpr std::size_t kAmpleForItem = 80;
+
+void AppendIndent(std::string& xml, std::size_t depth) {
+    xml += kDeepestIndent.substr(0, depth * kBlanksPerLevel);
 }
 
-bool HasValue(const DisplayItem& item, bool hasChildren) {
-    const bool isRoot = item.m_ParentName.empty();
-    const bool isTitle = item.m_Name.starts_with(kTitleBegin);
-    return !item.m_Value.empty() || !(hasChildren || isRoot || isTitle);
+bool HasValue(const ItemNode& node) {
+    const bool isRoot = node.item->m_ParentName.empty();
+    const bool isTitle = node.item->m_Name.starts_with(kTitleBegin);
+    const bool hasChildren = node.firstChild != nullptr;
+    return !node.item->m_Value.empty() || !(hasChildren || isRoot || isTitle);
 }
 
 /// Appends an element's start tag, which is its end as well when it has no children.
-void AppendStart(TextSink& sink, const ItemTree& tree, Index node, std::size_t depth) {
-    const DisplayItem& item = tree.Item(node);
-    const bool hasChildren = tree.FirstChild(node) != ItemTree::kNone;
-    AppendIndent(sink, depth);
-    sink.Append("<Item Name=\"");
-    AppendAttributeText(sink, item.m_Name);
-    if (HasValue(item, hasChildren)) {
-        sink.Append("\" Value=\"");
-        AppendAttributeText(sink, item.m_Value);
+void AppendStart(std::string& xml, const ItemNode& node, std::size_t depth) {
+    const DisplayItem& item = *node.item;
+    AppendIndent(xml, depth);
+    xml += "<Item Name=\"";
+    AppendAttributeText(xml, item.m_Name);
+    if (HasValue(node)) {
+        xml += "\" Value=\"";
+        AppendAttributeText(xml, item.m_Value);
     }
-    sink.Append("\" Valid=\"");
-    sink.Append(item.ValidText());
+    xml += "\" Valid=\"";
+    xml += item.ValidText();
     // Directly under the document with a parent name: the parent was not found.
     if (depth == 1 && !item.m_ParentName.empty()) {
-        sink.Append("\" Parent=\"");
-        AppendAttributeText(sink, item.m_ParentName);
+        xml += "\" Parent=\"";
+        AppendAttributeText(xml, item.m_ParentName);
     }
-    sink.Append(hasChildren ? "\">\n" : "\"/>\n");
+    xml += node.firstChild != nullptr ? "\">\n" : "\"/>\n";
 }
 
-void AppendEnd(TextSink& sink, std::size_t depth) {
-    AppendIndent(sink, depth);
-    sink.Append("</Item>\n");
+void AppendEnd(std::string& xml, std::size_t depth) {
+    AppendIndent(xml, depth);
+    xml += "</Item>\n";
 }
 
-/// Appends the items below the document. `path` holds the elements that are open: one more than its size is
-/// the depth of the element at hand.
-void AppendItems(TextSink& sink, const ItemTree& tree) {
-    std::vector<Index> path;
-    Index node = tree.FirstChild(ItemTree::kDocument);
-    while (node != ItemTree::kNone) {
-        AppendStart(sink, tree, node, path.size() + 1);
-        if (tree.FirstChild(node) != ItemTree::kNone) {
-            path.push_back(node);
-            node = tree.FirstChild(node);
+/// Appends what stands below the document.
+void AppendItems(std::string& xml, const ItemNode& document) {
+    std::size_t depth = 1;
+    const ItemNode* node = document.firstChild;
+    while (node != nullptr) {
+        AppendStart(xml, *node, depth);
+        if (node->firstChild != nullptr) {
+            node = node->firstChild;
+            ++depth;
             continue;
         }
-        while (tree.NextSibling(node) == ItemTree::kNone && !path.empty()) {
-            node = path.back();
-            path.pop_back();
-            AppendEnd(sink, path.size() + 1);
+        while (node->nextSibling == nullptr && depth > 1) {
+            node = node->parent;
+            --depth;
+            AppendEnd(xml, depth);
         }
-        node = tree.NextSibling(node);
+        node = node->nextSibling;
     }
 }
 
 }  // namespace
 
-void WriteDocument(TextSink& sink, std::string_view kind, const ItemTree& tree) {
-    sink.Append("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<");
-    sink.Append(kind);
-    if (tree.FirstChild(ItemTree::kDocument) == ItemTree::kNone) {
-        sink.Append(" version=\"1\"/>\n");
-        return;
+std::string MakeDocument(std::string_view kind, const ItemList& items) {
+    const ItemTree tree(items);
+    std::string xml;
+    xml.reserve(kAmpleForItem * items.size());
+    xml += "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<";
+    xml += kind;
+    if (tree.Document().firstChild == nullptr) {
+        xml += " version=\"1\"/>\n";
+        return xml;
     }
-    sink.Append(" version=\"1\">\n");
-    AppendItems(sink, tree);
-    sink.Append("</");
-    sink.Append(kind);
-    sink.Append(">\n");
+    xml += " version=\"1\">\n";
+    AppendItems(xml, tree.Document());
+    xml += "</";
+    xml += kind;
+    xml += ">\n";
+    return xml;
 }
 
 }  // namespace convlib

@@ -69,7 +69,7 @@ bool IsIn(const Range (&ranges)[Count], char32_t character) {
 
 }  // namespace
 
-void AppendAttributeText(TextSink& sink, std::string_view text) {
+void AppendAttributeText(std::string& xml, std::string_view text) {
     std::size_t runStart = 0;
     std::size_t at = 0;
     while (at < text.size()) {
@@ -80,13 +80,13 @@ void AppendAttributeText(TextSink& sink, std::string_view text) {
         const Utf8Unit unit = ReadUtf8(text.substr(at));
         const std::string_view substitute = unit.isCharacter ? Substitute(unit.character) : kReplacement;
         if (!substitute.empty()) {
-            sink.Append(text.substr(runStart, at - runStart));
-            sink.Append(substitute);
+            xml += text.substr(runStart, at - runStart);
+            xml += substitute;
             runStart = at + unit.length;
         }
         at += unit.length;
     }
-    sink.Append(text.substr(runStart));
+    xml += text.substr(runStart);
 }
 
 bool IsElementName(std::string_view text) {

@@ -1,7 +1,6 @@
 #pragma once
 
-#include "TextSink.h"
-
+#include <string>
 #include <string_view>
 
 namespace convlib {
@@ -10,7 +9,7 @@ namespace convlib {
 /// back: markup is escaped, and tab, line feed and carriage return become references, which attribute
 /// normalisation spares. What cannot be carried becomes U+FFFD: bytes that are no UTF-8 (one for each unit of
 /// `ReadUtf8`), control characters, U+FFFE and U+FFFF.
-void AppendAttributeText(TextSink& sink, std::string_view text);
+void AppendAttributeText(std::string& xml, std::string_view text);
 
 /// Whether `text` can name an element of a document without namespaces: an XML 1.0 name without a colon.
 [[nodiscard]] bool IsElementName(std::string_view text);

@@ -15,21 +15,18 @@ struct Counts {
 
 thread_local Counts counts;
 
-constexpr auto kUsualAlignment = std::align_val_t(alignof(std::max_align_t));
-
-void* Allocate(std::size_t size, std::align_val_t alignment = kUsualAlignment) {
+void* Allocate(std::size_t size) {
     if (counts.isWatched) {
         if (counts.allocations++ == counts.failAt) {
             return nullptr;
         }
         counts.bytes += size;
     }
-    void* memory = nullptr;
-    return ::posix_memalign(&memory, static_cast<std::size_t>(alignment), size) == 0 ? memory : nullptr;
+    return std::malloc(size);
 }
 
-void* AllocateOrThrow(std::size_t size, std::align_val_t alignment = kUsualAlignment) {
-    void* const memory = Allocate(size, alignment);
+void* AllocateOrThrow(std::size_t size) {
+    void* const memory = Allocate(size);
     if (memory == nullptr) {
         throw std::bad_alloc();
     }
@@ -50,9 +47,6 @@ void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
 void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
     return Allocate(size);
 }
-void* operator new(std::size_t size, std::align_val_t alignment) {
-    return AllocateOrThrow(size, alignment);
-}
 void operator delete(void* memory) noexcept {
     std::free(memory);
 }
@@ -63,12 +57,6 @@ void operator delete(void* memory, std::size_t) noexcept {
     std::free(memory);
 }
 void operator delete[](void* memory, std::size_t) noexcept {
-    std::free(memory);
-}
-void operator delete(void* memory, std::align_val_t) noexcept {
-    std::free(memory);
-}
-void operator delete(void* memory, std::size_t, std::align_val_t) noexcept {
     std::free(memory);
 }
 void operator delete(void* memory, const std::nothrow_t&) noexcept {

@@ -179,20 +179,6 @@ TEST(XmlConverterTest, AnEmptyParentNameIsTheDocumentEvenBehindANamelessItem) {
                 "  <Item Name=\"other root\" Valid=\"TRUE\"/>\n");
 }
 
-// All 32 bits of this name's hash are set, with the standard library at hand: no name's hash otherwise.
-TEST(XmlConverterTest, ANameIsAParentWhateverItsHash) {
-    Items items;
-    items.Add("", "root");
-    items.Add("root", "Drive 593808172");
-    items.Add("Drive 593808172", "key");
-    ExpectItems(items,
-                "  <Item Name=\"root\" Valid=\"TRUE\">\n"
-                "    <Item Name=\"Drive 593808172\" Valid=\"TRUE\">\n"
-                "      <Item Name=\"key\" Value=\"\" Valid=\"TRUE\"/>\n"
-                "    </Item>\n"
-                "  </Item>\n");
-}
-
 TEST(XmlConverterTest, NamesAreComparedWhole) {
     Items items;
     items.AddBytes("", std::string("a\0b", 3), "");
