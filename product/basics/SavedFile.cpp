@@ -36,7 +36,8 @@ std::string ReadFile(const std::string& path, std::size_t mostMebibytes) {
         }
         text.append(piece.data(), size < 0 ? 0 : static_cast<std::size_t>(size));
         if (text.size() > mostMebibytes * kMebibyte) {
-            FailToRead(path, "it is larger than " + std::to_string(mostMebibytes) + " MiB, as no RAID document is");
+            FailToRead(path,
+                       "it is larger than " + std::to_string(mostMebibytes) + " MiB, as no RAID document is");
         }
     }
     return text;
