@@ -1,4 +1,5 @@
-// What the readers cost beside a bare loop over the lines of the same file, and beside a script in Python.
+// What the readers cost beside a loop over the same lines that only makes the same items, and beside the bare
+// loop.
 
 #include "itemconv/MsraidTrace.h"
 #include "support/Clock.h"
@@ -11,20 +12,13 @@
 
 #include <benchmark/benchmark.h>
 
-#include <array>
-#include <cstdio>
-#include <memory>
-#include <sstream>
 #include <string>
 
 namespace bench {
 namespace {
 
 constexpr std::int64_t kFewest = 10;
-constexpr std::int64_t kMost = 1'000'000;
-constexpr std::int64_t kMostInPython = 100'000;
-constexpr std::int64_t kRunsInPython = 3;  // The interpreter's start, which does not count, takes longer.
-constexpr std::uint32_t kDrivesCompared = 100;
+constexpr std::int64_t kMost = 100'000;
 constexpr std::int64_t kDrivesTraced = 1000;
 
 /// Runs `work` on the report and then `cleanUp`, which is not measured.
@@ -64,41 +58,6 @@ void Reader(benchmark::State& state, Kind kind) {
         state, kind, [kind](const std::string& path) { return Read(kind, path); }, Delete);
 }
 
-std::string RunPython(const char* name, const std::string& arguments) {
-    const std::string command =
-        std::string("/usr/bin/python3 " BENCH_PLAIN_READER " ") + name + ' ' + arguments;
-    const std::unique_ptr<FILE, int (*)(FILE*)> pipe(::popen(command.c_str(), "r"), ::pclose);
-    std::string output;
-    std::array<char, 65536> part{};
-    while (const std::size_t size = pipe ? std::fread(part.data(), 1, part.size(), pipe.get()) : 0) {
-        output.append(part.data(), size);
-    }
-    return output;
-}
-
-/// Whether the script makes the same list as the reader.
-bool IsSameInPython(const char* name, Kind kind) {
-    const std::string& path = ReportOf(kind, kDrivesCompared).path;
-    ItemList items = Read(kind, path);
-    std::ostringstream expected;
-    WriteItems(expected, items);
-    Delete(items);
-    return RunPython(name, path + " --items") == expected.str();
-}
-
-/// A plain script that makes the same list. It measures itself, without the start of its interpreter.
-void Python(benchmark::State& state, const char* name, Kind kind) {
-    if (!IsSameInPython(name, kind)) {
-        state.SkipWithError("the script makes another list");
-        return;
-    }
-    const Report& report = ReportOf(kind, static_cast<std::uint32_t>(state.range(0)));
-    for ([[maybe_unused]] const auto each : state) {
-        state.SetIterationTime(std::stod(RunPython(name, report.path)));
-    }
-    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(report.lines));
-}
-
 /// One trace line that nobody wants.
 void TraceOff(benchmark::State& state) {
     for ([[maybe_unused]] const auto each : state) {
@@ -136,17 +95,16 @@ void TraceInFile(benchmark::State& state, Kind kind) {
 }
 
 void Register(const char* name, Kind kind) {
-    const auto add = [name](const char* what, std::int64_t most, auto function, auto... arguments) {
-        return benchmark::RegisterBenchmark((std::string(what) + '/' + name).c_str(), function, arguments...)
+    const auto add = [name, kind](const char* what, void (*function)(benchmark::State&, Kind)) {
+        benchmark::RegisterBenchmark((std::string(what) + '/' + name).c_str(), function, kind)
             ->RangeMultiplier(10)
-            ->Range(kFewest, most)
+            ->Range(kFewest, kMost)
             ->Unit(benchmark::kMicrosecond)
             ->UseManualTime();
     };
-    add("lines", kMost, Lines, kind);
-    add("items", kMost, LinesAndItems, kind);
-    add("reader", kMost, Reader, kind);
-    add("python", kMostInPython, Python, name, kind)->Iterations(kRunsInPython);
+    add("lines", Lines);
+    add("items", LinesAndItems);
+    add("reader", Reader);
     benchmark::RegisterBenchmark((std::string("traced/") + name).c_str(), TraceInFile, kind)
         ->Arg(kDrivesTraced)
         ->Unit(benchmark::kMicrosecond)

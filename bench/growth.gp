@@ -10,8 +10,7 @@ set key left top
 set key samplen 2
 set yrange [10:20000]
 set title "Reading a report of drives: ns per line"
-plot "python.dat" with linespoints lw 2 title "Python script", \
-     "reader.dat" with linespoints lw 2 title "reader", \
+plot "reader.dat" with linespoints lw 2 title "reader", \
      "items.dat" with linespoints lw 2 title "lines and items alone", \
      "lines.dat" with linespoints lw 2 title "lines alone"
 set title "Conversion: ns per item"

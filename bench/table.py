@@ -81,14 +81,11 @@ def spread(ratios, digits=1):
 
 def add_readers(table, results):
     for kind in KINDS:
-        ratios = results.ratios(f"reader/{kind}", f"lines/{kind}")
-        table.add(f"reading {kind}, times a bare loop over the lines", "at most 3", spread(ratios),
-                  max(ratios.values()) <= 3)
-        table.add("  times the same loop that makes as many items", "", spread(
-            results.ratios(f"reader/{kind}", f"items/{kind}")))
-        python = results.ratios(f"python/{kind}", f"reader/{kind}")
-        table.add("  times faster than a Python script", "at least 8",
-                  f"{min(python.values()):.1f} to {max(python.values()):.1f}", min(python.values()) >= 8)
+        ratios = results.ratios(f"reader/{kind}", f"items/{kind}")
+        table.add(f"reading {kind}, times a loop that only makes the same items", "at most 1.5", spread(ratios),
+                  max(ratios.values()) <= 1.5)
+        table.add("  times a bare loop over the lines", "", spread(
+            results.ratios(f"reader/{kind}", f"lines/{kind}")))
         sizes = results.sizes(f"reader/{kind}")
         rates = [results.counter(f"reader/{kind}/{size}", "bytes_per_second") / 1e6 for size in sizes]
         table.add("  MB a second", "", f"{min(rates):.0f} to {max(rates):.0f}")
@@ -111,9 +108,10 @@ def add_memory(table, results):
 def add_conversion(table, results):
     for shape in SHAPES:
         ratios = results.ratios(f"libxml2/{shape}", f"conversion/{shape}")
-        table.add(f"conversion, {shape}, times faster than libxml2", "at least 2",
+        is_goal = shape == "report"  # The others no tool prints.
+        table.add(f"conversion, {shape}, times faster than libxml2", "at least 2" if is_goal else "",
                   ", ".join(f"{ratio:.1f} ({thousands(size)})" for size, ratio in ratios.items()),
-                  min(ratios.values()) >= 2)
+                  min(ratios.values()) >= 2 if is_goal else None)
 
 
 def add_growth(table, results):
@@ -130,7 +128,7 @@ def add_growth(table, results):
 def add_call(table, results):
     for server in ("1x24", "8x24", "64x24"):
         ratio = results.counter(f"call/{server}", "ratio")
-        table.add(f"call with {server} drives, times its bare commands", "at most 1.15", f"{ratio:.2f}", ratio <= 1.15)
+        table.add(f"call with {server} drives, times its bare commands", "at most 1.05", f"{ratio:.2f}", ratio <= 1.05)
     own = results.counter("call/1x100", "own_ms")
     table.add("own time at 100 drives, ms", "at most 5", f"{own:.1f}", own <= 5)
     load = results.time("load") / 1e6
@@ -160,7 +158,7 @@ def write_plot(folder, results):
     def rows(path, columns):
         (folder / path).write_text("".join(" ".join(map(str, row)) + "\n" for row in columns))
 
-    for what in ("lines", "items", "reader", "python"):
+    for what in ("lines", "items", "reader"):
         rows(f"{what}.dat", [(size, results.per_line("drives", size, what))
                              for size in results.sizes(f"{what}/drives")])
     for what in ("conversion", "libxml2"):

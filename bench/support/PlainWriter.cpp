@@ -71,7 +71,7 @@ class PlainWriter::Output final {
     std::unique_ptr<xmlTextWriter, decltype(&xmlFreeTextWriter)> m_Writer;
 };
 
-// As it comes the buffer grows by what is needed, which costs three times as much for a gigabyte.
+// As it comes the buffer grows by what is needed, and is moved each time.
 PlainWriter::Document::Document() : m_Buffer(xmlBufferCreate(), xmlBufferFree) {
     if (m_Buffer == nullptr) {
         throw std::bad_alloc();
