@@ -5,6 +5,9 @@ set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 
 add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast
                     -Wnon-virtual-dtor -Woverloaded-virtual -Wformat=2 -Wundef -Werror)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+  add_compile_options(-Wreserved-identifier)
+endif()
 add_compile_options(-fstack-protector-strong -fstack-clash-protection -fno-plt)
 if(CMAKE_SYSTEM_PROCESSOR STREQUAL "x86_64")
   add_compile_options(-fcf-protection=full)

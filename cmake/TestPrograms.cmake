@@ -6,6 +6,7 @@ include(GoogleTest)
 # One kind of position independence for programs and libraries alike, or they could not share those headers.
 set(CMAKE_POSITION_INDEPENDENT_CODE OFF)
 add_compile_options(-O0 -U_FORTIFY_SOURCE -fPIC)
+add_compile_options($<$<CXX_COMPILER_ID:Clang>:-Wno-reserved-identifier>)  # The C library's own are stood in for.
 if(ZORBALT_SANITIZE)
   # What is tested has it; the tests' own code would take half as long again to compile.
   add_compile_options(-fno-sanitize=undefined)

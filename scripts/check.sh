@@ -44,13 +44,13 @@ check_clang() {
     scripts/front_end.py build/clang
 }
 
-# What is delivered, fuzzers and benchmarks, as their sources are joined, so that the standard's headers are looked
-# through once for each folder. The inclusion of a source, which is what joins them, is no news then; by hand it would
-# define things twice.
+# What is delivered, as its sources are joined, so that the standard's headers are looked through once for each folder.
+# The inclusion of a source, which is what joins them, is no news then; by hand it would define things twice. Tests,
+# fuzzers and benchmarks pass through both compilers' warnings alone.
 check_tidy() {
     configure_clang
     sed -n "s|^ *\"file\": \"\($PWD/.*\)\".*|\1|p" build/clang/compile_commands.json |
-        grep -E "^$PWD/(build/clang/)?(module|portable|product|fuzz|bench)/" |
+        grep -E "^$PWD/(build/clang/)?(module|portable|product)/" |
         xargs -P "$(nproc)" -n 1 clang-tidy-14 --quiet --checks=-bugprone-suspicious-include -p build/clang 2>&1 |
         { grep -vE '^[0-9]+ warnings? (and [0-9]+ errors? )?generated\.$|^$' || true; }
 }

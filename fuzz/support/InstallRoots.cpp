@@ -56,7 +56,6 @@ std::size_t InstallRoots::LibraryClosings() {
 
 }  // namespace fuzzing
 
-// NOLINTBEGIN(bugprone-reserved-identifier): the linker's names
 extern "C" {
 
 int __real_dlclose(void* handle);
@@ -67,4 +66,3 @@ int __wrap_dlclose(void* handle) {
     return __real_dlclose(handle);
 }
 }
-// NOLINTEND(bugprone-reserved-identifier)

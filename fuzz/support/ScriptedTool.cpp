@@ -185,8 +185,6 @@ bool CFileUtility::IsFileExist(const std::string& path) {
 
 extern "C" {
 
-// NOLINTBEGIN(bugprone-reserved-identifier): the names of the framework and the linker
-
 int _mkdir(const char* path) {
     if (std::string_view(path).ends_with("/MSRAID")) {
         fuzzing::BeginCommand(path);
@@ -235,6 +233,4 @@ pid_t __wrap_waitpid(pid_t child, int* status, int options) {
     *status = g_tool.run.status;
     return child;
 }
-
-// NOLINTEND(bugprone-reserved-identifier)
 }

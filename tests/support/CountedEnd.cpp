@@ -2,9 +2,9 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-extern "C" void __gcov_dump();  // NOLINT(bugprone-reserved-identifier): the compiler's name
+extern "C" void __gcov_dump();
 
-void _exit(int status) {  // NOLINT(bugprone-reserved-identifier): the C library's name
+void _exit(int status) {
     __gcov_dump();
     ::syscall(SYS_exit_group, status);
     __builtin_unreachable();

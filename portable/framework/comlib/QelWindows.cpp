@@ -48,7 +48,7 @@ unsigned long GetCurrentThreadId() {
     return static_cast<unsigned long>(::gettid());
 }
 
-int _mkdir(const char* path) {  // NOLINT(bugprone-reserved-identifier): the framework's name
+int _mkdir(const char* path) {
     constexpr mode_t kModeBeforeUmask = 0777;
     return ::mkdir(path, kModeBeforeUmask);
 }

@@ -31,7 +31,14 @@ QEL_API unsigned long GetCurrentThreadId();
 
 /// Creates one directory level with the mode that the umask leaves. 0: created, -1: not (`GetLastError` says
 /// why).
-QEL_API int _mkdir(const char* path);  // NOLINT(bugprone-reserved-identifier): the framework's name
+#ifdef __clang__
+#pragma clang diagnostic push
+#pragma clang diagnostic ignored "-Wreserved-identifier"
+#endif
+QEL_API int _mkdir(const char* path);
+#ifdef __clang__
+#pragma clang diagnostic pop
+#endif
 
 /// Removes a file. 0: failed (`GetLastError` says why).
 QEL_API BOOL DeleteFileA(const char* path);
