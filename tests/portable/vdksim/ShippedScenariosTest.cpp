@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <csignal>
 #include <ostream>
-#include <regex>
 
 #include "Instructions.h"
 #include "ReportShape.h"
 #include "Tool.h"
+#include "test_support/Pattern.h"
 #include "vdksim/Command.h"
 
 namespace vdksim::test {
@@ -40,13 +40,13 @@ std::size_t CountControllers(const std::string& report) {
 
 // The single-drive commands that a scenario has texts for.
 std::vector<std::string> DriveCommands(const fs::path& folder, const std::string& controller) {
-    static const std::regex kName("pdinfo_pd([0-9]+)\\.([0-9]+)_a([0-9]+)\\.txt");
+    const std::string kName = "pdinfo_pd([0-9]+)\\.([0-9]+)_a([0-9]+)\\.txt";
     std::vector<std::string> commands;
     for (const auto& entry : fs::directory_iterator(folder)) {
         const std::string name = entry.path().filename().string();
-        std::smatch part;
-        if (std::regex_match(name, part, kName) && part[3] == controller) {
-            commands.push_back("-pdinfo -pd[" + part[1].str() + ":" + part[2].str() + "] -a" + controller);
+        const testsupport::Match part = testsupport::WholeMatch(name, kName);
+        if (!part.empty() && part[3] == controller) {
+            commands.push_back("-pdinfo -pd[" + part[1] + ":" + part[2] + "] -a" + controller);
         }
     }
     std::sort(commands.begin(), commands.end());
@@ -56,12 +56,12 @@ std::vector<std::string> DriveCommands(const fs::path& folder, const std::string
 class EveryScenario : public ::testing::TestWithParam<std::string> {};
 
 TEST_P(EveryScenario, HasOnlyFilesThatTheSimulatorKnows) {
-    static const std::regex kKnown(
+    const std::string kKnown =
         "README\\.md|server\\.conf|any\\.do|(v|ctrlinfo_a([0-9]+|All)|ldpdinfo_a[0-9]+|"
-        "pdinfo(_nosmart|_pd[0-9]+\\.[0-9]+)?_a[0-9]+)\\.(txt|do)");
+        "pdinfo(_nosmart|_pd[0-9]+\\.[0-9]+)?_a[0-9]+)\\.(txt|do)";
     for (const auto& entry : fs::directory_iterator(Shipped(GetParam()))) {
         const fs::path& path = entry.path();
-        EXPECT_TRUE(std::regex_match(path.filename().string(), kKnown)) << path;
+        EXPECT_FALSE(testsupport::WholeMatch(path.filename().string(), kKnown).empty()) << path;
         if (path.extension() == ".do") {
             EXPECT_NO_THROW(static_cast<void>(Instructions::FromFile(path))) << path;
         }
@@ -75,7 +75,7 @@ TEST_P(EveryScenario, IsDescribedUnderItsName) {
 
 INSTANTIATE_TEST_SUITE_P(ShippedScenariosTest, EveryScenario, ::testing::ValuesIn(Names()),
                          [](const auto& scenario) {
-                             return std::regex_replace(scenario.param, std::regex("[^a-z]"), "_");
+                             return testsupport::Replaced(scenario.param, "[^a-z]", "_");
                          });
 
 TEST(ShippedScenariosTest, AllOfThemAreThere) {

@@ -3,6 +3,7 @@
 #include "sandbox/Sandbox.h"
 
 #include "test_support/Command.h"
+#include "test_support/Pattern.h"
 #include "test_support/Processes.h"
 #include "test_support/Waiting.h"
 #include "test_support/XmlLint.h"
@@ -15,7 +16,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <regex>
 #include <set>
 #include <sstream>
 #include <thread>
@@ -57,11 +57,10 @@ class CaptureTest : public testing::Test {
 
     // The numbers of the drives for which there are texts.
     [[nodiscard]] std::vector<std::vector<std::string>> CapturedDrives() const {
-        static const std::regex name("pdinfo_pd(-?\\d+)\\.(-?\\d+)_a(-?\\d+)\\.txt");
+        const std::string name = "pdinfo_pd(-?\\d+)\\.(-?\\d+)_a(-?\\d+)\\.txt";
         std::vector<std::vector<std::string>> drives;
         for (const std::string& file : TempFolder::NamesIn(Folder())) {
-            std::smatch numbers;
-            if (std::regex_match(file, numbers, name)) {
+            if (const testsupport::Match numbers = testsupport::WholeMatch(file, name); !numbers.empty()) {
                 drives.push_back({numbers[3], numbers[1], numbers[2]});
             }
         }
@@ -227,12 +226,12 @@ std::vector<std::string> WordsOf(const std::string& text) {
 
 // Serial numbers of a scenario, by the line that tells each.
 std::set<std::string> SerialsOf(const fs::path& scenario) {
-    static const std::regex line("Serial N[^:\n]*:\\s*([0-9A-Za-z]{4,})");
+    const std::string line = "Serial N[^:\n]*:\\s*([0-9A-Za-z]{4,})";
     std::set<std::string> serials;
     for (const auto& file : fs::directory_iterator(scenario)) {
         const std::string text = ReadFile(file.path());
-        for (std::sregex_iterator at(text.begin(), text.end(), line), end; at != end; ++at) {
-            serials.insert((*at)[1]);
+        for (const testsupport::Match& match : testsupport::MatchesIn(text, line)) {
+            serials.insert(match[1]);
         }
     }
     return serials;
@@ -248,7 +247,7 @@ TEST_P(RedactedCapture, HasNoSerialNumberAndIsOtherwiseTheSame) {
     (void)Capture({"--scenario", GetParam(), "--redact"});
     const std::set<std::string> serials = SerialsOf(kScenarios / GetParam());
     EXPECT_GT(serials.size(), 2U);
-    static const std::regex word("(serial|wwn)-\\d{4,}");
+    const std::string word = "(serial|wwn)-\\d{4,}";
     std::map<std::string, std::string> words;
     std::set<std::string> used;
     EXPECT_EQ(TempFolder::NamesIn(Folder()), TempFolder::NamesIn(Plain()));
@@ -269,7 +268,8 @@ TEST_P(RedactedCapture, HasNoSerialNumberAndIsOtherwiseTheSame) {
                 EXPECT_EQ(words.count(before[place]), 0U) << before[place];
                 continue;
             }
-            EXPECT_TRUE(std::regex_match(after[place], word)) << name << ": " << after[place].substr(0, 100);
+            EXPECT_FALSE(testsupport::WholeMatch(after[place], word).empty())
+                << name << ": " << after[place].substr(0, 100);
             EXPECT_EQ(words.emplace(before[place], after[place]).first->second, after[place]);
             used.insert(after[place]);
         }

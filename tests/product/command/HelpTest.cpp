@@ -2,12 +2,12 @@
 
 #include "scenario/ScenarioFolder.h"
 #include "test_support/Command.h"
+#include "test_support/Pattern.h"
 
 #include <gmock/gmock.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <regex>
 #include <set>
 #include <sstream>
 
@@ -84,10 +84,9 @@ TEST(HelpTest, FitsATerminal) {
 }
 
 std::set<std::string> OptionsIn(const std::string& text) {
-    const std::regex option("--[a-z]+(-[a-z]+)*");
     std::set<std::string> options;
-    for (std::sregex_iterator at(text.begin(), text.end(), option), end; at != end; ++at) {
-        options.insert(at->str());
+    for (const testsupport::Match& option : testsupport::MatchesIn(text, "--[a-z]+(-[a-z]+)*")) {
+        options.insert(option.front());
     }
     return options;
 }
@@ -142,7 +141,7 @@ TEST_P(CompletionTest, KnowsEveryOptionAndSubcommandAndIsUnderstood) {
     for (const char* const subcommand : kSubcommands) {
         EXPECT_THAT(text, HasSubstr(subcommand));
     }
-    const std::vector<std::string> words = Words(std::regex_replace(text, std::regex("[\"'()]"), " "));
+    const std::vector<std::string> words = Words(testsupport::Replaced(text, "[\"'()]", " "));
     for (const std::string& scenario : scenario::ScenarioNames(COMMAND_TEST_SCENARIOS)) {
         EXPECT_TRUE(Holds(words, scenario)) << scenario;
     }

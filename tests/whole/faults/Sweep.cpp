@@ -69,7 +69,7 @@ unsigned long Sweep(Scene& scene, const SweepOptions& options) {
         const auto kind = static_cast<Kind>(number);
         const unsigned long stride = kind == Kind::Memory  ? options.memoryStride
                                      : kind == Kind::Trace ? options.traceStride
-                                                           : 1;
+                                                           : options.callStride;
         for (const bool isLasting : {false, true}) {
             if ((options.only && *options.only != kind) || usual.calls.at(number) == 0 ||
                 (isLasting && (options.isOnceOnly || !CanLast(kind)))) {

@@ -10,7 +10,8 @@ namespace faults {
 
 struct SweepOptions {
     unsigned long memoryStride = 1;  ///< every so many allocations
-    unsigned long traceStride = 1;   ///< every so many lines of the trace; every other kind is swept whole
+    unsigned long traceStride = 1;   ///< every so many lines of the trace
+    unsigned long callStride = 1;    ///< every so many calls of each other kind
     std::optional<Kind> only;
     bool isOnceOnly = false;  ///< without the faults that last
 };

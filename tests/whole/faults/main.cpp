@@ -1,4 +1,4 @@
-// faults SCENE [--stride N] [--lines N] [--kind NAME] [--once]: the sweep over a scene.
+// faults SCENE [--stride N] [--lines N] [--calls N] [--kind NAME] [--once]: the sweep over a scene.
 // faults folders | checks: result folders that are of no use; what the checks notice.
 #include "Checks.h"
 #include "Folders.h"
@@ -59,6 +59,8 @@ SweepOptions ReadOptions(const std::vector<std::string>& words) {
             options.memoryStride = std::stoul(words.at(++at));
         } else if (words[at] == "--lines") {
             options.traceStride = std::stoul(words.at(++at));
+        } else if (words[at] == "--calls") {
+            options.callStride = std::stoul(words.at(++at));
         } else if (words[at] == "--kind") {
             options.only = KindNamed(words.at(++at));
         } else {
@@ -79,7 +81,8 @@ unsigned long Run(const std::string& name, Scene& scene, const SweepOptions& opt
 
 int main(int count, char** arguments) try {
     if (count < 2) {
-        std::fprintf(stderr, "usage: faults SCENE [--stride N] [--lines N] [--kind NAME] [--once]\n");
+        std::fprintf(stderr,
+                     "usage: faults SCENE [--stride N] [--lines N] [--calls N] [--kind NAME] [--once]\n");
         return EXIT_FAILURE;
     }
     // What a trial that died had started comes back here to be waited for.

@@ -1,6 +1,7 @@
 #include "HostedProvider.h"
 
 #include "test_support/MethodCaller.h"
+#include "test_support/Pattern.h"
 
 #include <sys/prctl.h>
 #include <sys/wait.h>
@@ -12,7 +13,6 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <regex>
 #include <stdexcept>
 #include <utility>
 
@@ -69,17 +69,17 @@ std::ptrdiff_t CountDescriptors() {
 }
 
 std::vector<std::string> WithoutPaths(std::vector<std::string> lines) {
-    static const std::regex kPath("[^( ]*/tmp/MSRAID/[0-9a-f]{8,}_[0-9a-f]{8,}_MngSrvRaid\\.txt");
+    constexpr const char* kPath = "[^( ]*/tmp/MSRAID/[0-9a-f]{8,}_[0-9a-f]{8,}_MngSrvRaid\\.txt";
     for (std::string& line : lines) {
-        line = std::regex_replace(line, kPath, "FILE");
+        line = testsupport::Replaced(line, kPath, "FILE");
     }
     return lines;
 }
 
 std::vector<std::string> WithoutNumbers(std::vector<std::string> names) {
-    static const std::regex kNumbers("[0-9a-f]{8,}_[0-9a-f]{8,}_");
+    constexpr const char* kNumbers = "[0-9a-f]{8,}_[0-9a-f]{8,}_";
     for (std::string& name : names) {
-        name = std::regex_replace(name, kNumbers, "NUMBER_");
+        name = testsupport::Replaced(name, kNumbers, "NUMBER_");
     }
     return names;
 }

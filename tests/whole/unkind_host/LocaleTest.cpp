@@ -2,11 +2,11 @@
 #include "UnkindHostTest.h"
 
 #include "qel/portable/CTraceOutput.h"
+#include "test_support/Pattern.h"
 
 #include <clocale>
 #include <cstdlib>
 #include <locale>
-#include <regex>
 #include <sstream>
 #include <stdexcept>
 
@@ -38,8 +38,8 @@ class LocaleTest : public UnkindHostTest, public testing::WithParamInterface<con
             text += line + "\n";
         }
         const std::string written = testsupport::ReadFile(traceFile);
-        const std::regex changing("([0-9]{4}-[0-9]{2}-[0-9]{2}T[0-9:]{8}\\.[0-9]{6}Z\t[0-9]+)\t");
-        return text + std::regex_replace(written, changing, "TIME THREAD\t");
+        const char* const changing = "([0-9]{4}-[0-9]{2}-[0-9]{2}T[0-9:]{8}\\.[0-9]{6}Z\t[0-9]+)\t";
+        return text + testsupport::Replaced(written, changing, "TIME THREAD\t");
     }
 };
 
@@ -63,9 +63,7 @@ INSTANTIATE_TEST_SUITE_P(All, LocaleTest,
                          testing::Values("C.UTF-8", "tr_TR.UTF-8", "de_DE.UTF-8", "fr_FR.UTF-8",
                                          "fa_IR.UTF-8", "ar_EG.UTF-8", "hi_IN.UTF-8", "en_IN.UTF-8",
                                          "ru_RU.KOI8-R", "ja_JP.EUC-JP", "zh_TW.BIG5", "zh_CN.GB18030"),
-                         [](const auto& locale) {
-                             return std::regex_replace(std::string(locale.param), std::regex("\\W"), "_");
-                         });
+                         [](const auto& locale) { return testsupport::Replaced(locale.param, "\\W", "_"); });
 
 // Were it not so, the tests above would show nothing.
 TEST_F(LocaleTest, OfAnotherCountryGroupsDigitsInStreams) {
