@@ -112,7 +112,7 @@ void CheckSeries(const inventory::Snapshot& snapshot) {
 }
 
 void CheckHealth(const inventory::Snapshot& snapshot) {
-    const inventory::Health health = snapshot.Judge();
+    const inventory::Health& health = snapshot.TheHealth();
     Require(std::is_sorted(health.findings.begin(), health.findings.end(),
                            [](const auto& one, const auto& other) { return one.level > other.level; }),
             "the worst finding comes first");

@@ -14,6 +14,10 @@ std::string InLowerCase(std::string_view text) {
     return lower;
 }
 
+bool IsSameWord(std::string_view one, std::string_view other) {
+    return InLowerCase(one) == InLowerCase(other);
+}
+
 std::string_view Trimmed(std::string_view text) {
     constexpr std::string_view kWhite = " \t\r\n\v\f";
     text.remove_prefix(std::min(text.find_first_not_of(kWhite), text.size()));

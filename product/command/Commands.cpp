@@ -82,11 +82,11 @@ struct Shown {
     std::optional<Failure> failure = {};
 };
 
-/// Adds the SMART data of every drive whose place is known. A drive that cannot answer is not to hide the
+/// Asks for the SMART data of every drive whose place is known. A drive that cannot answer is not to hide the
 /// others: the first failure is returned.
-std::optional<Failure> AskForAllDrives(ServerInquiry& inquiry, Snapshot& snapshot) {
+std::optional<Failure> AskForDrives(ServerInquiry& inquiry, const std::vector<DrivePlace>& places,
+                                    std::vector<inventory::DriveAnswer>& answers) {
     std::optional<Failure> failure;
-    const std::vector<DrivePlace> places = calls::DrivePlaces(snapshot.TheServer());
     for (std::size_t number = 0; number < places.size(); ++number) {
         const DrivePlace& place = places[number];
         inquiry->ShowDone(number, places.size());
@@ -95,7 +95,8 @@ std::optional<Failure> AskForAllDrives(ServerInquiry& inquiry, Snapshot& snapsho
         }
         try {
             const std::string xml = inquiry->AskForDrive(place);
-            snapshot.Add({place.controller, place.enclosure, place.slot, ReadDocument(xml, kFromModule)});
+            answers.push_back(
+                {place.controller, place.enclosure, place.slot, ReadDocument(xml, kFromModule)});
         } catch (const Failure& error) {
             if (!failure) {
                 failure = Failure(error.WhatKind(), "SMART data are missing: controller " + place.controller +
@@ -109,8 +110,11 @@ std::optional<Failure> AskForAllDrives(ServerInquiry& inquiry, Snapshot& snapsho
 
 Shown AskWithSmart(const Options& options) {
     ServerInquiry inquiry(options);
-    Snapshot snapshot(ReadDocument(inquiry->AskForServer(), kFromModule));
-    const std::optional<Failure> failure = AskForAllDrives(inquiry, snapshot);
+    inventory::Document document = ReadDocument(inquiry->AskForServer(), kFromModule);
+    std::vector<inventory::DriveAnswer> answers;
+    const std::optional<Failure> failure =
+        AskForDrives(inquiry, calls::DrivePlaces(inventory::Survey(document)), answers);
+    Snapshot snapshot(std::move(document), "", std::move(answers));
     snapshot.runs = inquiry->Runs();
     return {Present(snapshot, options), failure};
 }
@@ -134,7 +138,7 @@ int TellHealth(const Options& options, const basics::DocumentTarget& target) {
     const std::string xml =
         options.document ? ReadFile(*options.document) : ServerInquiry(options)->AskForServer();
     const Snapshot snapshot(ReadDocument(xml, options.document.value_or(kFromModule)));
-    const inventory::Health health = snapshot.Judge();
+    const inventory::Health& health = snapshot.TheHealth();
     target.Store(views::MonitoringLine(health, options.isVerbose));
     return inventory::PlugInStatusOf(health.level);
 }

@@ -109,6 +109,10 @@ class Parser final {
                   "(exceptions) separated by commas, or all");
         AddOption("--trace-file", m_Options.traceFile, "FILE",
                   "Trace to this file; all levels without --trace");
+        AddOption(
+            "--timeout", m_Timeout, "SECONDS",
+            "End the tool when it takes longer, and all that it started; 0: never.\n50 for health, which "
+            "monitoring waits for; else 300");
         AddOption("--app-key", m_Options.appKey, "KEY", "Application key of the caller");
         AddOption("--output", m_Options.output, "FILE",
                   "Store what is printed in this file; - is standard output");
@@ -242,6 +246,7 @@ class Parser final {
         m_Options.action = chosen->action;
         m_Options.subcommand = chosen->app->get_name();
         ChooseFormat();
+        ChooseTimeLimit();
         switch (m_Options.action) {
             case Options::Action::Smart:
             case Options::Action::GetPDInfo:
@@ -307,6 +312,23 @@ class Parser final {
         m_Options.format = found->format;
     }
 
+    void ChooseTimeLimit() {
+        // A monitoring system that waits for a minute is to hear the reason, not to give up before.
+        constexpr unsigned kHealthSeconds = 50;
+        constexpr unsigned kSeconds = 300;
+        constexpr unsigned kMostSeconds = 1'000'000;
+        unsigned seconds = m_Options.action == Options::Action::Health ? kHealthSeconds : kSeconds;
+        if (m_Timeout) {
+            const std::optional<unsigned> given = basics::NumberFrom<unsigned>(*m_Timeout);
+            if (!given || *given > kMostSeconds) {
+                Reject("--timeout takes whole seconds up to 1000000, or 0 for none, not " +
+                       Quoted(*m_Timeout));
+            }
+            seconds = *given;
+        }
+        m_Options.timeLimit = std::chrono::seconds(seconds);
+    }
+
     void CheckDocument() const {
         if (m_Options.document && m_Options.scenario) {
             Reject("--scenario is a server to ask, which --document leaves alone");
@@ -335,6 +357,7 @@ class Parser final {
     Options m_Options;
     std::optional<std::string> m_Trace;
     std::optional<std::string> m_Format;
+    std::optional<std::string> m_Timeout;
     std::array<std::optional<std::string>, 3> m_Drive;
     bool m_Version = false;
     CLI::App m_App{kDescription, kName};

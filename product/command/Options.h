@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <chrono>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -38,6 +39,7 @@ struct Options {
     std::string folder;                   ///< of Capture
     bool isRedacted = false;              ///< of Capture
     std::string before, after;            ///< of Diff: files of documents
+    std::chrono::seconds timeLimit{0};    ///< for what runs the tool; 0: none
     unsigned traceLevels = 0;
     std::string helpText;
 };

@@ -105,9 +105,9 @@ std::string StartWorker(const Options& options) {
         {.resultDirectory = calls::ResultDirectory(),
          .drawsProgress = ShowsProgress(options),
          .program = "mngsrvraid",
-         .interrupted =
-             isCapture ? "interrupted; the capture in " + basics::OneLine(options.folder) + " is incomplete"
-                       : "interrupted",
+         .remains = isCapture ? "; the capture in " + basics::OneLine(options.folder) + " is incomplete" : "",
+         .timeLimit = options.timeLimit,
+         .overtimeStatus = static_cast<int>(ExitStatus::MethodFailed),
          .tellEnd = options.action == Options::Action::Health ? TellUnknownHealth : nullptr,
          .privateFolder = isCapture ? "mngsrvraid.records" : nullptr});
 }

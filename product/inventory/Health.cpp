@@ -1,198 +1,258 @@
 #include "inventory/Health.h"
 
+#include "CrossChecks.h"
+#include "Redundancy.h"
+#include "States.h"
 #include "basics/Words.h"
+#include "inventory/Smart.h"
 
 #include <algorithm>
+#include <unordered_map>
 #include <utility>
 
 namespace inventory {
 namespace {
 
-struct Rule {
-    std::string_view state;
-    Level level;
-};
-
-constexpr Rule kDriveRules[] = {
-    {"NO ERROR", Level::Ok},
-    {"REBUILD", Level::Warning},
-    {"ERROR", Level::Critical},
-};
-constexpr Rule kLogicalDriveRules[] = {
-    {"OPTIMAL", Level::Ok},       {"INITIALIZING", Level::Warning}, {"RECONSTRUCTION", Level::Warning},
-    {"OFFLINE", Level::Critical}, {"FAILED", Level::Critical},
-};
-constexpr std::string_view kDegraded[] = {"DEGRADED", "PARTIALLY DEGRADED"};
-constexpr Rule kControllerRules[] = {
-    {"OK", Level::Ok},           {"OPTIMAL", Level::Ok},        {"NEEDS ATTENTION", Level::Warning},
-    {"WARNING", Level::Warning}, {"DEGRADED", Level::Warning},  {"FAILED", Level::Critical},
-    {"ERROR", Level::Critical},  {"CRITICAL", Level::Critical},
-};
-constexpr Rule kBackupUnitRules[] = {
-    {"OPTIMAL", Level::Ok},       {"OK", Level::Ok},
-    {"LEARNING", Level::Ok},      {"CHARGING", Level::Ok},
-    {"DEGRADED", Level::Warning}, {"FAILED", Level::Warning},
-    {"LOW", Level::Warning},      {"MISSING", Level::Warning},
-};
-constexpr Rule kSmartRules[] = {
-    {"OK", Level::Ok},
-    {"ALERT", Level::Warning},
-    {"FAILED", Level::Critical},
-};
-
-// Without the locale, in which some letters have no other case.
-bool IsSameWord(std::string_view one, std::string_view other) {
-    return basics::InLowerCase(one) == basics::InLowerCase(other);
-}
-
-template <typename Rules>
-Level Look(const Rules& rules, std::string_view state) {
-    const auto* const rule = std::find_if(std::begin(rules), std::end(rules), [state](const Rule& each) {
-        return IsSameWord(each.state, state);
-    });
-    return rule == std::end(rules) ? Level::Unknown : rule->level;
-}
-
-/// A count of failures that are foreseen. Some controllers print a dash or the like for one that they do not
-/// keep.
-Level PredictionLevel(const Drive& drive) {
-    const std::string& count = drive.predictiveFailures;
-    if (count.empty() || count == "-" || IsSameWord(count, "N/A")) {
-        return Level::Ok;
-    }
-    if (count.find_first_not_of("0123456789") != std::string::npos) {
-        return Level::Unknown;
-    }
-    return count.find_first_not_of('0') == std::string::npos ? Level::Ok : Level::Warning;
+std::string NameOr(const std::string& name, const char* unnamed) {
+    return name.empty() ? unnamed : name;
 }
 
 std::string SmartStatusOf(const Drive& drive) {
     return drive.smart == nullptr ? "" : ValueOf(*drive.smart, "SMART Status");
 }
 
-Level SmartLevel(const Drive& drive) {
-    const std::string status = SmartStatusOf(drive);
-    return status.empty() ? Level::Ok : Look(kSmartRules, status);
-}
-
-Level StatusLevel(const Drive& drive) {
-    Level level = drive.statuses.empty() ? Level::Unknown : Level::Ok;
-    for (const std::string& status : drive.statuses) {
-        level = std::max(level, Look(kDriveRules, status));
-    }
-    return level;
-}
-
-bool IsDegraded(const LogicalDrive& drive) {
-    return std::any_of(std::begin(kDegraded), std::end(kDegraded),
-                       [&](std::string_view state) { return IsSameWord(state, drive.state); });
-}
-
-bool IsRebuilding(const Drive& drive) {
-    return std::any_of(drive.statuses.begin(), drive.statuses.end(),
-                       [](const std::string& status) { return IsSameWord(status, "REBUILD"); });
-}
-
-bool IsRebuilding(const Controller& controller, const Group& group) {
-    return std::any_of(controller.drives.begin(), controller.drives.end(), [&](const Drive& drive) {
-        return IsRebuilding(drive) && GroupOf(controller, drive) == &group;
-    });
-}
-
-/// A state as a reason: one that has no rule is quoted, since it may be any text.
-std::string Reason(const std::string& state, Level level) {
-    if (state.empty()) {
-        return "no state is told";
-    }
-    return level == Level::Unknown ? "unknown state \"" + state + '"' : state;
-}
-
-std::string WhatOf(const Drive& drive) {
-    std::vector<std::string> what;
-    if (const Level level = StatusLevel(drive); level != Level::Ok) {
-        what.push_back(Reason(StatusOf(drive), level));
-    }
-    if (const Level level = PredictionLevel(drive); level != Level::Ok) {
-        what.push_back(level == Level::Warning
-                           ? "failure predicted (" + drive.predictiveFailures + ")"
-                           : "predictive failure count \"" + drive.predictiveFailures + '"');
-    }
-    if (SmartLevel(drive) != Level::Ok) {
-        what.push_back("SMART status " + SmartStatusOf(drive));
-    }
-    return basics::Joined(what);
-}
-
-std::string WhatOf(const Controller& controller, const Group& group, const LogicalDrive& drive) {
-    if (!IsDegraded(drive)) {
-        return Reason(drive.state, LevelOf(controller, group, drive));
-    }
-    return drive.state + (IsRebuilding(controller, group) ? ", being rebuilt" : ", nothing is being rebuilt");
-}
-
-std::string WhatOf(const BackupUnit& unit) {
-    const std::string what = Reason(unit.status.empty() ? unit.presence : unit.status, LevelOf(unit));
-    return IsSameWord(unit.replacement, "Yes") ? what + ", replacement required" : what;
-}
-
-std::string NameOr(const std::string& name, const char* unnamed) {
-    return name.empty() ? unnamed : name;
-}
-
-/// Collects what is not well.
+/// Judges a controller with what belongs to it, and collects what is not well.
 class Inspection final {
   public:
-    void Inspect(const Controller& controller) {
+    explicit Inspection(std::vector<Finding>& findings) : m_Findings(findings) {}
+
+    void Inspect(Controller& controller) {
+        const CrossChecks checks(controller);
         m_Controller = controller.number;
-        Note(LevelOf(controller), {}, {}, Reason(controller.status, LevelOf(controller)));
-        for (const BackupUnit& unit : controller.backupUnits) {
-            Note(LevelOf(unit), {}, unit.name, WhatOf(unit));
-        }
+        m_Standings.clear();
         for (const Group& group : controller.groups) {
-            InspectMembers(controller, group);
-            for (const LogicalDrive& drive : group.logicalDrives) {
-                Note(LevelOf(controller, group, drive), group.number, NameOr(drive.number, "a logical drive"),
-                     WhatOf(controller, group, drive));
-            }
+            m_Standings.push_back(StandingOf(controller, group));
         }
-        for (const Drive& drive : controller.drives) {
-            if (Finding* const finding =
-                    Note(LevelOf(drive), drive.group, NameOr(drive.number, "a drive"), WhatOf(drive))) {
-                finding->enclosure = drive.enclosure;
-                finding->slot = drive.slot;
-            }
+        InspectItself(checks, controller);
+        for (BackupUnit& unit : controller.backupUnits) {
+            unit.health = Level::Ok;
+            Note(LevelOfUnit(unit), WhatOf(unit), {.part = unit.name}, unit.health);
         }
+        for (Drive& drive : controller.drives) {
+            Inspect(drive, checks, controller);
+        }
+        for (Group& group : controller.groups) {
+            Inspect(group, checks, controller);
+        }
+        RollUp(controller);
     }
 
-    [[nodiscard]] std::vector<Finding> Findings() {
-        std::stable_sort(m_Findings.begin(), m_Findings.end(),
-                         [](const Finding& one, const Finding& other) { return one.level > other.level; });
-        return std::move(m_Findings);
+    /// A drive of which alone is known: nothing else can confirm what it says.
+    void InspectAlone(Controller& controller) {
+        m_Controller = controller.number;
+        Drive& drive = controller.drives.front();
+        Reasons reasons;
+        AddStates(drive, Standing(), drive.membership.starts_with("LD"), reasons);
+        Note(drive, reasons);
+        RollUp(controller);
     }
 
   private:
-    // A drive that its group names and that nobody reports may be anything, or gone.
-    void InspectMembers(const Controller& controller, const Group& group) {
-        for (const Member& member : group.members) {
-            if (DriveOf(controller, member) == nullptr) {
-                Finding* const finding = Note(Level::Unknown, group.number, NameOr(member.number, "a drive"),
-                                              "its group names it, no drive is reported");
-                finding->enclosure = member.enclosure;
-                finding->slot = member.slot;
+    /// What is not well about a part.
+    struct Reasons {
+        Level level = Level::Ok;
+        std::vector<std::string> words;
+
+        void Add(Level reason, std::string what) {
+            if (reason != Level::Ok) {
+                level = std::max(level, reason);
+                words.push_back(std::move(what));
             }
         }
-    }
-
-    Finding* Note(Level level, const std::string& group, const std::string& part, const std::string& what) {
-        if (level == Level::Ok) {
-            return nullptr;
+        void AddUnknown(const std::vector<std::string>& whats) {
+            for (const std::string& what : whats) {
+                Add(Level::Unknown, what);
+            }
         }
-        return &m_Findings.emplace_back(Finding{level, m_Controller, group, part, "", "", what});
+    };
+
+    static std::string WhatOf(const BackupUnit& unit) {
+        BackupUnit kept = unit;
+        kept.replacement.clear();
+        std::vector<std::string> words = {
+            Reason(unit.status.empty() ? unit.presence : unit.status, LevelOfUnit(kept))};
+        BackupUnit worn;
+        worn.replacement = unit.replacement;
+        if (const Level level = LevelOfUnit(worn); level == Level::Warning) {
+            words.emplace_back("replacement required");
+        } else if (level == Level::Unknown) {
+            words.push_back("replacement required: \"" + unit.replacement + '"');
+        }
+        return basics::Joined(words);
     }
 
+    void InspectItself(const CrossChecks& checks, Controller& controller) {
+        Reasons reasons;
+        const Level status = LevelOfControllerStatus(controller.status);
+        reasons.Add(status, Reason(controller.status, status));
+        reasons.AddUnknown(checks.OfController());
+        controller.statusHealth = Level::Ok;
+        Note(reasons, {.part = controller.number.empty() ? "a controller" : ""}, controller.statusHealth);
+    }
+
+    void Inspect(Group& group, const CrossChecks& checks, const Controller& controller) {
+        const Standing& standing = m_Standings[static_cast<std::size_t>(&group - controller.groups.data())];
+        group.health = Level::Ok;
+        Reasons reasons;
+        reasons.AddUnknown(checks.Of(group));
+        Note(reasons, {.group = group.number}, group.health);
+        for (const Member& member : group.members) {
+            InspectMember(member, controller, group);
+        }
+        for (LogicalDrive& drive : group.logicalDrives) {
+            Inspect(drive, standing, checks, group);
+        }
+    }
+
+    // A drive that its group names and that nobody reports may be anything, or gone.
+    void InspectMember(const Member& member, const Controller& controller, Group& group) {
+        if (const Drive* const drive = DriveOf(controller, member)) {
+            group.health = std::max(group.health, drive->health);
+            return;
+        }
+        Note(Level::Unknown, "its group names it, no drive is reported",
+             {.group = group.number,
+              .part = NameOr(member.number, "a drive"),
+              .enclosure = member.enclosure,
+              .slot = member.slot},
+             group.health);
+    }
+
+    void Inspect(LogicalDrive& drive, const Standing& standing, const CrossChecks& checks, Group& group) {
+        Reasons reasons;
+        if (IsDegraded(drive)) {
+            reasons.Add(LevelOf(standing.risk), drive.state + ", " + Describe(standing));
+        } else {
+            const Level level = LevelOfLogicalDriveState(drive.state);
+            reasons.Add(level, Reason(drive.state, level));
+        }
+        reasons.AddUnknown(checks.Of(drive));
+        drive.health = Level::Ok;
+        Note(reasons, {.group = group.number, .part = NameOr(drive.number, "a logical drive")}, drive.health);
+        group.health = std::max(group.health, drive.health);
+    }
+
+    void Inspect(Drive& drive, const CrossChecks& checks, const Controller& controller) {
+        const std::size_t group = checks.GroupNaming(drive);
+        const bool isMember = group != kNowhere;
+        const Standing standing = isMember ? m_Standings[group] : Standing();
+        Reasons reasons;
+        AddStates(drive, standing, isMember || drive.membership.starts_with("LD"), reasons);
+        if (isMember && HasDroppedOut(drive)) {
+            reasons.Add(
+                std::max(Level::Warning, LevelOf(standing.risk)),
+                drive.detail + ", dropped out of " + NameOr(controller.groups[group].number, "its group"));
+        }
+        reasons.AddUnknown(checks.Of(drive));
+        Note(drive, reasons);
+    }
+
+    /// What the drive itself says. A drive that announces its failure is the one more fault that its group
+    /// bears, or does not.
+    static void AddStates(const Drive& drive, const Standing& standing, bool isInUse, Reasons& reasons) {
+        const Level announced = isInUse && !standing.bearsOneMore ? Level::Critical : Level::Warning;
+        AddStatus(drive, standing, isInUse, reasons);
+        if (const Level level = LevelOfPredictions(drive.predictiveFailures); level != Level::Ok) {
+            const bool isKnown = level == Level::Warning;
+            reasons.Add(isKnown ? announced : level,
+                        isKnown ? "failure predicted (" + drive.predictiveFailures + ")"
+                                : "predictive failure count \"" + drive.predictiveFailures + '"');
+        }
+        if (drive.smart == nullptr) {
+            return;
+        }
+        const std::string status = SmartStatusOf(drive);
+        const Level level = LevelOfSmartStatus(status);
+        reasons.Add(level == Level::Critical ? announced : level, "SMART status " + status);
+        for (const std::string& row : FailingRowsOf(SmartOf(drive))) {
+            reasons.Add(announced, "SMART " + row);
+        }
+    }
+
+    static void AddStatus(const Drive& drive, const Standing& standing, bool isInUse, Reasons& reasons) {
+        Level level = drive.statuses.empty() ? Level::Unknown : Level::Ok;
+        for (const std::string& status : drive.statuses) {
+            level = std::max(level, LevelOfDriveStatus(status));
+        }
+        if (level == Level::Critical) {  // What has failed counts by what it takes along: a spare nothing.
+            const bool isBorne = !isInUse || standing.risk != Risk::None;
+            level = isBorne ? std::max(Level::Warning, isInUse ? LevelOf(standing.risk) : Level::Ok) : level;
+        }
+        reasons.Add(level, Reason(StatusOf(drive), level));
+    }
+
+    static void RollUp(Controller& controller) {
+        Level level = controller.item == nullptr ? Level::Ok : controller.statusHealth;
+        const auto add = [&level](const auto& parts) {
+            for (const auto& part : parts) {
+                level = std::max(level, part.health);
+            }
+        };
+        add(controller.backupUnits);
+        add(controller.groups);
+        add(controller.drives);
+        controller.health = level;
+    }
+
+    void Note(Drive& drive, const Reasons& reasons) {
+        drive.health = Level::Ok;
+        Note(reasons,
+             {.group = drive.group,
+              .part = NameOr(drive.number, "a drive"),
+              .enclosure = drive.enclosure,
+              .slot = drive.slot,
+              .product = drive.product,
+              .serial = drive.serial},
+             drive.health);
+    }
+
+    void Note(const Reasons& reasons, Finding part, Level& health) {
+        Note(reasons.level, basics::Joined(reasons.words), std::move(part), health);
+    }
+
+    void Note(Level level, std::string what, Finding part, Level& health) {
+        if (level == Level::Ok) {
+            return;
+        }
+        part.level = level;
+        part.controller = m_Controller;
+        part.what = std::move(what);
+        m_Findings.push_back(std::move(part));
+        health = std::max(health, level);
+    }
+
+    std::vector<Finding>& m_Findings;
     std::string m_Controller;
-    std::vector<Finding> m_Findings;
+    std::vector<Standing> m_Standings;  ///< of the controller's groups
 };
+
+/// Controllers that the document tells twice: which of them is meant?
+void NoteRepeats(Server& server, std::vector<Finding>& findings) {
+    std::unordered_map<std::string, std::size_t> counts;
+    for (const Controller& controller : server.controllers) {
+        ++counts[controller.number];
+    }
+    for (Controller& controller : server.controllers) {
+        std::size_t& count = counts[controller.number];
+        if (count > 1 && !controller.number.empty()) {
+            findings.push_back({.level = Level::Unknown,
+                                .controller = controller.number,
+                                .what = "the document tells it more than once"});
+            controller.health = std::max(controller.health, Level::Unknown);
+            count = 0;
+        }
+    }
+}
 
 Counts CountAll(const Server& server) {
     Counts counts;
@@ -213,16 +273,6 @@ std::string Number(std::size_t count, const char* one) {
 
 }  // namespace
 
-std::string_view NameOf(Level level) {
-    constexpr std::string_view kNames[] = {"OK", "UNKNOWN", "WARNING", "CRITICAL"};
-    return kNames[static_cast<std::size_t>(level)];
-}
-
-int PlugInStatusOf(Level level) {
-    constexpr int kStatuses[] = {0, 3, 1, 2};
-    return kStatuses[static_cast<std::size_t>(level)];
-}
-
 std::string PlaceOf(const Finding& finding) {
     std::string place;
     const auto add = [&place](const std::string& before, const std::string& text) {
@@ -241,63 +291,26 @@ std::string PlaceOf(const Finding& finding) {
     return place.empty() ? "a part without a name" : place;
 }
 
-Level LevelOf(const Drive& drive) {
-    return std::max({StatusLevel(drive), PredictionLevel(drive), SmartLevel(drive)});
+std::string IdentityOf(const Finding& finding) {
+    const std::string serial = finding.serial.empty() ? "" : "serial number " + finding.serial;
+    return finding.product + (finding.product.empty() || serial.empty() ? "" : ", ") + serial;
 }
 
-Level LevelOf(const Controller& controller, const Group& group, const LogicalDrive& drive) {
-    if (IsDegraded(drive)) {
-        return IsRebuilding(controller, group) ? Level::Warning : Level::Critical;
-    }
-    return Look(kLogicalDriveRules, drive.state);
+std::string Describe(const Finding& finding) {
+    const std::string identity = IdentityOf(finding);
+    return PlaceOf(finding) + ": " + finding.what + (identity.empty() ? "" : " (" + identity + ")");
 }
 
-Level LevelOf(const BackupUnit& unit) {
-    const Level worn = IsSameWord(unit.replacement, "Yes") ? Level::Warning : Level::Ok;
-    if (unit.status.empty()) {
-        const bool isTold = IsSameWord(unit.presence, "Absent") || IsSameWord(unit.presence, "Present");
-        return std::max(worn, isTold || unit.presence.empty() ? Level::Ok : Level::Unknown);
-    }
-    return std::max(worn, Look(kBackupUnitRules, unit.status));
-}
-
-Level LevelOf(const Controller& controller) {
-    return controller.status.empty() ? Level::Ok : Look(kControllerRules, controller.status);
-}
-
-Level LevelOf(const Controller& controller, const Group& group) {
-    Level level = Level::Ok;
-    for (const LogicalDrive& drive : group.logicalDrives) {
-        level = std::max(level, LevelOf(controller, group, drive));
-    }
-    for (const Member& member : group.members) {
-        const Drive* const drive = DriveOf(controller, member);
-        level = std::max(level, drive == nullptr ? Level::Unknown : LevelOf(*drive));
-    }
-    return level;
-}
-
-Level OverallLevelOf(const Controller& controller) {
-    Level level = LevelOf(controller);
-    for (const BackupUnit& unit : controller.backupUnits) {
-        level = std::max(level, LevelOf(unit));
-    }
-    for (const Group& group : controller.groups) {
-        level = std::max(level, LevelOf(controller, group));
-    }
-    for (const Drive& drive : controller.drives) {
-        level = std::max(level, LevelOf(drive));
-    }
-    return level;
-}
-
-Health Judge(const Server& server) {
-    Inspection inspection;
-    for (const Controller& controller : server.controllers) {
-        inspection.Inspect(controller);
-    }
+Health Judge(Server& server) {
     Health health;
-    health.findings = inspection.Findings();
+    Inspection inspection(health.findings);
+    const bool isAboutDrive = OnlyDriveOf(server) != nullptr;
+    for (Controller& controller : server.controllers) {
+        isAboutDrive ? inspection.InspectAlone(controller) : inspection.Inspect(controller);
+    }
+    NoteRepeats(server, health.findings);
+    std::stable_sort(health.findings.begin(), health.findings.end(),
+                     [](const Finding& one, const Finding& other) { return one.level > other.level; });
     health.counts = CountAll(server);
     if (!health.findings.empty()) {
         health.level = health.findings.front().level;

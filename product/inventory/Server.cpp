@@ -17,9 +17,14 @@ constexpr std::string_view kGeneral = "### General Information ###";
 constexpr std::string_view kFirmware = "### Firmware/BIOS/Driver Information ###";
 constexpr std::string_view kEnclosure = "### Enclosure Properties Information ###";
 constexpr std::string_view kSmart = "### SMART Information ###";
+constexpr std::string_view kControllerSettings = "### Controller Settings Information ###";
+constexpr std::string_view kGroupSettings = "### LD Settings Information ###";
+// Printed with the general keys, and moved by the module.
+constexpr std::string_view kAccessPolicy = "Access Policy";
 constexpr std::string_view kTitleMark = "### ";
 constexpr std::string_view kTitleEnd = " Information ###";
 constexpr std::string_view kBackupUnit = "Backup Unit";
+constexpr std::string_view kControllerNumber = "Controller No.";
 constexpr std::string_view kNoGroup = "-";
 
 /// Calls `work` with every child of that name.
@@ -56,21 +61,41 @@ std::vector<std::string> ValuesIn(const Item& root, std::string_view title, std:
     return values;
 }
 
+/// Whether a section of that title tells anything; `but` does not count.
+bool TellsOf(const Item& root, std::string_view title, std::string_view but = "") {
+    bool tells = false;
+    ForEach(root, title, [&](const Item& section) {
+        for (const Item& key : ChildrenOf(section)) {
+            tells = tells || (!key.isPlaceholder && key.name != but);
+        }
+    });
+    return tells;
+}
+
+/// "Battery Backup Unit" of "### Battery Backup Unit Information ###".
+std::string WithoutMarks(std::string title) {
+    if (title.starts_with(kTitleMark) && title.ends_with(kTitleEnd) &&
+        title.size() >= kTitleMark.size() + kTitleEnd.size()) {
+        title = title.substr(kTitleMark.size(), title.size() - kTitleMark.size() - kTitleEnd.size());
+    }
+    return title;
+}
+
+/// Whatever the section is called, a status in it is somebody's.
 std::vector<BackupUnit> BackupUnitsOf(const Item& root) {
     std::vector<BackupUnit> units;
     for (const Item& section : ChildrenOf(root)) {
-        if (!section.name.starts_with(kTitleMark) || !section.name.ends_with(kTitleEnd) ||
+        BackupUnit unit;
+        unit.status = ValueOf(section, "Status");
+        unit.replacement = ValueOf(section, "Replacement Required");
+        if (unit.status.empty() && unit.replacement.empty() &&
             section.name.find(kBackupUnit) == std::string::npos) {
             continue;
         }
-        BackupUnit unit;
-        unit.name = section.name.substr(kTitleMark.size(),
-                                        section.name.size() - kTitleMark.size() - kTitleEnd.size());
+        unit.name = WithoutMarks(section.name);
         for (const std::string_view key : {"BBU", "FBU"}) {
             unit.presence = unit.presence.empty() ? ValueOf(section, key) : unit.presence;
         }
-        unit.status = ValueOf(section, "Status");
-        unit.replacement = ValueOf(section, "Replacement Required");
         units.push_back(std::move(unit));
     }
     return units;
@@ -78,7 +103,7 @@ std::vector<BackupUnit> BackupUnitsOf(const Item& root) {
 
 Controller ControllerFrom(const Item& root) {
     Controller controller;
-    controller.number = ValueIn(root, kGeneral, "Controller No.");
+    controller.number = ValueIn(root, kGeneral, kControllerNumber);
     controller.product = ValueIn(root, kGeneral, "Product Name");
     controller.serial = ValueIn(root, kGeneral, "Serial Number");
     controller.status = ValueIn(root, kGeneral, "Controller Status");
@@ -87,6 +112,8 @@ Controller ControllerFrom(const Item& root) {
         controller.firmware = ValueIn(root, kFirmware, "Firmware Version");
     }
     controller.backupUnits = BackupUnitsOf(root);
+    controller.hasTitle = TellsOf(root, kGeneral, kControllerNumber);
+    controller.hasSettings = TellsOf(root, kControllerSettings);
     controller.item = &root;
     return controller;
 }
@@ -119,6 +146,8 @@ Group GroupFrom(const Item& root) {
         group.members.push_back({ValueOf(item, "PD No."), ValueOf(item, "Enclosure No."),
                                  ValueOf(item, "Slot No."), ValueOf(item, "Capacity")});
     });
+    group.memberCount = ValueIn(root, kGeneral, "# of PD");
+    group.hasSettings = TellsOf(root, kGroupSettings, kAccessPolicy);
     group.item = &root;
     return group;
 }
@@ -159,8 +188,17 @@ Drive DriveFrom(const Item& root) {
     return drive;
 }
 
-/// Finds out which drives the members of groups are. The first of a number is the one that is meant.
-void FindMembers(Controller& controller) {
+/// Finds out which drives the members of groups are, and the drives' groups. The first of a number is the one
+/// that is meant.
+void Connect(Controller& controller) {
+    std::unordered_map<std::string_view, std::size_t> groups;
+    for (std::size_t place = 0; place < controller.groups.size(); ++place) {
+        groups.try_emplace(controller.groups[place].number, place);
+    }
+    for (Drive& drive : controller.drives) {
+        const auto found = groups.find(drive.group);
+        drive.groupPlace = found == groups.end() || drive.group.empty() ? kNowhere : found->second;
+    }
     std::unordered_map<std::string_view, std::size_t> places;
     for (std::size_t place = 0; place < controller.drives.size(); ++place) {
         places.try_emplace(controller.drives[place].number, place);
@@ -195,7 +233,7 @@ class Surveyor final {
 
     [[nodiscard]] Server Result() {
         for (Controller& controller : m_Server.controllers) {
-            FindMembers(controller);
+            Connect(controller);
         }
         return std::move(m_Server);
     }
@@ -236,14 +274,18 @@ std::string ValueOf(const Item& parent, std::string_view name) {
 }
 
 const Group* GroupOf(const Controller& controller, const Drive& drive) {
-    const auto found =
-        std::find_if(controller.groups.begin(), controller.groups.end(),
-                     [&](const Group& group) { return !drive.group.empty() && group.number == drive.group; });
-    return found == controller.groups.end() ? nullptr : &*found;
+    return drive.groupPlace < controller.groups.size() ? &controller.groups[drive.groupPlace] : nullptr;
 }
 
 const Drive* DriveOf(const Controller& controller, const Member& member) {
     return member.drive < controller.drives.size() ? &controller.drives[member.drive] : nullptr;
+}
+
+const Drive* OnlyDriveOf(const Server& server) {
+    const bool isAboutDrive = server.controllers.size() == 1 && server.controllers.front().item == nullptr &&
+                              server.controllers.front().groups.empty() &&
+                              server.controllers.front().drives.size() == 1;
+    return isAboutDrive ? &server.controllers.front().drives.front() : nullptr;
 }
 
 std::string StatusOf(const Drive& drive) {
@@ -261,6 +303,9 @@ std::string RoleOf(const Drive& drive) {
     }
     if (drive.membership == "DHS") {
         return "spare of " + (drive.group.empty() ? "a group" : drive.group);
+    }
+    if (drive.membership == "RLD") {
+        return "replaced (RLD)";
     }
     return drive.membership == "None" ? "unused" : drive.membership;
 }

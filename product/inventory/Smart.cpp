@@ -1,5 +1,7 @@
 #include "inventory/Smart.h"
 
+#include "basics/Words.h"
+
 #include <algorithm>
 #include <string_view>
 
@@ -7,6 +9,7 @@ namespace inventory {
 namespace {
 
 constexpr std::string_view kTableName = "SMART Detail(";
+constexpr std::string_view kAttribute = "Attribute";
 
 // Columns keep the order of the first row that has them; a row may hold two of one name.
 std::size_t ColumnFor(std::vector<std::string>& columns, const std::vector<bool>& isTaken,
@@ -33,6 +36,35 @@ void AddRow(const Item& row, Smart& smart) {
     smart.rows.push_back(std::move(cells));
 }
 
+std::string CellOf(const Smart& smart, const std::vector<std::string>& row, std::string_view name) {
+    for (std::size_t column = 0; column < row.size(); ++column) {
+        if (basics::IsSameWord(smart.columns[column], name)) {
+            return row[column];
+        }
+    }
+    return "";
+}
+
+/// The cell that says so; the attribute's own name may hold the word, too.
+std::string FailureIn(const Smart& smart, const std::vector<std::string>& row) {
+    for (std::size_t column = 0; column < row.size(); ++column) {
+        if (!basics::IsSameWord(smart.columns[column], kAttribute) &&
+            basics::InLowerCase(row[column]).starts_with("fail")) {
+            return row[column];
+        }
+    }
+    return "";
+}
+
+/// "12, threshold 36"; empty for a row whose value is above it, or that has no such numbers.
+std::string ShortfallIn(const Smart& smart, const std::vector<std::string>& row) {
+    const std::string value = CellOf(smart, row, "Value");
+    const std::string threshold = CellOf(smart, row, "Threshold");
+    const auto number = basics::NumberFrom<unsigned>(value);
+    const auto least = basics::NumberFrom<unsigned>(threshold);
+    return number && least && *least > 0 && *number <= *least ? value + ", threshold " + threshold : "";
+}
+
 }  // namespace
 
 Smart SmartOf(const Drive& drive) {
@@ -49,6 +81,19 @@ Smart SmartOf(const Drive& drive) {
         cells.resize(smart.columns.size());
     }
     return smart;
+}
+
+std::vector<std::string> FailingRowsOf(const Smart& smart) {
+    std::vector<std::string> failing;
+    for (const std::vector<std::string>& row : smart.rows) {
+        std::string why = FailureIn(smart, row);
+        why = why.empty() ? ShortfallIn(smart, row) : why;
+        if (!why.empty()) {
+            const std::string name = CellOf(smart, row, kAttribute);
+            failing.push_back((name.empty() ? "row" : name) + ": " + why);
+        }
+    }
+    return failing;
 }
 
 }  // namespace inventory

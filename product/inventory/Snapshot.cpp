@@ -3,24 +3,34 @@
 #include <utility>
 
 namespace inventory {
+namespace {
 
-Snapshot::Snapshot(Document document, const std::string& controller)
-    : m_Document(std::move(document)), m_Server(Survey(m_Document, controller)) {}
-
-void Snapshot::Add(DriveAnswer answer) {
+/// Hangs the SMART data of an answer at the drive that it is about.
+void Hang(const DriveAnswer& answer, Server& server) {
     const Server told = Survey(answer.document, answer.controller);
-    for (Controller& controller : m_Server.controllers) {
-        if (controller.number != answer.controller || told.controllers.empty() ||
-            told.controllers.front().drives.empty()) {
-            continue;
-        }
+    if (told.controllers.empty() || told.controllers.front().drives.empty()) {
+        return;
+    }
+    for (Controller& controller : server.controllers) {
         for (Drive& drive : controller.drives) {
-            if (drive.enclosure == answer.enclosure && drive.slot == answer.slot) {
+            if (controller.number == answer.controller && drive.enclosure == answer.enclosure &&
+                drive.slot == answer.slot) {
                 drive.smart = told.controllers.front().drives.front().smart;
             }
         }
     }
-    m_Answers.push_back(std::move(answer));
+}
+
+}  // namespace
+
+Snapshot::Snapshot(Document document, const std::string& controller, std::vector<DriveAnswer> answers)
+    : m_Document(std::move(document)),
+      m_Answers(std::move(answers)),
+      m_Server(Survey(m_Document, controller)) {
+    for (const DriveAnswer& answer : m_Answers) {
+        Hang(answer, m_Server);
+    }
+    m_Health = Judge(m_Server);
 }
 
 }  // namespace inventory

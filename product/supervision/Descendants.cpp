@@ -50,16 +50,30 @@ bool Reap() noexcept {
 
 }  // namespace
 
-std::vector<pid_t> Children() {
+std::vector<pid_t> ChildrenOf(pid_t parent) {
     std::vector<pid_t> children;
     std::error_code error;
     for (fs::directory_iterator at("/proc", error), end; !error && at != end; at.increment(error)) {
         const auto process = basics::NumberFrom<pid_t>(at->path().filename().string());
-        if (process && ParentOf(at->path()) == ::getpid()) {
+        if (process && ParentOf(at->path()) == parent) {
             children.push_back(*process);
         }
     }
     return children;
+}
+
+std::string CommandOf(pid_t process) {
+    std::ifstream file(fs::path("/proc") / std::to_string(process) / "cmdline");
+    std::vector<std::string> words;
+    for (std::string word; std::getline(file, word, '\0');) {
+        words.push_back(word);
+    }
+    constexpr std::size_t kShellWords = 3;  // sh -c COMMAND
+    const std::string command =
+        words.size() == kShellWords && words[1] == "-c" ? words.back() : basics::Joined(words, " ");
+    const std::size_t end = command.find(' ');
+    const std::size_t folder = command.substr(0, end).rfind('/');
+    return folder == std::string::npos ? command : command.substr(folder + 1);
 }
 
 bool EndDescendants() {
@@ -70,7 +84,7 @@ bool EndDescendants() {
         if (time > kTimeToEnd + kTimeToBeKilled) {
             return false;
         }
-        for (const pid_t child : Children()) {
+        for (const pid_t child : ChildrenOf(::getpid())) {
             if (time > kTimeToEnd) {
                 ::kill(child, SIGKILL);
             } else if (std::find(asked.begin(), asked.end(), child) == asked.end()) {

@@ -18,6 +18,7 @@
 #include <filesystem>
 #include <optional>
 #include <system_error>
+#include <vector>
 
 namespace supervision {
 namespace {
@@ -104,14 +105,17 @@ void RemoveResultFiles(const std::string& directory, pid_t worker) {
 class Parent final {
   public:
     Parent(const Supervision& supervision, const SignalQueue& signals, pid_t worker, std::string folder)
-        : m_Supervision(supervision), m_Signals(signals), m_Worker(worker), m_Folder(std::move(folder)) {}
+        : m_Supervision(supervision), m_Signals(signals), m_Worker(worker), m_Folder(std::move(folder)) {
+        if (supervision.timeLimit.count() > 0) {
+            m_End = steady_clock::now() + supervision.timeLimit;
+        }
+    }
 
     [[noreturn]] void Watch() {
         while (!HasEnded()) {
             const int signal = m_Signals.Next(m_End);
             if (signal == 0 && m_End && steady_clock::now() >= *m_End) {
-                ::kill(m_Worker, SIGKILL);
-                m_End = std::nullopt;
+                Kill();
             } else if (signal != 0 && signal != SIGCHLD) {
                 PassOn(signal);
             }
@@ -121,7 +125,8 @@ class Parent final {
             RemoveFolder();
             ::_exit(WEXITSTATUS(m_Status));
         }
-        CleanUpAfter(m_Interruption == 0 ? WTERMSIG(m_Status) : m_Interruption);
+        CleanUp();
+        Tell(m_Interruption == 0 ? WTERMSIG(m_Status) : m_Interruption);
     }
 
   private:
@@ -142,6 +147,18 @@ class Parent final {
         }
     }
 
+    // The time is over: its own, or that for putting a signal off.
+    void Kill() {
+        if (m_Interruption == 0) {
+            const std::vector<pid_t> tools = ChildrenOf(m_Worker);
+            const std::string tool = tools.empty() ? "" : CommandOf(tools.front());
+            m_Overtime = (tool.empty() ? "the module" : tool) + " did not end within " +
+                         std::to_string(m_Supervision.timeLimit.count()) + " s, and was ended";
+        }
+        ::kill(m_Worker, SIGKILL);
+        m_End = std::nullopt;
+    }
+
     void PassOn(int signal) noexcept {
         if (m_Interruption == 0) {
             m_Interruption = signal;
@@ -151,7 +168,7 @@ class Parent final {
         ::kill(m_Worker, SIGCONT);  // One that is stopped would not hear it.
     }
 
-    [[noreturn]] void CleanUpAfter(int signal) {
+    void CleanUp() {
         // Whoever read the messages may be gone.
         ::signal(SIGPIPE, SIG_IGN);
         ::signal(SIGTTOU, SIG_IGN);
@@ -161,12 +178,21 @@ class Parent final {
         if (!areAllGone) {
             Say("a process of the tool does not end; see ps for what it waits for");
         }
-        const bool isCrash = m_Interruption == 0;
-        const std::string words = isCrash ? "the process that hosts the module was ended by signal " +
-                                                std::to_string(signal) + "; see the system's log"
-                                          : m_Supervision.interrupted;
+    }
+
+    [[noreturn]] void Tell(int signal) {
+        const bool isOvertime = !m_Overtime.empty();
+        const bool isCrash = !isOvertime && m_Interruption == 0;
+        const std::string words = isOvertime ? m_Overtime + m_Supervision.remains
+                                  : isCrash  ? "the process that hosts the module was ended by signal " +
+                                                  std::to_string(signal) + "; see the system's log"
+                                            : "interrupted" + m_Supervision.remains;
         if (m_Supervision.tellEnd != nullptr) {
             ::_exit(m_Supervision.tellEnd(words));
+        }
+        if (isOvertime) {
+            Say(words);
+            ::_exit(m_Supervision.overtimeStatus);
         }
         if (!isCrash || signal != SIGPIPE) {  // Whoever closed a pipe wants to hear no more.
             Say(words);
@@ -193,7 +219,8 @@ class Parent final {
     pid_t m_Worker;
     std::string m_Folder;
     int m_Interruption = 0;
-    std::optional<steady_clock::time_point> m_End;  ///< of the worker's respite
+    std::optional<steady_clock::time_point> m_End;  ///< of the worker's time
+    std::string m_Overtime;                         ///< what to say when it was over
     int m_Status = 0;
     bool m_HasEnded = false;
     bool m_IsOnFreshLine = !m_Supervision.drawsProgress;

@@ -130,7 +130,7 @@ std::string Grid::Text(const TerminalStyle& style, std::size_t indentation) cons
             const std::string shown = basics::Shortened(cell.text, widths[column], cell.mark);
             const std::string padded = m_Columns[column].isNumber ? basics::PadLeft(shown, widths[column])
                                                                   : basics::PadRight(shown, widths[column]);
-            line += cell.level ? Colored(padded, *cell.level, style) : padded;
+            line += Colored(padded, cell.level, style);
         }
         addLine(line);
     };
@@ -158,9 +158,10 @@ std::string Between(const char* begin, const std::string& text) {
 
 }  // namespace
 
-std::string Colored(const std::string& text, inventory::Level level, const TerminalStyle& style) {
+std::string Colored(const std::string& text, std::optional<inventory::Level> level,
+                    const TerminalStyle& style) {
     constexpr const char* kColors[] = {"\x1b[32m", "\x1b[35m", "\x1b[33m", "\x1b[1;31m"};
-    return style.hasColors ? Between(kColors[static_cast<std::size_t>(level)], text) : text;
+    return style.hasColors && level ? Between(kColors[static_cast<std::size_t>(*level)], text) : text;
 }
 
 std::string Heading(const std::string& text, const TerminalStyle& style) {

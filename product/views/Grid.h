@@ -61,7 +61,7 @@ class Grid final {
 };
 
 /// The text in the colour of a level, where there are colours.
-[[nodiscard]] std::string Colored(const std::string& text, inventory::Level level,
+[[nodiscard]] std::string Colored(const std::string& text, std::optional<inventory::Level> level,
                                   const TerminalStyle& style);
 
 /// A heading, bold where there are colours.

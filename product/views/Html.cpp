@@ -57,9 +57,9 @@ void AddFacts(const Controller& controller, Element page) {
     AddFact("Serial number", controller.serial, facts);
     AddFact("Firmware", controller.firmware, facts);
     for (const inventory::BackupUnit& unit : controller.backupUnits) {
-        Element fact = facts.Add("div", {{"class", html::ClassOf(LevelOf(unit))}}).Add("dt", unit.name);
+        Element fact = facts.Add("div", {{"class", html::ClassOf(unit.health)}}).Add("dt", unit.name);
         Element value = fact.Add("dd");
-        html::AddSign(LevelOf(unit), value);
+        html::AddSign(unit.health, value);
         value.Text(" ").Text(unit.status.empty() ? unit.presence : unit.status);
         value.Text(unit.replacement == "Yes" ? ", replacement required" : "");
     }
@@ -67,7 +67,7 @@ void AddFacts(const Controller& controller, Element page) {
 
 void AddController(const Controller& controller, bool isBrief, const html::DrivePlaces& places,
                    Element page) {
-    const Level level = OverallLevelOf(controller);
+    const Level level = controller.health;
     const bool isOpen = !isBrief || level != Level::Ok;
     Element details = page.Add("details", {{"class", "controller"}, {"open", isOpen ? "open" : ""}});
     Element summary = details.Add("summary", {{"class", html::ClassOf(level)}});
@@ -135,7 +135,7 @@ struct Writer final : pugi::xml_writer {
 
 std::string Html(const inventory::Snapshot& snapshot) {
     constexpr unsigned kAsItIs = pugi::format_raw | pugi::format_no_declaration;
-    const inventory::Health health = snapshot.Judge();
+    const inventory::Health& health = snapshot.TheHealth();
     pugi::xml_document title;
     pugi::xml_document body;
     Element(title).Add("title", "RAID " + std::string(NameOf(health.level)) + ": " + Headline(health));

@@ -63,7 +63,7 @@ std::string LabelOf(const Enclosure& enclosure) {
     std::size_t bad = 0;
     const auto count = [&](const std::vector<Slot>& slots) {
         bad += static_cast<std::size_t>(std::count_if(slots.begin(), slots.end(), [](const Slot& slot) {
-            return LevelOf(*slot.drive) != inventory::Level::Ok;
+            return slot.drive->health != inventory::Level::Ok;
         }));
         return slots.size();
     };
@@ -131,7 +131,7 @@ class Drawing final {
 
     void AddDrive(const Slot& slot, Element list) {
         const Drive& drive = *slot.drive;
-        const inventory::Level level = LevelOf(drive);
+        const inventory::Level level = drive.health;
         const std::string look = "slot " + std::string(ClassOf(level));
         const std::string state = ShortStateOf(drive, m_Places.StateOf(m_Controller, drive));
         Element box = list.Add("li", {{"class", look}, {"id", m_Places.AnchorOf(m_Controller, drive)}});

@@ -74,7 +74,7 @@ std::string DrivePlaces::AnchorOf(const inventory::Finding& finding) const {
 
 std::string DrivePlaces::StateOf(const inventory::Controller& controller,
                                  const inventory::Drive& drive) const {
-    if (LevelOf(drive) != inventory::Level::Ok) {
+    if (drive.health != inventory::Level::Ok) {
         if (const auto wrong = m_Wrongs.find(KeyOf(controller, drive)); wrong != m_Wrongs.end()) {
             return wrong->second;
         }

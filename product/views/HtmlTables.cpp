@@ -14,7 +14,7 @@ using inventory::Drive;
 using inventory::Group;
 
 constexpr std::string_view kNotTold = "\xE2\x80\x93";
-constexpr std::size_t kMaxFindingsAtOnce = 40;
+constexpr std::size_t kMaxFindingsAtOnce = 20;
 constexpr std::size_t kMaxOpenSmart = 2;
 constexpr std::size_t kMaxNameWidth = 80;  // in a group
 
@@ -49,12 +49,15 @@ void AddFinding(const inventory::Finding& finding, const DrivePlaces& places, El
     } else {
         words.Add("a", PlaceOf(finding), {{"href", "#" + anchor}});
     }
+    if (const std::string identity = IdentityOf(finding); !identity.empty()) {
+        words.Text(" ").Add("small", identity);
+    }
 }
 
-void AddLogicalDrives(const Controller& controller, const Group& group, Element page) {
+void AddLogicalDrives(const Group& group, Element page) {
     Element list = page.Add("ul", {{"class", "lds"}});
     for (const inventory::LogicalDrive& drive : group.logicalDrives) {
-        const inventory::Level level = LevelOf(controller, group, drive);
+        const inventory::Level level = drive.health;
         Element item = list.Add("li", {{"class", ClassOf(level)}});
         AddSign(level, item);
         item.Add("b", drive.number.empty() ? "logical drive" : drive.number).Text(" ");
@@ -75,18 +78,18 @@ void AddMembers(const Controller& controller, const Group& group, const DrivePla
     for (const inventory::Member& member : group.members) {
         const Drive* const drive = DriveOf(controller, member);
         const std::string name = member.number.empty() ? "drive" : member.number;
-        Element item = list.Add("li", {{"class", drive == nullptr ? "unknown" : ClassOf(LevelOf(*drive))}});
+        Element item = list.Add("li", {{"class", drive == nullptr ? "unknown" : ClassOf(drive->health)}});
         if (drive == nullptr) {
             item.Text(name);
             continue;
         }
-        AddSign(LevelOf(*drive), item);
+        AddSign(drive->health, item);
         item.Add("a", name, {{"href", "#" + places.AnchorOf(controller, *drive)}});
     }
 }
 
 void AddGroup(const Controller& controller, const Group& group, const DrivePlaces& places, Element page) {
-    const inventory::Level level = LevelOf(controller, group);
+    const inventory::Level level = group.health;
     Element section = page.Add("section", {{"class", "group " + std::string(ClassOf(level))}});
     Element title = section.Add("h4");
     AddSign(level, title);
@@ -94,7 +97,7 @@ void AddGroup(const Controller& controller, const Group& group, const DrivePlace
     note.Text(group.level).Text(group.level.empty() || group.capacity.empty() ? "" : ", ");
     note.Text(group.capacity);
     if (!group.logicalDrives.empty() || !group.caches.empty()) {
-        AddLogicalDrives(controller, group, section);
+        AddLogicalDrives(group, section);
     }
     if (!group.members.empty()) {
         AddMembers(controller, group, places, section);
@@ -195,7 +198,7 @@ void AddDrives(const Controller& controller, const DrivePlaces& places, Element 
     }
     Element rows = AddTable("Drives of " + NameOf(controller), titles, page);
     for (const Drive& drive : controller.drives) {
-        const inventory::Level level = LevelOf(drive);
+        const inventory::Level level = drive.health;
         Element row = rows.Add("tr", {{"class", ClassOf(level)}});
         row.Add("th", drive.number.empty() ? kNotTold : std::string_view(drive.number), {{"scope", "row"}});
         Element state = row.Add("td", {{"class", "state"}});

@@ -1,4 +1,6 @@
+#include "Measure.h"
 #include "basics/Time.h"
+#include "basics/Words.h"
 #include "inventory/Smart.h"
 #include "views/Views.h"
 
@@ -10,12 +12,28 @@ namespace {
 using inventory::NameOf;
 using Value = nlohmann::ordered_json;
 
-constexpr int kSchemaVersion = 1;
+constexpr int kSchemaVersion = 2;
 constexpr int kIndentation = 2;
 
 // What was not told is null, so that nobody takes it for an empty text.
 Value Told(const std::string& text) {
     return text.empty() ? Value(nullptr) : Value(text);
+}
+
+/// Null for what is no whole number.
+Value Count(const std::string& text) {
+    const std::optional<std::uint64_t> count = basics::NumberFrom<std::uint64_t>(basics::Trimmed(text));
+    return count ? Value(*count) : Value(nullptr);
+}
+
+Value Bytes(const std::string& text) {
+    const std::optional<std::uint64_t> bytes = BytesFrom(text);
+    return bytes ? Value(*bytes) : Value(nullptr);
+}
+
+Value Celsius(const std::string& text) {
+    const std::optional<double> degrees = CelsiusFrom(text);
+    return degrees ? Value(*degrees) : Value(nullptr);
 }
 
 /// An array with what `make` makes of each.
@@ -36,6 +54,8 @@ Value FromFinding(const inventory::Finding& finding) {
             {"part", Told(finding.part)},
             {"enclosure", Told(finding.enclosure)},
             {"slot", Told(finding.slot)},
+            {"model", Told(finding.product)},
+            {"serial", Told(finding.serial)},
             {"what", finding.what}};
 }
 
@@ -62,7 +82,7 @@ Value FromRuns(const inventory::ToolRuns& runs) {
 
 Value FromBackupUnit(const inventory::BackupUnit& unit) {
     return {{"name", Told(unit.name)},
-            {"level", NameOf(LevelOf(unit))},
+            {"level", NameOf(unit.health)},
             {"presence", Told(unit.presence)},
             {"status", Told(unit.status)},
             {"replacement_required", Told(unit.replacement)}};
@@ -72,6 +92,7 @@ Value FromCache(const inventory::LogicalDrive& drive) {
     return {{"number", Told(drive.number)},
             {"name", Told(drive.name)},
             {"capacity", Told(drive.capacity)},
+            {"capacity_bytes", Bytes(drive.capacity)},
             {"state", Told(drive.state)}};
 }
 
@@ -82,17 +103,19 @@ Value FromMember(const inventory::Member& member) {
             {"capacity", Told(member.capacity)}};
 }
 
-Value FromGroup(const inventory::Controller& controller, const inventory::Group& group) {
-    const auto fromLogicalDrive = [&](const inventory::LogicalDrive& drive) {
-        Value value = FromCache(drive);
-        value["level"] = NameOf(LevelOf(controller, group, drive));
-        return value;
-    };
+Value FromLogicalDrive(const inventory::LogicalDrive& drive) {
+    Value value = FromCache(drive);
+    value["level"] = NameOf(drive.health);
+    return value;
+}
+
+Value FromGroup(const inventory::Group& group) {
     return {{"number", Told(group.number)},
-            {"level", NameOf(LevelOf(controller, group))},
+            {"level", NameOf(group.health)},
             {"raid_level", Told(group.level)},
             {"capacity", Told(group.capacity)},
-            {"logical_drives", Each(group.logicalDrives, fromLogicalDrive)},
+            {"capacity_bytes", Bytes(group.capacity)},
+            {"logical_drives", Each(group.logicalDrives, FromLogicalDrive)},
             {"caches", Each(group.caches, FromCache)},
             {"members", Each(group.members, FromMember)}};
 }
@@ -117,7 +140,7 @@ Value FromSmart(const inventory::Drive& drive) {
 
 Value FromDrive(const inventory::Drive& drive) {
     return {{"number", Told(drive.number)},
-            {"level", NameOf(LevelOf(drive))},
+            {"level", NameOf(drive.health)},
             {"role", Told(RoleOf(drive))},
             {"group", Told(drive.group)},
             {"membership", Told(drive.membership)},
@@ -133,24 +156,28 @@ Value FromDrive(const inventory::Drive& drive) {
             {"interface", Told(drive.interfaceType)},
             {"media", Told(drive.media)},
             {"capacity", Told(drive.capacity)},
+            {"capacity_bytes", Bytes(drive.capacity)},
             {"temperature", Told(drive.temperature)},
+            {"temperature_celsius", Celsius(drive.temperature)},
             {"power", Told(drive.power)},
-            {"media_errors", Told(drive.mediaErrors)},
-            {"other_errors", Told(drive.otherErrors)},
-            {"predictive_failures", Told(drive.predictiveFailures)},
+            {"media_errors", Count(drive.mediaErrors)},
+            {"media_errors_told", Told(drive.mediaErrors)},
+            {"other_errors", Count(drive.otherErrors)},
+            {"other_errors_told", Told(drive.otherErrors)},
+            {"predictive_failures", Count(drive.predictiveFailures)},
+            {"predictive_failures_told", Told(drive.predictiveFailures)},
             {"smart", FromSmart(drive)}};
 }
 
 Value FromController(const inventory::Controller& controller) {
     return {{"number", Told(controller.number)},
-            {"level", NameOf(OverallLevelOf(controller))},
+            {"level", NameOf(controller.health)},
             {"status", Told(controller.status)},
             {"product", Told(controller.product)},
             {"serial", Told(controller.serial)},
             {"firmware", Told(controller.firmware)},
             {"backup_units", Each(controller.backupUnits, FromBackupUnit)},
-            {"groups", Each(controller.groups,
-                            [&](const inventory::Group& group) { return FromGroup(controller, group); })},
+            {"groups", Each(controller.groups, FromGroup)},
             {"drives", Each(controller.drives, FromDrive)}};
 }
 
@@ -179,7 +206,7 @@ std::string Json(const inventory::Snapshot& snapshot) {
     Value value = Value::object();
     value["schema_version"] = kSchemaVersion;
     value["taken_at"] = snapshot.takenAt ? Value(basics::UtcText(*snapshot.takenAt)) : Value();
-    value["health"] = FromHealth(snapshot.Judge());
+    value["health"] = FromHealth(snapshot.TheHealth());
     value["tool_runs"] = FromRuns(snapshot.runs);
     value["controllers"] = Each(snapshot.TheServer().controllers, FromController);
     value["items"] = Each(snapshot.Main().Roots(), FromItem);

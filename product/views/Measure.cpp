@@ -54,6 +54,25 @@ std::optional<Measure> MeasureFrom(std::string_view text) {
     return Measure{*number, std::string(unit)};
 }
 
+std::optional<std::uint64_t> BytesFrom(std::string_view text) {
+    constexpr std::string_view kUnits[] = {"B", "KB", "MB", "GB", "TB", "PB"};
+    constexpr double kStep = 1024;
+    constexpr double kMost = 1e18;
+    const std::optional<Measure> measure = MeasureFrom(text);
+    if (!measure || measure->number < 0) {
+        return std::nullopt;
+    }
+    double bytes = measure->number;
+    for (const std::string_view unit : kUnits) {
+        if (basics::IsSameWord(measure->unit, unit)) {
+            return bytes < kMost ? std::optional(static_cast<std::uint64_t>(std::llround(bytes)))
+                                 : std::nullopt;
+        }
+        bytes *= kStep;
+    }
+    return std::nullopt;
+}
+
 std::optional<double> CelsiusFrom(std::string_view text) {
     text = Trimmed(text);
     const std::optional<double> number = TakeNumber(text);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -14,6 +15,10 @@ struct Measure {
 
 /// Nothing for a text that is more, or other, than a decimal number and a unit: "000B", "5/10", "N/A", "nan".
 [[nodiscard]] std::optional<Measure> MeasureFrom(std::string_view text);
+
+/// Bytes of "558.406 GB" or "64 KB". The tools count by 1024, as is seen from a drive that is sold as 600 GB
+/// and told as 558.406 GB. Nothing without a unit that is known.
+[[nodiscard]] std::optional<std::uint64_t> BytesFrom(std::string_view text);
 
 /// Degrees Celsius of "31 C", "31C", "31 degrees C" or "88 F"; nothing where there is no temperature. A
 /// number without a unit is taken for Celsius.

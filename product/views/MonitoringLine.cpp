@@ -8,11 +8,11 @@ namespace {
 
 constexpr std::size_t kMostFindings = 5;
 constexpr std::size_t kLongest =
-    160;  // of a finding; many systems keep no more than a few kilobytes of a line
+    200;  // of a finding; many systems keep no more than a few kilobytes of a line
 
 // A bar would begin the figures.
 std::string Told(const inventory::Finding& finding) {
-    std::string text = basics::Shortened(basics::Printable(PlaceOf(finding) + ": " + finding.what), kLongest);
+    std::string text = basics::Shortened(basics::Printable(Describe(finding)), kLongest);
     std::replace(text.begin(), text.end(), '|', '/');
     return text;
 }

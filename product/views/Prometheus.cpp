@@ -79,7 +79,7 @@ class Series final {
 
   private:
     void AddRollUp(const inventory::Snapshot& snapshot) {
-        const inventory::Health health = snapshot.Judge();
+        const inventory::Health& health = snapshot.TheHealth();
         if (health.counts.controllers == 0 && health.counts.drives > 0) {
             return;  // What is known of a drive is no news of its server.
         }
@@ -121,21 +121,21 @@ class Series final {
 
     void Add(const inventory::Controller& controller) {
         const Labels labels = m_Controllers.Distinct(Labels().With("controller", controller.number));
-        AddPart(kControllerHealth, kControllerInfo, labels, OverallLevelOf(controller),
+        AddPart(kControllerHealth, kControllerInfo, labels, controller.health,
                 {{"status", controller.status},
                  {"product", controller.product},
                  {"serial", controller.serial},
                  {"firmware", controller.firmware}});
         DistinctLabels units("copy");
         for (const inventory::BackupUnit& unit : controller.backupUnits) {
-            AddPart(kUnitHealth, kUnitInfo, units.Distinct(labels.With("unit", unit.name)), LevelOf(unit),
+            AddPart(kUnitHealth, kUnitInfo, units.Distinct(labels.With("unit", unit.name)), unit.health,
                     {{"status", unit.status},
                      {"presence", unit.presence},
                      {"replacement_required", unit.replacement}});
         }
         DistinctLabels groups("group_copy");
         for (const inventory::Group& group : controller.groups) {
-            Add(controller, group, groups.Distinct(labels.With("group", group.number)));
+            Add(group, groups.Distinct(labels.With("group", group.number)));
         }
         DistinctLabels drives("copy");
         for (const inventory::Drive& drive : controller.drives) {
@@ -145,19 +145,19 @@ class Series final {
         }
     }
 
-    void Add(const inventory::Controller& controller, const inventory::Group& group, const Labels& labels) {
-        AddPart(kGroupHealth, kGroupInfo, labels, LevelOf(controller, group),
+    void Add(const inventory::Group& group, const Labels& labels) {
+        AddPart(kGroupHealth, kGroupInfo, labels, group.health,
                 {{"raid_level", group.level}, {"capacity", group.capacity}});
         DistinctLabels drives("copy");
         for (const inventory::LogicalDrive& drive : group.logicalDrives) {
             AddPart(kLogicalHealth, kLogicalInfo, drives.Distinct(labels.With("logical_drive", drive.number)),
-                    LevelOf(controller, group, drive),
+                    drive.health,
                     {{"status", drive.state}, {"name", drive.name}, {"capacity", drive.capacity}});
         }
     }
 
     void Add(const inventory::Drive& drive, const Labels& labels) {
-        AddPart(kDriveHealth, kDriveInfo, labels, LevelOf(drive),
+        AddPart(kDriveHealth, kDriveInfo, labels, drive.health,
                 {{"status", basics::Joined(drive.statuses)},
                  {"detail", drive.detail},
                  {"role", RoleOf(drive)},

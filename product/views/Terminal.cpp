@@ -49,7 +49,7 @@ std::string NotesOn(const Drive& drive) {
 std::string MembersOf(const Controller& controller, const Group& group) {
     return basics::Joined(group.members, " ", [&](const inventory::Member& member) {
         const Drive* const drive = inventory::DriveOf(controller, member);
-        const bool isWell = drive != nullptr && inventory::LevelOf(*drive) == Level::Ok;
+        const bool isWell = drive != nullptr && drive->health == Level::Ok;
         return (member.number.empty() ? "?" : member.number) + (isWell ? "" : std::string(1, kNotWell));
     });
 }
@@ -76,15 +76,14 @@ Grid GroupsOf(const Controller& controller) {
             const auto ofDrive = [&](const std::string& text) {
                 return isEmpty ? Blank() : Grid::Cell{text};
             };
-            grid.AddRow(
-                {once(group.number),
-                 once(group.level),
-                 isFirst ? Grid::Cell{MembersOf(controller, group), {}, false, kNotWell} : Blank(),
-                 ofDrive(drive.number),
-                 isEmpty ? Blank() : Grid::Cell{drive.state, inventory::LevelOf(controller, group, drive)},
-                 ofDrive(isEmpty ? "" : drive.capacity),
-                 ofDrive(drive.name),
-                 {CachesOf(group), {}, true}});
+            grid.AddRow({once(group.number),
+                         once(group.level),
+                         isFirst ? Grid::Cell{MembersOf(controller, group), {}, false, kNotWell} : Blank(),
+                         ofDrive(drive.number),
+                         isEmpty ? Blank() : Grid::Cell{drive.state, drive.health},
+                         ofDrive(isEmpty ? "" : drive.capacity),
+                         ofDrive(drive.name),
+                         {CachesOf(group), {}, true}});
             isFirst = false;
         }
     }
@@ -111,7 +110,7 @@ Grid DrivesOf(const Controller& controller) {
     for (const Drive& drive : controller.drives) {
         grid.AddRow({{drive.number},
                      {SlotOf(drive)},
-                     {StatusOf(drive), inventory::LevelOf(drive)},
+                     {StatusOf(drive), drive.health},
                      {inventory::RoleOf(drive)},
                      {drive.group, {}, true},
                      {drive.capacity},
@@ -169,7 +168,7 @@ std::string HeadlineOf(const Controller& controller) {
     return title;
 }
 
-std::string StateLine(const std::string& of, const std::string& state, Level level,
+std::string StateLine(const std::string& of, const std::string& state, std::optional<Level> level,
                       const TerminalStyle& style) {
     const std::size_t half = style.columns == 0 ? kLongestText : style.columns / 2;
     const std::string name = std::string(kStep, ' ') +
@@ -185,10 +184,13 @@ std::string StateLine(const std::string& of, const std::string& state, Level lev
 }
 
 std::string StatesOf(const Controller& controller, const TerminalStyle& style) {
-    std::string states = StateLine("status", controller.status, inventory::LevelOf(controller), style);
+    // A word that is well in itself says nothing good beside parts that are not.
+    const bool isMisleading = controller.statusHealth == Level::Ok && controller.health != Level::Ok;
+    std::string states =
+        StateLine("status", controller.status,
+                  isMisleading ? std::nullopt : std::optional(controller.statusHealth), style);
     for (const inventory::BackupUnit& unit : controller.backupUnits) {
-        states += StateLine(unit.name, unit.status.empty() ? unit.presence : unit.status,
-                            inventory::LevelOf(unit), style);
+        states += StateLine(unit.name, unit.status.empty() ? unit.presence : unit.status, unit.health, style);
     }
     return states;
 }
@@ -213,10 +215,10 @@ std::string Attention(const inventory::Health& health, const TerminalStyle& styl
     std::string text;
     for (const inventory::Finding& finding : health.findings) {
         const std::string level = basics::PadRight(std::string(NameOf(finding.level)), kLevelWidth);
-        text += std::string(kStep, ' ') + Colored(level, finding.level, style) +
-                Wrapped(basics::Printable(PlaceOf(finding) + ": " + finding.what), kStep + kLevelWidth,
-                        kStep + kLevelWidth, style) +
-                '\n';
+        text +=
+            std::string(kStep, ' ') + Colored(level, finding.level, style) +
+            Wrapped(basics::Printable(Describe(finding)), kStep + kLevelWidth, kStep + kLevelWidth, style) +
+            '\n';
     }
     return text.empty() ? "" : '\n' + Heading("Needs attention", style) + '\n' + text;
 }
@@ -280,9 +282,9 @@ std::string Identity(const Drive& drive, const TerminalStyle& style) {
     };
     Grid grid({{"DRIVE"}, {"VALUE", Fit::Shorten}});
     for (const auto& [name, value] : kLines) {
-        grid.AddRow({{name},
-                     {value, name == std::string_view("Status") ? std::optional(inventory::LevelOf(drive))
-                                                                : std::nullopt}});
+        grid.AddRow(
+            {{name},
+             {value, name == std::string_view("Status") ? std::optional(drive.health) : std::nullopt}});
     }
     return Block(grid, style);
 }
@@ -292,20 +294,12 @@ std::string DrivePage(const Drive& drive, const inventory::Health& health, const
            (drive.smart == nullptr ? "\n  no SMART data\n" : SmartBlock(drive, style));
 }
 
-/// The one drive that the document is about, if it is about one.
-const Drive* OnlyDrive(const inventory::Server& server) {
-    const bool isAboutDrive = server.controllers.size() == 1 && server.controllers.front().item == nullptr &&
-                              server.controllers.front().groups.empty() &&
-                              server.controllers.front().drives.size() == 1;
-    return isAboutDrive ? &server.controllers.front().drives.front() : nullptr;
-}
-
 }  // namespace
 
 std::string Table(const inventory::Snapshot& snapshot, const TerminalStyle& style) {
-    const inventory::Health health = snapshot.Judge();
+    const inventory::Health& health = snapshot.TheHealth();
     const inventory::Server& server = snapshot.TheServer();
-    if (const Drive* const drive = OnlyDrive(server)) {
+    if (const Drive* const drive = OnlyDriveOf(server)) {
         return DrivePage(*drive, health, style);
     }
     std::string text = Verdict(health, Headline(health), style) + Attention(health, style);

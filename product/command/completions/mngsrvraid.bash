@@ -2,12 +2,23 @@
 
 _mngsrvraid() {
     local subcommands="show smart health get-info get-pd-info capture diff"
-    local options="--help --version --scenario --install-dir --trace --trace-file --app-key --output --format"
-    local valued="--scenario --install-dir --trace --trace-file --app-key --output --format --document"
-    local scenarios="awkward empty half-failed huge large old small
+    local options="--help --version --scenario --install-dir --timeout --trace --trace-file --app-key --output --format"
+    local valued="--scenario --install-dir --timeout --trace --trace-file --app-key --output --format --document"
+    local scenarios="awkward empty half-failed huge large old small well
         faults/bare-version faults/broken-header faults/dead faults/endless faults/flaky faults/flood
         faults/held-open faults/killed faults/late faults/marker faults/one-line faults/shell-killed
-        faults/silent faults/slow faults/still-writing faults/stopped faults/truncated-title"
+        faults/silent faults/slow faults/still-writing faults/stopped faults/truncated-title
+        half-told/bare-controller half-told/cut-controller half-told/lost-drives
+        half-told/lost-groups half-told/missing-drive half-told/no-logical-drive
+        half-told/odd-replacement half-told/other-language half-told/other-title
+        half-told/silent-controller half-told/told-twice half-told/unknown-group
+        half-told/unknown-logical-drive half-told/wrong-count levels/failed-spare
+        levels/raid0-announced levels/raid0-lost levels/raid1-announced levels/raid1-dropped-out
+        levels/raid1-gone levels/raid1-rebuilding levels/raid10-gone
+        levels/raid10-pulled-while-rebuilding levels/raid10-rebuilding levels/raid5-gone
+        levels/raid5-pulled levels/raid5-rebuilding levels/raid50-gone levels/raid6-one-gone
+        levels/raid6-one-gone-one-rebuilding levels/raid6-two-gone levels/raid60-one-gone
+        levels/raid60-two-gone levels/unused-bad"
     # Bash takes the equals sign of --format=json for a word of its own.
     local word=${COMP_WORDS[COMP_CWORD]#=} previous=${COMP_WORDS[COMP_CWORD - 1]}
     if [[ $previous == "=" ]]; then
@@ -46,7 +57,7 @@ _mngsrvraid() {
             mapfile -t COMPREPLY < <(compgen -f -- "$word")
             return
             ;;
-        --app-key) return ;;
+        --app-key | --timeout) return ;;
     esac
     case $subcommand in
         show) options+=" --document --smart" ;;

@@ -6,7 +6,7 @@ function __mngsrvraid_subcommand
     set -e words[1]
     while set -q words[1]
         switch $words[1]
-            case --scenario --install-dir --trace --trace-file --app-key --output --format --document
+            case --scenario --install-dir --timeout --trace --trace-file --app-key --output --format --document
                 set -e words[1]
             case show smart health get-info get-pd-info capture diff
                 echo $words[1]
@@ -20,10 +20,20 @@ function __mngsrvraid_is
     contains -- "$(__mngsrvraid_subcommand)" $argv
 end
 
-set -l scenarios awkward empty half-failed huge large old small \
+set -l scenarios awkward empty half-failed huge large old small well \
     faults/bare-version faults/broken-header faults/dead faults/endless faults/flaky faults/flood \
     faults/held-open faults/killed faults/late faults/marker faults/one-line faults/shell-killed \
-    faults/silent faults/slow faults/still-writing faults/stopped faults/truncated-title
+    faults/silent faults/slow faults/still-writing faults/stopped faults/truncated-title \
+    half-told/bare-controller half-told/cut-controller half-told/lost-drives half-told/lost-groups \
+    half-told/missing-drive half-told/no-logical-drive half-told/odd-replacement \
+    half-told/other-language half-told/other-title half-told/silent-controller half-told/told-twice \
+    half-told/unknown-group half-told/unknown-logical-drive half-told/wrong-count \
+    levels/failed-spare levels/raid0-announced levels/raid0-lost levels/raid1-announced \
+    levels/raid1-dropped-out levels/raid1-gone levels/raid1-rebuilding levels/raid10-gone \
+    levels/raid10-pulled-while-rebuilding levels/raid10-rebuilding levels/raid5-gone \
+    levels/raid5-pulled levels/raid5-rebuilding levels/raid50-gone levels/raid6-one-gone \
+    levels/raid6-one-gone-one-rebuilding levels/raid6-two-gone levels/raid60-one-gone \
+    levels/raid60-two-gone levels/unused-bad
 complete -c mngsrvraid -f
 
 complete -c mngsrvraid -s h -l help -d 'Print a summary with examples'
@@ -31,6 +41,7 @@ complete -c mngsrvraid -l version -d 'Print the versions of the command and of t
 complete -c mngsrvraid -l scenario -x -a "(__fish_complete_directories) $scenarios" -d 'Run against this scenario'
 complete -c mngsrvraid -l install-dir -x -a '(__fish_complete_directories)' -d 'Install root to use'
 complete -c mngsrvraid -l trace -x -a '1 2 4 8 all' -d 'Trace to standard error'
+complete -c mngsrvraid -l timeout -x -d 'End the tool after these seconds'
 complete -c mngsrvraid -l trace-file -r -F -d 'Trace to this file'
 complete -c mngsrvraid -l app-key -x -d 'Application key of the caller'
 complete -c mngsrvraid -l output -r -F -d 'Store what is printed in this file'

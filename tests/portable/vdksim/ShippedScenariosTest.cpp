@@ -75,7 +75,7 @@ TEST_P(EveryScenario, IsDescribedUnderItsName) {
 
 INSTANTIATE_TEST_SUITE_P(ShippedScenariosTest, EveryScenario, ::testing::ValuesIn(Names()),
                          [](const auto& scenario) {
-                             return testsupport::Replaced(scenario.param, "[^a-z]", "_");
+                             return testsupport::Replaced(scenario.param, "[^a-z0-9]", "_");
                          });
 
 TEST(ShippedScenariosTest, AllOfThemAreThere) {

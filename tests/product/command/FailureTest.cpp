@@ -227,7 +227,7 @@ TEST(Surroundings, ModuleGivesNoProvider) {
 TEST(Surroundings, ScenarioIsMissing) {
     const Ended ended = RunCommand({"--scenario", "no\nsuch", "get-info"});
     ExpectFailureLike(ended, 4, "there is no scenario no\\nsuch; shipped scenarios: awkward, empty, faults/");
-    EXPECT_THAT(ended.err, HasSubstr(", small\n"));
+    EXPECT_THAT(ended.err, HasSubstr(", small, well\n"));
 }
 
 TEST(Surroundings, ScenarioIsMisspelt) {

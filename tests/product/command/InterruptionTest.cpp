@@ -58,7 +58,8 @@ const std::vector<Moment>& Moments() {
 class MiddleOfACall final {
   public:
     explicit MiddleOfACall(
-        const Moment& moment, const std::function<void()>& inChild = [] {}) {
+        const Moment& moment, const std::function<void()>& inChild = [] {},
+        const std::vector<std::string>& options = {}) {
         // Whoever loses his parent becomes this process's child, and can be seen.
         EXPECT_EQ(::prctl(PR_SET_CHILD_SUBREAPER, 1, 0, 0, 0), 0);
         fs::create_directory(m_Server / "mine");
@@ -73,6 +74,7 @@ class MiddleOfACall final {
         if (!hasTool) {
             command.words.insert(command.words.end(), {"--scenario", m_Server / "mine"});
         }
+        command.words.insert(command.words.end(), options.begin(), options.end());
         command.words.emplace_back("get-info");
         command.inChild = [&, hasTool] {
             ::setpgid(0, 0);
@@ -157,6 +159,30 @@ INSTANTIATE_TEST_SUITE_P(All, Interruption,
                          testing::Combine(testing::ValuesIn(Moments()),
                                           testing::Values(SIGINT, SIGTERM, SIGHUP, SIGQUIT), testing::Bool()),
                          NameOf);
+
+// However the tool takes a signal, and whatever it has started.
+class TimeLimit : public testing::TestWithParam<Moment> {
+  protected:
+    TimeLimit() { EndWhatIsLeft(); }
+    ~TimeLimit() override { EndWhatIsLeft(); }
+};
+
+TEST_P(TimeLimit, EndsTheToolWithAllThatItStarted) {
+    const MiddleOfACall call(GetParam(), [] {}, {"--timeout", "2"});
+    const Ended ended = call.Wait();
+    EXPECT_EQ(ended.ExitStatus(), 1);
+    const bool isBetweenRuns = GetParam().state == '-';
+    const std::string command = isBetweenRuns         ? "the module"
+                                : GetParam().run == 1 ? "vdkcli -ctrlinfo -aAll"
+                                                      : "vdkcli -v";
+    EXPECT_EQ(ended.err, "mngsrvraid: " + command + " did not end within 2 s, and was ended\n");
+    EXPECT_EQ(call.ResultFiles(), std::vector<std::string>{});
+    EXPECT_EQ(call.Stored(), std::vector<std::string>{});
+    ExpectNoChild();
+}
+
+INSTANTIATE_TEST_SUITE_P(All, TimeLimit, testing::ValuesIn(Moments()),
+                         [](const auto& moment) { return moment.param.name; });
 
 class Supervised : public testing::Test {
   protected:

@@ -68,7 +68,7 @@ INSTANTIATE_TEST_SUITE_P(
     All, HealthOf,
     testing::Values(
         HealthCase{"small", 0, "RAID OK - 1 controller, 1 group, 1 logical drive, 3 drives, all well | "},
-        HealthCase{"large", 2, "RAID CRITICAL - 4 critical, 3 warnings in 2 controllers, "},
+        HealthCase{"large", 2, "RAID CRITICAL - 2 critical, 5 warnings in 2 controllers, "},
         HealthCase{"old", 3, "RAID UNKNOWN - 1 unknown in 1 controller, "},
         HealthCase{"empty", 3, "RAID UNKNOWN - no controller, nothing to judge | "},
         HealthCase{"half-failed", 3, "RAID UNKNOWN - health failed with return value 0x000000a1: the "}),
@@ -77,6 +77,50 @@ INSTANTIATE_TEST_SUITE_P(
         name.erase(std::remove(name.begin(), name.end(), '-'), name.end());
         return name;
     });
+
+// Each shows a rule by which a server is judged.
+constexpr std::pair<const char*, int> kRules[] = {
+    {"half-told/bare-controller", 3},
+    {"half-told/cut-controller", 3},
+    {"half-told/lost-drives", 3},
+    {"half-told/lost-groups", 3},
+    {"half-told/missing-drive", 3},
+    {"half-told/no-logical-drive", 3},
+    {"half-told/odd-replacement", 3},
+    {"half-told/other-language", 3},
+    {"half-told/other-title", 1},
+    {"half-told/silent-controller", 3},
+    {"half-told/told-twice", 2},
+    {"half-told/unknown-group", 3},
+    {"half-told/unknown-logical-drive", 3},
+    {"half-told/wrong-count", 3},
+    {"levels/failed-spare", 1},
+    {"levels/raid0-announced", 2},
+    {"levels/raid0-lost", 2},
+    {"levels/raid1-announced", 1},
+    {"levels/raid1-dropped-out", 2},
+    {"levels/raid1-gone", 2},
+    {"levels/raid1-rebuilding", 1},
+    {"levels/raid10-gone", 2},
+    {"levels/raid10-pulled-while-rebuilding", 2},
+    {"levels/raid10-rebuilding", 1},
+    {"levels/raid5-gone", 2},
+    {"levels/raid5-pulled", 2},
+    {"levels/raid5-rebuilding", 1},
+    {"levels/raid50-gone", 2},
+    {"levels/raid6-one-gone", 1},
+    {"levels/raid6-one-gone-one-rebuilding", 1},
+    {"levels/raid6-two-gone", 2},
+    {"levels/raid60-one-gone", 1},
+    {"levels/raid60-two-gone", 2},
+    {"levels/unused-bad", 1},
+};
+
+TEST(Health, OfEachRuleIsAsItsScenarioSays) {
+    for (const auto& [scenario, status] : kRules) {
+        EXPECT_EQ(RunCommand({"--scenario", scenario, "health"}).ExitStatus(), status) << scenario;
+    }
+}
 
 TEST(Show, FailureBearsItsOwnNameAndItsReport) {
     const Ended ended = RunCommand({"--scenario", "half-failed", "show"});
@@ -141,13 +185,13 @@ TEST(Health, NamesEachFindingWhenVerbose) {
     EXPECT_THAT(
         ended.out,
         HasSubstr(
-            "\nCRITICAL: controller 0, PD12 in enclosure 16 slot 4: Unconfig BAD, failure predicted (2)\n"));
+            "\nWARNING: controller 0, PD12 in enclosure 16 slot 4: Unconfig BAD, failure predicted (2) ("));
 }
 
 TEST(Show, IsATableOfTheServerOrOfASavedDocument) {
     const Ended shown = RunCommand({"--scenario", "large", "show"});
     EXPECT_EQ(shown.ExitStatus(), 0);
-    EXPECT_THAT(shown.out, StartsWith("CRITICAL: 4 critical, 3 warnings in "));
+    EXPECT_THAT(shown.out, StartsWith("CRITICAL: 2 critical, 5 warnings in "));
     EXPECT_THAT(shown.out, HasSubstr("\n  PD4    252:4  REBUILD "));
     EXPECT_THAT(shown.out, Not(HasSubstr("\x1b")));
     const Saved saved(XmlOf("large"));
@@ -206,7 +250,7 @@ TEST(Show, StoresWhatItShows) {
 TEST(Smart, ShowsOneDrive) {
     const Ended ended = RunCommand({"--scenario", "large", "smart", "0", "16", "2"});
     EXPECT_EQ(ended.ExitStatus(), 0);
-    EXPECT_THAT(ended.out, StartsWith("CRITICAL: PD10 in enclosure 16 slot 2\n"));
+    EXPECT_THAT(ended.out, StartsWith("WARNING: PD10 in enclosure 16 slot 2\n"));
     EXPECT_THAT(ended.out, HasSubstr("[Head 0]Read"));
 }
 

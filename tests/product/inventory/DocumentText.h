@@ -27,23 +27,41 @@ namespace inventory::test {
 }
 
 [[nodiscard]] inline std::string ControllerItem(const std::string& number, const std::string& more = "") {
-    return Node("Controller Information", General(Key("Controller No.", number) + more));
+    return Node("Controller Information",
+                General(Key("Controller No.", number) + Key("Product Name", "Gate") + more) +
+                    Node("### Controller Settings Information ###", Key("Rebuild Rate", "30 %")));
 }
 
 [[nodiscard]] inline std::string LogicalDriveItem(const std::string& number, const std::string& state) {
     return Node("LD List", Key("LD No.", number) + Key("State", state));
 }
 
+[[nodiscard]] inline std::string MemberItem(const std::string& number) {
+    return Node("PD List",
+                Key("PD No.", number) + Key("Enclosure No.", "252") + Key("Slot No.", number.substr(2)));
+}
+
+/// `members` are their numbers: {"PD0", "PD1"}.
 [[nodiscard]] inline std::string GroupItem(const std::string& number, const std::string& logicalDrives,
-                                           const std::string& members = "") {
-    return Node("Logical Drive Information", members + General(Key("RG No.", number) + logicalDrives));
+                                           const std::vector<std::string>& members = {},
+                                           const std::string& level = "RAID 5") {
+    std::string list;
+    for (const std::string& member : members) {
+        list += MemberItem(member);
+    }
+    return Node("Logical Drive Information",
+                list +
+                    General(Key("RG No.", number) + Key("RAID Level", level) + logicalDrives +
+                            Key("# of PD", std::to_string(members.size()))) +
+                    Node("### LD Settings Information ###", Key("Read Policy", "Normal")));
 }
 
 [[nodiscard]] inline std::string DriveItem(const std::string& number, const std::string& status,
                                            const std::string& detail, const std::string& more = "",
-                                           const std::string& group = "RG0") {
+                                           const std::string& group = "RG0",
+                                           const std::string& membership = "LD0") {
     return Node("Physical Drive Information",
-                General(Key("PD No.", number) + Key("RG No.", group) + Key("LD No.", "LD0") +
+                General(Key("PD No.", number) + Key("RG No.", group) + Key("LD No.", membership) +
                         Key("PD Status", status) + Key("PD Status(Detail)", detail) + more) +
                     Node("### Enclosure Properties Information ###", Placeholder("Enclosure ID") +
                                                                          Key("Enclosure No.", "252") +

@@ -80,13 +80,10 @@ TEST(ServerTest, FindsBackupUnitsByTheirTitle) {
 }
 
 TEST(ServerTest, ReadsAGroupWithLogicalDrivesCachesAndMembers) {
-    const std::string member =
-        Node("PD List", Key("PD No.", "PD4") + Key("Enclosure No.", "252") + Key("Slot No.", "4"));
     const std::string cache = Node("Associated CacheCade LD", Key("LD No.", "LD3") + Key("State", "OPTIMAL"));
-    const Document document = Read(
-        ControllerItem("0") +
-        GroupItem("RG1", Key("RAID Level", "RAID 5") + LogicalDriveItem("LD1", "DEGRADED") + cache, member) +
-        DriveItem("PD4", "REBUILD", "REBUILD", "", "RG1"));
+    const Document document =
+        Read(ControllerItem("0") + GroupItem("RG1", LogicalDriveItem("LD1", "DEGRADED") + cache, {"PD4"}) +
+             DriveItem("PD4", "REBUILD", "REBUILD", "", "RG1"));
     const Server server = Survey(document);
     const Controller& controller = server.controllers[0];
     const Group& group = controller.groups[0];
@@ -119,7 +116,7 @@ TEST(ServerTest, SaysWhatADriveDoes) {
     EXPECT_EQ(roleOf("DHS", "RG2"), "spare of RG2");
     EXPECT_EQ(roleOf("DHS", ""), "spare of a group");
     EXPECT_EQ(roleOf("None", ""), "unused");
-    EXPECT_EQ(roleOf("RLD", ""), "RLD");
+    EXPECT_EQ(roleOf("RLD", ""), "replaced (RLD)");
 }
 
 TEST(SmartTest, LaysOutKeysAndRowsOfDifferentColumns) {
@@ -162,11 +159,13 @@ TEST(SmartTest, HasNoTableFromAPlaceholder) {
 }
 
 TEST(SnapshotTest, AddsSmartDataToTheDriveInThatSlot) {
+    std::vector<DriveAnswer> answers;
+    answers.push_back({"0", "252", "1",
+                       Read(Node("Physical Drive Information",
+                                 Node("### SMART Information ###", Key("SMART Status", "OK"))))});
     Snapshot snapshot(Read(ControllerItem("0") + DriveItem("PD0", "NO ERROR", "ONLINE") +
-                           DriveItem("PD1", "NO ERROR", "ONLINE")));
-    snapshot.Add({"0", "252", "1",
-                  Read(Node("Physical Drive Information",
-                            Node("### SMART Information ###", Key("SMART Status", "OK"))))});
+                           DriveItem("PD1", "NO ERROR", "ONLINE")),
+                      "", std::move(answers));
     const Snapshot moved = std::move(snapshot);
     const std::vector<Drive>& drives = moved.TheServer().controllers[0].drives;
     EXPECT_EQ(drives[0].smart, nullptr);

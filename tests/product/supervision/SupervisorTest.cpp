@@ -30,12 +30,14 @@ using std::chrono::steady_clock;
 // Runs `work` as a supervised worker. The result is that of the parent.
 class Supervisor : public testing::Test {
   protected:
-    void Start(const std::function<int(const std::string&)>& work, const char* privateFolder = nullptr) {
+    void Start(const std::function<int(const std::string&)>& work, const char* privateFolder = nullptr,
+               seconds timeLimit = seconds(0)) {
         m_Parent = ::fork();
         if (m_Parent == 0) {
             ::setenv("TMPDIR", m_Folder.Path().c_str(), 1);
             const Supervision supervision{.resultDirectory = m_Folder.Path().string(),
-                                          .interrupted = "",
+                                          .timeLimit = timeLimit,
+                                          .overtimeStatus = 7,
                                           .privateFolder = privateFolder};
             ::_exit(work(Supervise(supervision)));
         }
@@ -119,6 +121,23 @@ TEST_F(Supervisor, KillsAWorkerThatPutsTheSignalOffForEver) {
     ::kill(m_Parent, SIGTERM);
     EXPECT_EQ(WTERMSIG(Status()), SIGTERM);
     EXPECT_GE(steady_clock::now() - start, seconds(4));
+}
+
+TEST_F(Supervisor, EndsAWorkerWhoseTimeIsOver) {
+    Start(
+        [&](const std::string&) {
+            ::signal(SIGTERM, SIG_IGN);
+            std::this_thread::sleep_for(seconds(60));
+            return 0;
+        },
+        nullptr, seconds(1));
+    const int status = Status();
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 7) << status;
+}
+
+TEST_F(Supervisor, LeavesAWorkerAloneThatEndsInTime) {
+    Start([](const std::string&) { return 3; }, nullptr, seconds(60));
+    EXPECT_EQ(WEXITSTATUS(Status()), 3);
 }
 
 // It goes on, and so hears the signal; else it would be killed when its respite is over.

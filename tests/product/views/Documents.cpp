@@ -30,12 +30,16 @@ std::string Joined(const std::vector<std::string>& texts) {
 }
 
 inventory::Snapshot SnapshotOfXml(const std::string& xml) {
-    inventory::Snapshot snapshot(inventory::Document::Read(xml));
-    snapshot.takenAt = std::chrono::system_clock::time_point(kTime);
-    return snapshot;
+    return SnapshotWith(inventory::Document::Read(xml), {});
 }
 
 }  // namespace
+
+inventory::Snapshot SnapshotWith(inventory::Document document, std::vector<inventory::DriveAnswer> answers) {
+    inventory::Snapshot snapshot(std::move(document), "", std::move(answers));
+    snapshot.takenAt = std::chrono::system_clock::time_point(kTime);
+    return snapshot;
+}
 
 std::string DocumentOf(const std::string& scenario, const std::vector<std::string>& drive) {
     std::vector<std::string> words = {"--scenario", scenario, drive.empty() ? "get-info" : "get-pd-info"};
@@ -48,21 +52,22 @@ inventory::Snapshot SnapshotOf(const std::string& scenario, const std::vector<st
 }
 
 inventory::Snapshot SnapshotWithSmart(const std::string& scenario) {
-    inventory::Snapshot snapshot = SnapshotOf(scenario);
+    inventory::Document document = inventory::Document::Read(DocumentOf(scenario));
     std::vector<std::vector<std::string>> drives;
-    for (const inventory::Controller& controller : snapshot.TheServer().controllers) {
+    for (const inventory::Controller& controller : inventory::Survey(document).controllers) {
         for (const inventory::Drive& drive : controller.drives) {
             drives.push_back({controller.number, drive.enclosure, drive.slot});
         }
     }
+    std::vector<inventory::DriveAnswer> answers;
     for (const std::vector<std::string>& drive : drives) {
         // Some drives of some scenarios are made to fail.
         if (const std::string xml = DocumentOf(scenario, drive); !xml.empty()) {
-            snapshot.Add({drive[0], drive[1], drive[2], inventory::Document::Read(xml)});
+            answers.push_back({drive[0], drive[1], drive[2], inventory::Document::Read(xml)});
         }
     }
-    EXPECT_FALSE(snapshot.Answers().empty()) << scenario;
-    return snapshot;
+    EXPECT_FALSE(answers.empty()) << scenario;
+    return SnapshotWith(std::move(document), std::move(answers));
 }
 
 inventory::Snapshot SnapshotFrom(const std::string& items) {
@@ -102,6 +107,14 @@ std::string ControllerXml(const std::vector<std::string>& keys) {
     std::vector<std::string> general = keys;
     general.push_back(ItemXml("Controller No.", "0"));
     return ParentXml("Controller Information", {ParentXml("### General Information ###", general)});
+}
+
+std::string WellControllerXml(const std::string& number) {
+    return ParentXml(
+        "Controller Information",
+        {ParentXml("### General Information ###",
+                   {ItemXml("Controller No.", number), ItemXml("Product Name", "Gate")}),
+         ParentXml("### Controller Settings Information ###", {ItemXml("Rebuild Rate", "30 %")})});
 }
 
 testsupport::Ended RunScript(const std::string& script, std::vector<std::string> arguments) {

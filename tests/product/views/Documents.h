@@ -18,6 +18,10 @@ inline constexpr const char* kScenarios[] = {"awkward", "empty", "huge", "large"
 [[nodiscard]] inventory::Snapshot SnapshotOf(const std::string& scenario,
                                              const std::vector<std::string>& drive = {});
 
+/// What a document says with those answers, taken at the same time.
+[[nodiscard]] inventory::Snapshot SnapshotWith(inventory::Document document,
+                                               std::vector<inventory::DriveAnswer> answers);
+
 /// With the SMART data of every drive that can be asked for them.
 [[nodiscard]] inventory::Snapshot SnapshotWithSmart(const std::string& scenario);
 
@@ -38,6 +42,9 @@ inline constexpr const char* kScenarios[] = {"awkward", "empty", "huge", "large"
 
 /// The root of controller 0.
 [[nodiscard]] std::string ControllerXml(const std::vector<std::string>& keys = {});
+
+/// One whose report is there to its end.
+[[nodiscard]] std::string WellControllerXml(const std::string& number);
 
 /// Runs a Python script of this folder.
 [[nodiscard]] testsupport::Ended RunScript(const std::string& script, std::vector<std::string> arguments);

@@ -35,22 +35,23 @@ INSTANTIATE_TEST_SUITE_P(All, JsonOfScenario, testing::Values("awkward", "empty"
 
 TEST(Json, HoldsEveryItemOfTheAnswersAboutDrives) {
     const TempFolder folder;
-    inventory::Snapshot snapshot = SnapshotOf("large");
+    std::vector<inventory::DriveAnswer> answers;
     std::vector<std::string> arguments = {VIEWS_TEST_SCHEMA, folder / "json", folder / "main.xml"};
     folder.Write("main.xml", DocumentOf("large"));
     for (const std::string slot : {"0", "1", "3"}) {
         const std::string xml = DocumentOf("large", {"0", "252", slot});
         folder.Write(slot + ".xml", xml);
         arguments.push_back(folder / (slot + ".xml"));
-        snapshot.Add({"0", "252", slot, inventory::Document::Read(xml)});
+        answers.push_back({"0", "252", slot, inventory::Document::Read(xml)});
     }
-    folder.Write("json", Json(snapshot));
+    folder.Write("json",
+                 Json(SnapshotWith(inventory::Document::Read(DocumentOf("large")), std::move(answers))));
     EXPECT_EQ(Ask("check_json.py", arguments), "");
 }
 
 TEST(Json, TellsThePartsInTheOrderOfTheDocumentAndJudgesThem) {
     const Parsed json = Parsed::parse(Json(SnapshotOf("large")));
-    EXPECT_EQ(json["schema_version"], 1);
+    EXPECT_EQ(json["schema_version"], 2);
     EXPECT_EQ(json["taken_at"], "2031-04-05T06:07:08Z");
     EXPECT_EQ(json["health"]["level"], "CRITICAL");
     EXPECT_EQ(json["health"]["counts"]["drives"],
@@ -121,13 +122,50 @@ TEST(Json, AnyBytesMakeValidUtf8) {
     for (int byte = 1; byte < 256; ++byte) {
         bytes += static_cast<char>(byte);
     }
-    inventory::Snapshot snapshot =
-        SnapshotFrom(DriveXml("\xED\xA0\x80", {ItemXml("Vendor", "\xFF\xC0\x80\"\\\x7F\xE2\x80\xA8")}));
-    snapshot.Add({"0", bytes, "\xC3", inventory::Document::Read("<RAID version=\"1\"/>")});
-    const std::string text = Json(snapshot);
+    std::vector<inventory::DriveAnswer> answers;
+    answers.push_back({"0", bytes, "\xC3", inventory::Document::Read("<RAID version=\"1\"/>")});
+    const std::string drive =
+        DriveXml("\xED\xA0\x80", {ItemXml("Vendor", "\xFF\xC0\x80\"\\\x7F\xE2\x80\xA8")});
+    const std::string text = Json(SnapshotWith(
+        inventory::Document::Read("<RAID version=\"1\">" + drive + "</RAID>"), std::move(answers)));
     EXPECT_EQ(Validate(text), "");  // which reads it as strict UTF-8
     EXPECT_EQ(Parsed::parse(text)["drive_documents"][0]["slot"], "\xEF\xBF\xBD");
     EXPECT_EQ(text.back(), '\n');
+}
+
+TEST(Json, NumbersStandBesideTheReportsWords) {
+    const Parsed json = Parsed::parse(Json(
+        SnapshotFrom(DriveXml("1", {ItemXml("Capacity", "558.406 GB"), ItemXml("Temperature", "31 C"),
+                                    ItemXml("Media Error Count", "12"), ItemXml("Other Error Count", "12 K"),
+                                    ItemXml("Predictive Failure Count", "-")}))));
+    const Parsed& drive = json["controllers"][0]["drives"][0];
+    EXPECT_EQ(drive["capacity"], "558.406 GB");
+    EXPECT_EQ(drive["capacity_bytes"], 599583876973ULL);
+    EXPECT_EQ(drive["temperature_celsius"], 31.0);
+    EXPECT_EQ(drive["media_errors"], 12);
+    EXPECT_EQ(drive["media_errors_told"], "12");
+    EXPECT_TRUE(drive["other_errors"].is_null());
+    EXPECT_EQ(drive["other_errors_told"], "12 K");
+    EXPECT_TRUE(drive["predictive_failures"].is_null());
+}
+
+/// What jq answers, as an administrator would ask.
+std::string AskJq(const std::string& question) {
+    const TempFolder folder;
+    folder.Write("raid.json", Json(SnapshotOf("large")));
+    const testsupport::Command command{.words = {"-r", question, folder / "raid.json"},
+                                       .program = "/usr/bin/jq"};
+    const testsupport::Ended ended = command.Run();
+    EXPECT_EQ(ended.err, "");
+    return ended.out;
+}
+
+TEST(Json, AnswersWhatAdministratorsAskWithJq) {
+    EXPECT_EQ(AskJq(".controllers[].drives[] | select(.media_errors > 10) | .number"), "PD10\nPD12\n");
+    EXPECT_EQ(AskJq(".controllers[].drives[] | select(.temperature_celsius > 1000) | .number"), "");
+    EXPECT_EQ(AskJq("[.controllers[].drives[].capacity_bytes] | add > 1e13"), "true\n");
+    EXPECT_EQ(AskJq(".health.findings[] | select(.level == \"CRITICAL\" and .serial != null) | .part"),
+              "PD13\n");
 }
 
 // Each one change to a view that the schema accepts.
@@ -155,7 +193,7 @@ constexpr Damage kDamages[] = {
     {"NoTime", [](Parsed& json) { json.erase("taken_at"); }},
     {"NoSerial", [](Parsed& json) { json["controllers"][0]["drives"][0].erase("serial"); }},
     {"NoItems", [](Parsed& json) { json["items"][0]["items"][0].erase("items"); }},
-    {"OtherVersion", [](Parsed& json) { json["schema_version"] = 2; }},
+    {"OtherVersion", [](Parsed& json) { json["schema_version"] = 3; }},
     {"OtherLevel", [](Parsed& json) { json["controllers"][0]["groups"][0]["level"] = "GOOD"; }},
     {"EmptyInsteadOfNull", [](Parsed& json) { json["controllers"][0]["drives"][0]["vendor"] = ""; }},
     {"NumberAsValue", [](Parsed& json) { json["items"][0]["items"][0]["value"] = 1; }},

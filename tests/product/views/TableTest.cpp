@@ -71,9 +71,12 @@ INSTANTIATE_TEST_SUITE_P(All, AnyScenario, testing::ValuesIn(kScenarios),
 TEST(TableTest, TellsTheWorstBeforeEverythingElse) {
     const std::vector<std::string> lines = Lines(Table(SnapshotOf("large"), {}));
     EXPECT_EQ(lines.at(0),
-              "CRITICAL: 4 critical, 3 warnings in 2 controllers, 7 groups, 8 logical drives, 26 drives");
+              "CRITICAL: 2 critical, 5 warnings in 2 controllers, 7 groups, 8 logical drives, 26 drives");
     EXPECT_EQ(lines.at(2), "Needs attention");
-    EXPECT_EQ(lines.at(3), "  CRITICAL  controller 0, RG2, LD4: OFFLINE");
+    EXPECT_EQ(lines.at(3),
+              "  CRITICAL  controller 0, RG2, PD13 in enclosure 16 slot 5: OFFLINE (TF800P, serial number "
+              "7K1301605C4)");
+    EXPECT_EQ(lines.at(4), "  CRITICAL  controller 0, RG2, LD4: OFFLINE");
 }
 
 TEST(TableTest, AMemberThatIsNotWellIsMarkedOnANarrowTerminalToo) {
@@ -86,7 +89,7 @@ TEST(TableTest, AMemberThatIsNotWellIsMarkedOnANarrowTerminalToo) {
 
 TEST(TableTest, ColoursNothingUnlessAsked) {
     EXPECT_THAT(Table(SnapshotOf("large"), {80, false}), Not(HasSubstr("\x1b")));
-    EXPECT_THAT(Table(SnapshotOf("large"), {80, true}), HasSubstr("\x1b[1;31mFAILED"));
+    EXPECT_THAT(Table(SnapshotOf("large"), {80, true}), HasSubstr("\x1b[1;31mOFFLINE"));
 }
 
 TEST(TableTest, APlaceholderNeverLooksLikeAValue) {
@@ -127,28 +130,33 @@ TEST(TreeTest, HoldsEveryItem) {
 }
 
 TEST(MonitoringLineTest, IsOneLineWithFigures) {
-    EXPECT_EQ(MonitoringLine(SnapshotOf("small").Judge(), false),
+    EXPECT_EQ(MonitoringLine(SnapshotOf("small").TheHealth(), false),
               "RAID OK - 1 controller, 1 group, 1 logical drive, 3 drives, all well | controllers=1 groups=1 "
               "logical_drives=1 drives=3 critical=0 warning=0 unknown=0\n");
-    const std::string line = MonitoringLine(SnapshotOf("large").Judge(), false);
+    const std::string line = MonitoringLine(SnapshotOf("large").TheHealth(), false);
     EXPECT_EQ(Lines(line).size(), 1U);
-    EXPECT_THAT(line, testing::StartsWith("RAID CRITICAL - 4 critical, 3 warnings in "));
-    EXPECT_THAT(line,
-                HasSubstr("; controller 0, PD10 in enclosure 16 slot 2: FAILED, failure predicted (7);"));
+    EXPECT_THAT(line, testing::StartsWith("RAID CRITICAL - 2 critical, 5 warnings in "));
+    EXPECT_THAT(
+        line,
+        HasSubstr("; controller 0, PD10 in enclosure 16 slot 2: FAILED, failure predicted (7) (TF600S15, "
+                  "serial number 7K1001602C4);"));
     EXPECT_THAT(line, HasSubstr("; and 2 more | "));
 }
 
 TEST(MonitoringLineTest, NamesEveryFindingWhenAsked) {
-    const std::vector<std::string> lines = Lines(MonitoringLine(SnapshotOf("large").Judge(), true));
+    const std::vector<std::string> lines = Lines(MonitoringLine(SnapshotOf("large").TheHealth(), true));
     ASSERT_EQ(lines.size(), 8U);
-    EXPECT_EQ(lines[1], "CRITICAL: controller 0, RG2, LD4: OFFLINE");
-    EXPECT_EQ(lines[7], "WARNING: controller 0, RG1, PD4 in enclosure 252 slot 4: REBUILD");
+    EXPECT_EQ(lines[2], "CRITICAL: controller 0, RG2, LD4: OFFLINE");
+    EXPECT_EQ(lines[3],
+              "WARNING: controller 0, RG1, PD4 in enclosure 252 slot 4: REBUILD (TF600S15, serial number "
+              "7K04025204C4)");
 }
 
 TEST(MonitoringLineTest, AReportCannotBeginTheFigures) {
     inventory::Health health;
     health.level = inventory::Level::Critical;
-    health.findings.push_back({inventory::Level::Critical, "0", "", "PD|0", "", "", "x | drives=0\ny"});
+    health.findings.push_back(
+        {.level = inventory::Level::Critical, .controller = "0", .part = "PD|0", .what = "x | drives=0\ny"});
     const std::string line = MonitoringLine(health, false);
     EXPECT_THAT(line, HasSubstr("controller 0, PD/0: x / drives=0 y | controllers=0"));
     EXPECT_EQ(Lines(line).size(), 1U);

@@ -25,6 +25,10 @@ namespace basics {
 
 [[nodiscard]] std::string InLowerCase(std::string_view text);
 
+/// Whether two texts differ in nothing but the case of letters; without the locale, in which some letters
+/// have no other case.
+[[nodiscard]] bool IsSameWord(std::string_view one, std::string_view other);
+
 /// The text without white space at its ends.
 [[nodiscard]] std::string_view Trimmed(std::string_view text);
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "inventory/Level.h"
 #include "inventory/Server.h"
 
 #include <cstddef>
@@ -9,28 +10,26 @@
 
 namespace inventory {
 
-/// How well something is, from well to bad: the worst of a server's parts is how well the server is. The
-/// rules stand in docs/health.md.
-enum class Level { Ok, Unknown, Warning, Critical };
-
-/// "OK", "UNKNOWN", "WARNING", "CRITICAL".
-[[nodiscard]] std::string_view NameOf(Level level);
-
-/// The number that monitoring plug-ins have for a level: 0 well, 1 warning, 2 critical, 3 unknown.
-[[nodiscard]] int PlugInStatusOf(Level level);
-
 /// Something that is not well.
 struct Finding {
     Level level = Level::Unknown;
-    std::string controller;       ///< its number; empty where no controller is named
-    std::string group;            ///< "RG1"; empty where none is concerned
-    std::string part;             ///< "PD9", "LD1", "Battery Backup Unit"; empty for the controller itself
-    std::string enclosure, slot;  ///< of a drive
-    std::string what;             ///< "FAILED"; "DEGRADED, nothing is being rebuilt"
+    std::string controller = {};  ///< its number; empty where no controller is named
+    std::string group = {};       ///< "RG1"; empty where none is concerned
+    std::string part = {};        ///< "PD9", "LD1", "Battery Backup Unit"; empty for the controller itself
+    std::string enclosure = {}, slot = {};  ///< of a drive
+    std::string product = {}, serial = {};  ///< of a drive: its model and its serial number
+    std::string what = {};                  ///< "FAILED"; "DEGRADED, nothing is being rebuilt"
 };
 
 /// The place of a finding: "controller 0, RG1, PD9 in enclosure 16 slot 1".
 [[nodiscard]] std::string PlaceOf(const Finding& finding);
+
+/// Which drive it is, whatever slot it is put into: "TF600S15, serial number 7K00025200C4"; empty of other
+/// parts.
+[[nodiscard]] std::string IdentityOf(const Finding& finding);
+
+/// All of it: "controller 0, RG1, PD9 in enclosure 16 slot 1: FAILED (TF600S15, serial number 7K00025200C4)".
+[[nodiscard]] std::string Describe(const Finding& finding);
 
 struct Counts {
     std::size_t controllers = 0, groups = 0, logicalDrives = 0, drives = 0;
@@ -38,24 +37,14 @@ struct Counts {
 
 struct Health {
     Level level = Level::Ok;
-    std::vector<Finding> findings;  ///< the worst first, else in the document's order
+    std::vector<Finding>
+        findings;  ///< the worst first; else a controller itself, its units, drives and groups
     Counts counts;
 };
 
-/// A server without a drive is Unknown: nothing that could be lost was seen to be well.
-[[nodiscard]] Health Judge(const Server& server);
-
-// The parts, one by one; a state that has no rule is Unknown. An absent backup unit and a controller that
-// prints no status are Ok: many have none.
-[[nodiscard]] Level LevelOf(const Drive& drive);
-[[nodiscard]] Level LevelOf(const Controller& controller, const Group& group, const LogicalDrive& drive);
-[[nodiscard]] Level LevelOf(const BackupUnit& unit);
-/// The controller's own status, without what belongs to it.
-[[nodiscard]] Level LevelOf(const Controller& controller);
-/// The worst of a group's logical drives and members.
-[[nodiscard]] Level LevelOf(const Controller& controller, const Group& group);
-/// The worst of a controller's own status and of everything that belongs to it.
-[[nodiscard]] Level OverallLevelOf(const Controller& controller);
+/// Judges every part, which then knows how well it is, and collects what is not well. A server without a
+/// drive is Unknown: nothing that could be lost was seen to be well.
+[[nodiscard]] Health Judge(Server& server);
 
 /// What there is, in words: "2 controllers, 5 groups, 6 logical drives, 26 drives".
 [[nodiscard]] std::string Describe(const Counts& counts);

@@ -24,4 +24,9 @@ struct Smart {
 /// `drive.smart` must be there.
 [[nodiscard]] Smart SmartOf(const Drive& drive);
 
+/// The rows of the table that announce a failure, in words: "Reallocated Sector Count: 12, threshold 36",
+/// where the value has come down to its threshold, or "Spin Retry Count: FAILING_NOW". A threshold of 0 is
+/// none.
+[[nodiscard]] std::vector<std::string> FailingRowsOf(const Smart& smart);
+
 }  // namespace inventory

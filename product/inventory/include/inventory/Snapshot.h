@@ -28,22 +28,20 @@ struct DriveAnswer {
 /// documents stays good.
 class Snapshot final {
   public:
-    /// `controller` is the one that a document about a single drive was asked for.
-    explicit Snapshot(Document document, const std::string& controller = "");
+    /// `controller` is the one that a document about a single drive was asked for. An answer about a drive
+    /// that is not there is kept, and changes nothing else.
+    explicit Snapshot(Document document, const std::string& controller = "",
+                      std::vector<DriveAnswer> answers = {});
     Snapshot(Snapshot&&) = default;
     Snapshot& operator=(Snapshot&&) = default;
     Snapshot(const Snapshot&) = delete;
     Snapshot& operator=(const Snapshot&) = delete;
     ~Snapshot() = default;
 
-    /// Adds the SMART data of a drive that is there; an answer about another one changes nothing but
-    /// `Answers`.
-    void Add(DriveAnswer answer);
-
     [[nodiscard]] const Document& Main() const { return m_Document; }
     [[nodiscard]] const std::vector<DriveAnswer>& Answers() const { return m_Answers; }
     [[nodiscard]] const Server& TheServer() const { return m_Server; }
-    [[nodiscard]] Health Judge() const { return inventory::Judge(m_Server); }
+    [[nodiscard]] const Health& TheHealth() const { return m_Health; }
 
     ToolRuns runs;
     /// When the server was asked; nothing where that is not known, of a saved document say.
@@ -53,6 +51,7 @@ class Snapshot final {
     Document m_Document;
     std::vector<DriveAnswer> m_Answers;
     Server m_Server;
+    Health m_Health;
 };
 
 }  // namespace inventory

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <string>
 
 namespace supervision {
@@ -9,9 +10,11 @@ struct Supervision {
     std::string resultDirectory;  ///< where the module puts result files, such as "/opt/x/tmp/MSRAID"
     bool drawsProgress = false;   ///< the terminal's last line may be an unfinished one
     std::string program = {};     ///< its name, before what is said
-    std::string interrupted = "interrupted";  ///< what to say then
-    /// Tells of an end by a signal in its own way, in place of a line on standard error. The parent ends with
-    /// its result as the exit status then. May be null.
+    std::string remains = {};  ///< what an end before its time leaves: "; the capture in DIR is incomplete"
+    std::chrono::seconds timeLimit{0};  ///< for the work; 0: it may take as long as it likes
+    int overtimeStatus = 1;             ///< the exit status when it was over
+    /// Tells of an end before its time in its own way, in place of a line on standard error. The parent ends
+    /// with its result as the exit status then. May be null.
     int (*tellEnd)(const std::string& words) noexcept = nullptr;
     const char* privateFolder = nullptr;  ///< first part of a name: the work needs a folder for its own files
 };
@@ -24,6 +27,10 @@ struct Supervision {
 /// removes the worker's result files, says so in one line, and dies by the signal. A worker that puts
 /// such a signal off, because it is replacing a file, is given some seconds. What the tool leaves running
 /// when the worker ends by itself is not touched.
+///
+/// Work that takes longer than its time is ended in the same way, whatever it does about signals, with all
+/// that it started. The line names the command that it was running: "vdkcli -pdinfo -a0 did not end within 50
+/// s".
 ///
 /// Signals that are ignored or blocked when this is called stay so, in both. The worker's signals are as if
 /// there were no parent; it is killed when the parent dies.
