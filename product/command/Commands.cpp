@@ -32,7 +32,7 @@ std::string Present(const Snapshot& snapshot, const Options& options) {
         case Options::Format::Tree:
             return views::Tree(snapshot);
         case Options::Format::Json:
-            return views::Json(snapshot);
+            return views::Json(snapshot, options.isCompact);
         case Options::Format::Html:
             return views::Html(snapshot);
         case Options::Format::Prometheus:
@@ -50,6 +50,9 @@ constexpr const char* kFromModule = "what the module returned";
 std::string InFormat(std::string xml, const std::string& source, const inventory::ToolRuns& runs,
                      const Options& options) {
     if (options.format == Options::Format::Xml) {
+        if (options.document) {
+            (void)ReadDocument(xml, source);  // Nothing else has seen that it is one.
+        }
         return xml;
     }
     const bool isDrive = !options.parameters.empty();
@@ -146,7 +149,10 @@ int TellHealth(const Options& options, const basics::DocumentTarget& target) {
 int ShowChanges(const Options& options, const basics::DocumentTarget& target) {
     const inventory::Document before = ReadDocument(ReadFile(options.before), options.before);
     const inventory::Document after = ReadDocument(ReadFile(options.after), options.after);
-    const std::vector<inventory::Change> changes = inventory::ChangesBetween(before, after);
+    std::vector<inventory::Change> changes = inventory::ChangesBetween(before, after);
+    if (!options.hasAll) {
+        std::erase_if(changes, inventory::IsOnlyMovement);
+    }
     target.Store(views::Differences(changes));
     return changes.empty() ? 0 : 1;
 }

@@ -1,6 +1,7 @@
 #include "Options.h"
 
 #include "basics/Failure.h"
+#include "basics/NearestName.h"
 #include "basics/Words.h"
 
 #include "qel/portable/CTraceOutput.h"
@@ -18,10 +19,11 @@ constexpr const char* kDescription =
     "Says whether the drives of this server are well, and what else there is to know of them.";
 constexpr const char* kFooter =
     R"(CTRL, ENCL and PD are the numbers of the controller, of the enclosure, and of the
-drive's slot in it; show prints them as controller and SLOT (252:3). What a
-subcommand prints goes to standard output, or to the file named by --output, only
-when it is whole. Options may stand before or behind the subcommand; what stands
-behind "--" is no option. Colours are for terminals only, and never with NO_COLOR.
+drive's slot in it; show prints them as controller and SLOT, and 252:3 will do for
+both here. What a subcommand prints goes to standard output, or to the file named by
+--output, only when it is whole. Options may stand before or behind the subcommand;
+what stands behind "--" is no option. Colours are for terminals only, and never with
+NO_COLOR.
 
 Exit status:
   0  success
@@ -36,7 +38,7 @@ Exit status:
 Examples:
   mngsrvraid show                              is everything well, and what is there
   mngsrvraid health                            one line for a monitoring system
-  mngsrvraid smart 0 252 3                     drive in slot 3 of enclosure 252, controller 0
+  mngsrvraid smart 0 252:3                     drive in slot 3 of enclosure 252, controller 0
   mngsrvraid --output raid.html show --smart --format html
   mngsrvraid get-info                          the RAID document of this server
   mngsrvraid --output raid.xml get-info        the same, into a file
@@ -71,15 +73,6 @@ void RejectEmpty(const char* option, const std::optional<std::string>& value) {
     }
 }
 
-void RejectRest(const std::vector<std::string>& rest) {
-    const auto unknown =
-        std::find_if(rest.begin(), rest.end(), [](const std::string& word) { return word != "--"; });
-    if (unknown != rest.end()) {
-        const bool isOption = unknown->starts_with('-');
-        Reject((isOption ? "unknown option " : "unexpected argument ") + Quoted(*unknown));
-    }
-}
-
 // The library speaks of "1 required DIR missing" or "At Most 1 required but received 2", behind the option's
 // name.
 std::string InOwnWords(const CLI::ArgumentMismatch& mismatch) {
@@ -109,15 +102,17 @@ class Parser final {
                   "(exceptions) separated by commas, or all");
         AddOption("--trace-file", m_Options.traceFile, "FILE",
                   "Trace to this file; all levels without --trace");
-        AddOption(
-            "--timeout", m_Timeout, "SECONDS",
-            "End the tool when it takes longer, and all that it started; 0: never.\n50 for health, which "
-            "monitoring waits for; else 300");
+        AddOption("--timeout", m_Timeout, "SECONDS",
+                  "End the tool when it takes longer, with all that it started.\n0: never; without it 50 for "
+                  "health, which "
+                  "monitoring waits for, else 300");
         AddOption("--app-key", m_Options.appKey, "KEY", "Application key of the caller");
         AddOption("--output", m_Options.output, "FILE",
                   "Store what is printed in this file; - is standard output");
         AddOption("--format", m_Format, "FORMAT",
                   "Of show, smart, get-info and get-pd-info: xml, tree, table, json,\nhtml or prometheus");
+        m_App.add_flag("--compact", m_Options.isCompact,
+                       "Of the format json: without the items of the documents");
         AddShow();
         AddDrive("smart", "CTRL ENCL PD: one drive, its SMART values and its attribute table",
                  Options::Action::Smart);
@@ -144,7 +139,7 @@ class Parser final {
         } catch (const CLI::ParseError& error) {
             Reject(error.what());
         }
-        RejectRest(m_App.remaining(true));
+        RejectRest();
         CheckValues();
         ChooseAction();
         return m_Options;
@@ -207,10 +202,47 @@ class Parser final {
     }
 
     void AddDiff() {
-        CLI::App* const diff = AddSubcommand(
-            "diff", "OLD NEW: what changed from one saved document to another", Options::Action::Diff);
+        CLI::App* const diff =
+            AddSubcommand("diff",
+                          "OLD NEW: what changed from one saved document to another\n"
+                          "  --all            with what always moves: temperatures, voltages, charge",
+                          Options::Action::Diff);
+        diff->add_flag("--all", m_Options.hasAll);
         diff->add_option("OLD", m_Options.before);
         diff->add_option("NEW", m_Options.after);
+    }
+
+    /// What the parser has left over; "--" only ends the options.
+    void RejectRest() const {
+        const std::vector<std::string> rest = m_App.remaining(true);
+        const auto unknown =
+            std::find_if(rest.begin(), rest.end(), [](const std::string& word) { return word != "--"; });
+        if (unknown == rest.end()) {
+            return;
+        }
+        const bool isOption = unknown->starts_with('-');
+        std::vector<std::string> known;
+        if (isOption) {
+            AddOptionsOf(m_App, known);
+        }
+        for (const Subcommand& each : m_Subcommands) {
+            if (isOption && m_App.got_subcommand(each.app)) {
+                AddOptionsOf(*each.app, known);
+            } else if (!isOption && m_App.get_subcommands().empty()) {
+                known.push_back(each.app->get_name());
+            }
+        }
+        const std::string nearest = basics::NearestName(known, unknown->substr(0, unknown->find('=')));
+        Reject((isOption ? "unknown option " : "unexpected argument ") + Quoted(*unknown) +
+               (nearest.empty() ? "" : " (did you mean " + nearest + "?)"));
+    }
+
+    static void AddOptionsOf(const CLI::App& app, std::vector<std::string>& names) {
+        for (const CLI::Option* const option : app.get_options()) {
+            if (option->nonpositional()) {
+                names.push_back("--" + option->get_lnames().front());
+            }
+        }
     }
 
     void CheckValues() {
@@ -298,9 +330,11 @@ class Parser final {
                 if (m_Format) {
                     Reject("--format does not go with " + m_Options.subcommand);
                 }
+                RejectCompact();
                 return;
         }
         if (!m_Format) {
+            RejectCompact();
             return;
         }
         const auto* const found =
@@ -310,6 +344,13 @@ class Parser final {
             Reject("--format takes xml, tree, table, json, html or prometheus, not " + Quoted(*m_Format));
         }
         m_Options.format = found->format;
+        RejectCompact();
+    }
+
+    void RejectCompact() const {
+        if (m_Options.isCompact && m_Options.format != Options::Format::Json) {
+            Reject("--compact goes with --format json alone");
+        }
     }
 
     void ChooseTimeLimit() {
@@ -343,8 +384,14 @@ class Parser final {
     }
 
     void ChooseDrive() {
+        if (!m_Drive.back() && m_Drive[1]) {  // as show prints it: 252:3
+            if (const std::size_t colon = m_Drive[1]->find(':'); colon != std::string::npos) {
+                m_Drive[2] = m_Drive[1]->substr(colon + 1);
+                m_Drive[1]->resize(colon);
+            }
+        }
         if (!m_Drive.back()) {
-            Reject(m_Options.subcommand + " needs three parameters: CTRL ENCL PD");
+            Reject(m_Options.subcommand + " needs a drive: CTRL ENCL PD, or CTRL ENCL:PD");
         }
         m_Options.parameters = {{"CTRL", *m_Drive[0]}, {"ENCL", *m_Drive[1]}, {"PD", *m_Drive[2]}};
     }

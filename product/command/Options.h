@@ -35,9 +35,11 @@ struct Options {
     std::optional<std::string> output;
     std::optional<std::string> document;  ///< of Show and Health: a saved one instead of the server's
     bool hasSmart = false;                ///< of Show: every drive's SMART data as well
+    bool isCompact = false;               ///< of the format Json: without the documents' items
     bool isVerbose = false;               ///< of Health
     std::string folder;                   ///< of Capture
     bool isRedacted = false;              ///< of Capture
+    bool hasAll = false;                  ///< of Diff: what always moves as well
     std::string before, after;            ///< of Diff: files of documents
     std::chrono::seconds timeLimit{0};    ///< for what runs the tool; 0: none
     unsigned traceLevels = 0;

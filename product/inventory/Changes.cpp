@@ -4,12 +4,16 @@
 #include "inventory/Server.h"
 
 #include <algorithm>
+#include <iterator>
+#include <string_view>
 #include <unordered_map>
 #include <unordered_set>
 #include <utility>
 
 namespace inventory {
 namespace {
+
+constexpr std::string_view kBetween = " / ";  // a section's name and its key's
 
 /// Names with what belongs to them, in order; a name that occurs again is numbered.
 template <typename Content>
@@ -94,7 +98,8 @@ std::string LabelOf(const Item& item) {
 
 void Collect(const Item& parent, const std::string& path, Values& values) {
     for (const Item& item : ChildrenOf(parent)) {
-        const std::string name = path + (path.empty() ? "" : " / ") + LabelOf(item);
+        std::string name = path;
+        name.append(path.empty() ? "" : kBetween).append(LabelOf(item));
         if (item.isPlaceholder) {
             values.Add(name, "(not told)");
         } else if (item.hasValue || ChildrenOf(item).IsEmpty()) {
@@ -187,6 +192,18 @@ std::vector<Change> ChangesBetween(const Document& before, const Document& after
         }
     }
     return changes;
+}
+
+bool IsOnlyMovement(const Change& change) {
+    constexpr std::string_view kMoving[] = {"Temperature", "Voltage",       "Relative State of Charge",
+                                            "Capacitance", "Power-On Time", "Remaining Capacity",
+                                            "Current"};
+    const std::size_t slash = change.key.rfind(kBetween);
+    const std::string_view name = slash == std::string::npos
+                                      ? change.key
+                                      : std::string_view(change.key).substr(slash + kBetween.size());
+    return change.kind == Change::Kind::Changed &&
+           std::find(std::begin(kMoving), std::end(kMoving), name) != std::end(kMoving);
 }
 
 }  // namespace inventory

@@ -10,7 +10,6 @@ namespace inventory {
 namespace {
 
 constexpr const char* kEndsEarly = "its report ends early";
-constexpr const char* kRepeated = "the document tells it more than once";
 
 /// "252:3"; empty where the slot is not told.
 std::string SlotOf(const Drive& drive) {

@@ -10,6 +10,9 @@
 
 namespace inventory {
 
+/// What is wrong with a part that nobody can tell from another of its name.
+constexpr const char* kRepeated = "the document tells it more than once";
+
 /// Whether what a controller's reports say of each other fits: what one names, another has to confirm, and
 /// each has to be there to its end. What does not fit is told as words, such as "it is in RG3, which is not
 /// reported"; nobody can know then how well the part is.

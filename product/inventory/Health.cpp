@@ -237,7 +237,8 @@ class Inspection final {
 };
 
 /// Controllers that the document tells twice: which of them is meant?
-void NoteRepeats(Server& server, std::vector<Finding>& findings) {
+std::vector<Finding> JudgeRepeats(Server& server) {
+    std::vector<Finding> findings;
     std::unordered_map<std::string, std::size_t> counts;
     for (const Controller& controller : server.controllers) {
         ++counts[controller.number];
@@ -245,13 +246,16 @@ void NoteRepeats(Server& server, std::vector<Finding>& findings) {
     for (Controller& controller : server.controllers) {
         std::size_t& count = counts[controller.number];
         if (count > 1 && !controller.number.empty()) {
-            findings.push_back({.level = Level::Unknown,
-                                .controller = controller.number,
-                                .what = "the document tells it more than once"});
+            Finding finding;
+            finding.level = Level::Unknown;
+            finding.controller = controller.number;
+            finding.what = kRepeated;
+            findings.push_back(std::move(finding));
             controller.health = std::max(controller.health, Level::Unknown);
             count = 0;
         }
     }
+    return findings;
 }
 
 Counts CountAll(const Server& server) {
@@ -308,7 +312,9 @@ Health Judge(Server& server) {
     for (Controller& controller : server.controllers) {
         isAboutDrive ? inspection.InspectAlone(controller) : inspection.Inspect(controller);
     }
-    NoteRepeats(server, health.findings);
+    for (Finding& finding : JudgeRepeats(server)) {
+        health.findings.push_back(std::move(finding));
+    }
     std::stable_sort(health.findings.begin(), health.findings.end(),
                      [](const Finding& one, const Finding& other) { return one.level > other.level; });
     health.counts = CountAll(server);

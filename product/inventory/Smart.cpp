@@ -36,7 +36,8 @@ void AddRow(const Item& row, Smart& smart) {
     smart.rows.push_back(std::move(cells));
 }
 
-std::string CellOf(const Smart& smart, const std::vector<std::string>& row, std::string_view name) {
+/// "" without a column of that name.
+std::string_view CellOf(const Smart& smart, const std::vector<std::string>& row, std::string_view name) {
     for (std::size_t column = 0; column < row.size(); ++column) {
         if (basics::IsSameWord(smart.columns[column], name)) {
             return row[column];
@@ -58,11 +59,10 @@ std::string FailureIn(const Smart& smart, const std::vector<std::string>& row) {
 
 /// "12, threshold 36"; empty for a row whose value is above it, or that has no such numbers.
 std::string ShortfallIn(const Smart& smart, const std::vector<std::string>& row) {
-    const std::string value = CellOf(smart, row, "Value");
-    const std::string threshold = CellOf(smart, row, "Threshold");
-    const auto number = basics::NumberFrom<unsigned>(value);
-    const auto least = basics::NumberFrom<unsigned>(threshold);
-    return number && least && *least > 0 && *number <= *least ? value + ", threshold " + threshold : "";
+    const auto value = basics::NumberFrom<unsigned>(CellOf(smart, row, "Value"));
+    const auto threshold = basics::NumberFrom<unsigned>(CellOf(smart, row, "Threshold"));
+    const bool isShort = value && threshold && *threshold > 0 && *value <= *threshold;
+    return isShort ? std::to_string(*value) + ", threshold " + std::to_string(*threshold) : "";
 }
 
 }  // namespace
@@ -89,8 +89,8 @@ std::vector<std::string> FailingRowsOf(const Smart& smart) {
         std::string why = FailureIn(smart, row);
         why = why.empty() ? ShortfallIn(smart, row) : why;
         if (!why.empty()) {
-            const std::string name = CellOf(smart, row, kAttribute);
-            failing.push_back((name.empty() ? "row" : name) + ": " + why);
+            const std::string_view name = CellOf(smart, row, kAttribute);
+            failing.push_back(std::string(name.empty() ? "row" : name) + ": " + why);
         }
     }
     return failing;

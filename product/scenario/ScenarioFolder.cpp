@@ -1,7 +1,7 @@
 #include "scenario/ScenarioFolder.h"
 
-#include "NearestName.h"
 #include "basics/Failure.h"
+#include "basics/NearestName.h"
 #include "basics/Words.h"
 
 #include <unistd.h>
@@ -25,7 +25,7 @@ bool IsScenarioFile(const fs::path& file) {
 }
 
 [[noreturn]] void FailToFind(const std::string& name, const fs::path& shipped) {
-    const std::string nearest = NearestName(ScenarioNames(shipped), name);
+    const std::string nearest = basics::NearestName(ScenarioNames(shipped), name);
     if (nearest.empty()) {
         Fail("there is no scenario " + name, shipped);
     }

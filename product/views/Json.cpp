@@ -202,15 +202,15 @@ Value FromAnswer(const inventory::DriveAnswer& answer) {
 
 }  // namespace
 
-std::string Json(const inventory::Snapshot& snapshot) {
+std::string Json(const inventory::Snapshot& snapshot, bool isCompact) {
     Value value = Value::object();
     value["schema_version"] = kSchemaVersion;
     value["taken_at"] = snapshot.takenAt ? Value(basics::UtcText(*snapshot.takenAt)) : Value();
     value["health"] = FromHealth(snapshot.TheHealth());
     value["tool_runs"] = FromRuns(snapshot.runs);
     value["controllers"] = Each(snapshot.TheServer().controllers, FromController);
-    value["items"] = Each(snapshot.Main().Roots(), FromItem);
-    value["drive_documents"] = Each(snapshot.Answers(), FromAnswer);
+    value["items"] = isCompact ? Value() : Each(snapshot.Main().Roots(), FromItem);
+    value["drive_documents"] = isCompact ? Value() : Each(snapshot.Answers(), FromAnswer);
     // Bytes that are no UTF-8 become U+FFFD; they may come with what was asked for, too.
     return value.dump(kIndentation, ' ', false, Value::error_handler_t::replace) + '\n';
 }

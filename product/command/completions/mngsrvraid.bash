@@ -2,7 +2,7 @@
 
 _mngsrvraid() {
     local subcommands="show smart health get-info get-pd-info capture diff"
-    local options="--help --version --scenario --install-dir --timeout --trace --trace-file --app-key --output --format"
+    local options="--help --version --scenario --install-dir --timeout --trace --trace-file --app-key --output --format --compact"
     local valued="--scenario --install-dir --timeout --trace --trace-file --app-key --output --format --document"
     local scenarios="awkward empty half-failed huge large old small well
         faults/bare-version faults/broken-header faults/dead faults/endless faults/flaky faults/flood
@@ -63,6 +63,7 @@ _mngsrvraid() {
         show) options+=" --document --smart" ;;
         health) options+=" --document --verbose" ;;
         capture) options+=" --redact" ;;
+        diff) options+=" --all" ;;
     esac
     if [[ $word == -* ]]; then
         mapfile -t COMPREPLY < <(compgen -W "$options" -- "$word")

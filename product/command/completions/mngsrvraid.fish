@@ -44,6 +44,7 @@ complete -c mngsrvraid -l trace -x -a '1 2 4 8 all' -d 'Trace to standard error'
 complete -c mngsrvraid -l timeout -x -d 'End the tool after these seconds'
 complete -c mngsrvraid -l trace-file -r -F -d 'Trace to this file'
 complete -c mngsrvraid -l app-key -x -d 'Application key of the caller'
+complete -c mngsrvraid -l compact -d 'JSON without the items of the documents'
 complete -c mngsrvraid -l output -r -F -d 'Store what is printed in this file'
 complete -c mngsrvraid -l format -x -a 'xml tree table json html prometheus' -d 'Format of what is printed'
 
@@ -60,4 +61,5 @@ complete -c mngsrvraid -n '__mngsrvraid_is show' -l smart -d 'With all SMART dat
 complete -c mngsrvraid -n '__mngsrvraid_is health' -l verbose -d 'Name each finding'
 complete -c mngsrvraid -n '__mngsrvraid_is capture' -l redact -d 'Without serial numbers'
 complete -c mngsrvraid -n '__mngsrvraid_is capture' -x -a '(__fish_complete_directories)'
+complete -c mngsrvraid -n '__mngsrvraid_is diff' -l all -d 'With what always moves'
 complete -c mngsrvraid -n '__mngsrvraid_is diff' -F

@@ -182,7 +182,7 @@ TEST(WrongUse, IsToldInOneLine) {
     const std::string see = "; see mngsrvraid --help";
     const std::string missing =
         "a subcommand is missing: show, smart, health, get-info, get-pd-info, capture or diff";
-    const std::string three = "get-pd-info needs three parameters: CTRL ENCL PD";
+    const std::string three = "get-pd-info needs a drive: CTRL ENCL PD, or CTRL ENCL:PD";
     const std::vector<std::pair<std::vector<std::string>, std::string>> cases = {
         {{}, missing},
         {{"--scenario", "small"}, missing},
@@ -194,6 +194,14 @@ TEST(WrongUse, IsToldInOneLine) {
         {{"status"}, "unexpected argument \"status\""},
         {{"--scen", "small", "get-info"}, "unknown option \"--scen\""},
         {{"get-info", "-x"}, "unknown option \"-x\""},
+        {{"helth"}, "unexpected argument \"helth\" (did you mean health?)"},
+        {{"--fromat=json", "show"}, "unknown option \"--fromat=json\" (did you mean --format?)"},
+        {{"show", "--smrt"}, "unknown option \"--smrt\" (did you mean --smart?)"},
+        {{"get-info", "--smrt"}, "unknown option \"--smrt\""},
+        {{"--timeout", "soon", "show"},
+         "--timeout takes whole seconds up to 1000000, or 0 for none, not \"soon\""},
+        {{"--timeout", "-1", "show"},
+         "--timeout takes whole seconds up to 1000000, or 0 for none, not \"-1\""},
         {{"--trace", "3", "get-info"}, "--trace takes any of 1,2,4,8 separated by commas, or all, not \"3\""},
         {{"--trace", "1,", "get-info"},
          "--trace takes any of 1,2,4,8 separated by commas, or all, not \"1,\""},

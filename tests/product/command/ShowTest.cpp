@@ -151,7 +151,9 @@ TEST(Health, IsAWarningWhileADriveIsRebuilt) {
 TEST(Health, IsUnknownWhereNotEvenTheCommandLineIsRight) {
     const Ended ended = RunCommand({"health", "--verbos"});
     EXPECT_EQ(ended.ExitStatus(), 3);
-    EXPECT_EQ(ended.out, "RAID UNKNOWN - unknown option \"--verbos\"; see mngsrvraid --help\n");
+    EXPECT_EQ(
+        ended.out,
+        "RAID UNKNOWN - unknown option \"--verbos\" (did you mean --verbose?); see mngsrvraid --help\n");
 }
 
 TEST(Health, IsUnknownWithoutTheModule) {
@@ -252,6 +254,7 @@ TEST(Smart, ShowsOneDrive) {
     EXPECT_EQ(ended.ExitStatus(), 0);
     EXPECT_THAT(ended.out, StartsWith("WARNING: PD10 in enclosure 16 slot 2\n"));
     EXPECT_THAT(ended.out, HasSubstr("[Head 0]Read"));
+    EXPECT_EQ(RunCommand({"--scenario", "large", "smart", "0", "16:2"}).out, ended.out);
 }
 
 TEST(Smart, FailsLikeTheMethod) {
@@ -304,12 +307,37 @@ TEST(Diff, SaysWhatChangedAndWhetherAnythingDid) {
     const Ended same = RunCommand({"diff", before.Path(), before.Path()});
     EXPECT_EQ(same.ExitStatus(), 0);
     EXPECT_EQ(same.out, "no difference\n");
-    const Ended changed = RunCommand({"diff", before.Path(), after.Path()});
+    const Ended changed = RunCommand({"diff", "--all", before.Path(), after.Path()});
     EXPECT_EQ(changed.ExitStatus(), 1);
     EXPECT_EQ(changed.out,
               "changed   controller 0, the drive in enclosure 252 slot 0: General Information / Temperature: "
               "\"31 C\" -> "
               "\"45 C\"\n0 appeared, 0 vanished, 1 changed\n");
+}
+
+TEST(Show, RefusesWhatIsNoDocumentInEveryFormat) {
+    const Saved page("<html/>");
+    for (const char* const format : {"xml", "table", "json"}) {
+        const Ended ended = RunCommand({"show", "--document", page.Path(), "--format", format});
+        EXPECT_EQ(ended.ExitStatus(), 4) << format;
+        EXPECT_EQ(ended.out, "") << format;
+        EXPECT_THAT(ended.err, HasSubstr(" is no RAID document: ")) << format;
+    }
+}
+
+TEST(Diff, LeavesOutWhatAlwaysMovesUnlessAsked) {
+    const Saved before(
+        "<RAID version=\"1\"><Item Name=\"Controller Information\" Valid=\"TRUE\">"
+        "<Item Name=\"Voltage\" Value=\"4053 mV\" Valid=\"TRUE\"/></Item></RAID>");
+    const Saved after(
+        "<RAID version=\"1\"><Item Name=\"Controller Information\" Valid=\"TRUE\">"
+        "<Item Name=\"Voltage\" Value=\"4050 mV\" Valid=\"TRUE\"/></Item></RAID>");
+    const Ended ended = RunCommand({"diff", before.Path(), after.Path()});
+    EXPECT_EQ(ended.ExitStatus(), 0);
+    EXPECT_EQ(ended.out, "no difference\n");
+    const Ended all = RunCommand({"diff", "--all", before.Path(), after.Path()});
+    EXPECT_EQ(all.ExitStatus(), 1);
+    EXPECT_THAT(all.out, HasSubstr("Voltage: \"4053 mV\" -> \"4050 mV\""));
 }
 
 TEST(Diff, FailsOnWhatIsNoDocument) {
@@ -332,9 +360,11 @@ TEST(WrongUse, OfWhatDoesNotGoTogether) {
         {{"show", "--smart", "--document", "a"}, "--smart asks the server, which --document leaves alone"},
         {{"show", "--smart", "--format", "xml"},
          "--smart has no xml: the document of a server holds none; get-pd-info has it drive by drive"},
+        {{"show", "--compact"}, "--compact goes with --format json alone"},
+        {{"get-info", "--compact"}, "--compact goes with --format json alone"},
         {{"diff", "a"}, "diff needs two saved documents: OLD NEW"},
         {{"capture"}, "capture needs a folder to make: DIR"},
-        {{"smart", "0"}, "smart needs three parameters: CTRL ENCL PD"},
+        {{"smart", "0"}, "smart needs a drive: CTRL ENCL PD, or CTRL ENCL:PD"},
         {{"get-info", "--document", "a"}, "unknown option \"--document\""},
         {{"show", "--document", ""}, "--document needs a path that is not empty"},
     };

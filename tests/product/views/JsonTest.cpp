@@ -149,6 +149,17 @@ TEST(Json, NumbersStandBesideTheReportsWords) {
     EXPECT_TRUE(drive["predictive_failures"].is_null());
 }
 
+TEST(Json, LeavesTheItemsOutWhereItIsToBeCompact) {
+    const inventory::Snapshot snapshot = SnapshotOf("large");
+    Parsed compact = Parsed::parse(Json(snapshot, true));
+    EXPECT_EQ(Validate(compact.dump()), "");
+    EXPECT_TRUE(compact["items"].is_null());
+    Parsed whole = Parsed::parse(Json(snapshot));
+    compact["items"] = whole["items"];
+    compact["drive_documents"] = whole["drive_documents"];
+    EXPECT_EQ(compact, whole);
+}
+
 /// What jq answers, as an administrator would ask.
 std::string AskJq(const std::string& question) {
     const TempFolder folder;

@@ -26,4 +26,8 @@ struct Change {
 /// of the same names. Any key counts, known or not.
 [[nodiscard]] std::vector<Change> ChangesBetween(const Document& before, const Document& after);
 
+/// Whether it is another value of what always moves, so that it says nothing by itself: a temperature, a
+/// voltage, a charge, hours of operation.
+[[nodiscard]] bool IsOnlyMovement(const Change& change);
+
 }  // namespace inventory

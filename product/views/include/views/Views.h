@@ -29,8 +29,9 @@ struct TerminalStyle {
 ///         Controller No. = 0
 [[nodiscard]] std::string Tree(const inventory::Snapshot& snapshot);
 
-/// JSON as docs/schema.json describes it: the roll-up, the parts, and every item of the documents.
-[[nodiscard]] std::string Json(const inventory::Snapshot& snapshot);
+/// JSON as docs/schema.json describes it: the roll-up, the parts, and, unless it is to be compact, every item
+/// of the documents.
+[[nodiscard]] std::string Json(const inventory::Snapshot& snapshot, bool isCompact = false);
 
 /// One page that needs nothing from elsewhere.
 [[nodiscard]] std::string Html(const inventory::Snapshot& snapshot);

@@ -1,9 +1,9 @@
-#include "NearestName.h"
+#include "basics/NearestName.h"
 
 #include <algorithm>
 #include <cstddef>
 
-namespace scenario {
+namespace basics {
 namespace {
 
 std::string_view LastPart(std::string_view name) {
@@ -49,4 +49,4 @@ std::string NearestName(const std::vector<std::string>& names, std::string_view 
     return nearest;
 }
 
-}  // namespace scenario
+}  // namespace basics
