@@ -103,9 +103,8 @@ class Parser final {
         AddOption("--trace-file", m_Options.traceFile, "FILE",
                   "Trace to this file; all levels without --trace");
         AddOption("--timeout", m_Timeout, "SECONDS",
-                  "End the tool when it takes longer, with all that it started.\n0: never; without it 50 for "
-                  "health, which "
-                  "monitoring waits for, else 300");
+                  "End the tool when it takes longer, with all that it started;\n0: never. By default 50 for "
+                  "health, 300 for the others");
         AddOption("--app-key", m_Options.appKey, "KEY", "Application key of the caller");
         AddOption("--output", m_Options.output, "FILE",
                   "Store what is printed in this file; - is standard output");
@@ -205,7 +204,7 @@ class Parser final {
         CLI::App* const diff =
             AddSubcommand("diff",
                           "OLD NEW: what changed from one saved document to another\n"
-                          "  --all            with what always moves: temperatures, voltages, charge",
+                          "  --all            with what always moves, such as temperatures",
                           Options::Action::Diff);
         diff->add_flag("--all", m_Options.hasAll);
         diff->add_option("OLD", m_Options.before);
