@@ -50,6 +50,7 @@ class Inspection final {
     /// A drive of which alone is known: nothing else can confirm what it says.
     void InspectAlone(Controller& controller) {
         m_Controller = controller.number;
+        controller.statusHealth = Level::Ok;
         Drive& drive = controller.drives.front();
         Reasons reasons;
         AddStates(drive, Standing(), drive.membership.starts_with("LD"), reasons);
@@ -192,7 +193,7 @@ class Inspection final {
     }
 
     static void RollUp(Controller& controller) {
-        Level level = controller.item == nullptr ? Level::Ok : controller.statusHealth;
+        Level level = controller.statusHealth;
         const auto add = [&level](const auto& parts) {
             for (const auto& part : parts) {
                 level = std::max(level, part.health);

@@ -441,6 +441,15 @@ TEST(HealthTest, EveryPartKnowsHowWellItIs) {
     EXPECT_EQ(controller.drives[3].health, Level::Warning);
 }
 
+TEST(HealthTest, AControllerWhoseReportIsMissingIsNotWellEither) {
+    const Document document =
+        Read(Spare("PD0", "NO ERROR", "HOT SPARE") + Spare("PD1", "NO ERROR", "HOT SPARE"));
+    Server server = Survey(document);
+    EXPECT_EQ(Judge(server).level, Level::Unknown);
+    EXPECT_EQ(server.controllers[0].health, Level::Unknown);
+    EXPECT_EQ(server.controllers[0].drives[0].health, Level::Ok);
+}
+
 TEST(HealthTest, APlaceholderIsNoState) {
     const std::string placeholder = "<Item Name=\"PD Status\" Value=\"NO ERROR\" Valid=\"FALSE\"/>";
     EXPECT_EQ(HealthOf(Node("Physical Drive Information", General(placeholder))).level, Level::Unknown);
