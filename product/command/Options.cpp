@@ -220,28 +220,38 @@ class Parser final {
             return;
         }
         const bool isOption = unknown->starts_with('-');
-        std::vector<std::string> known;
-        if (isOption) {
-            AddOptionsOf(m_App, known);
-        }
-        for (const Subcommand& each : m_Subcommands) {
-            if (isOption && m_App.got_subcommand(each.app)) {
-                AddOptionsOf(*each.app, known);
-            } else if (!isOption && m_App.get_subcommands().empty()) {
-                known.push_back(each.app->get_name());
-            }
-        }
-        const std::string nearest = basics::NearestName(known, unknown->substr(0, unknown->find('=')));
+        const std::string nearest = basics::NearestName(isOption ? OptionNames() : MissingSubcommands(),
+                                                        unknown->substr(0, unknown->find('=')));
         Reject((isOption ? "unknown option " : "unexpected argument ") + Quoted(*unknown) +
                (nearest.empty() ? "" : " (did you mean " + nearest + "?)"));
     }
 
-    static void AddOptionsOf(const CLI::App& app, std::vector<std::string>& names) {
-        for (const CLI::Option* const option : app.get_options()) {
-            if (option->nonpositional()) {
-                names.push_back("--" + option->get_lnames().front());
+    /// Those that go with what was typed.
+    [[nodiscard]] std::vector<std::string> OptionNames() const {
+        std::vector<const CLI::App*> parsers = {&m_App};
+        for (const CLI::App* const subcommand : m_App.get_subcommands()) {
+            parsers.push_back(subcommand);
+        }
+        std::vector<std::string> names;
+        for (const CLI::App* const parser : parsers) {
+            for (const CLI::Option* const option : parser->get_options()) {
+                for (const std::string& name : option->get_lnames()) {
+                    names.push_back("--" + name);
+                }
             }
         }
+        return names;
+    }
+
+    /// What an argument could have been meant for: any of them, where none was typed.
+    [[nodiscard]] std::vector<std::string> MissingSubcommands() const {
+        std::vector<std::string> names;
+        if (m_App.get_subcommands().empty()) {
+            for (const Subcommand& each : m_Subcommands) {
+                names.push_back(each.app->get_name());
+            }
+        }
+        return names;
     }
 
     void CheckValues() {

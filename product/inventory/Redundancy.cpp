@@ -130,13 +130,11 @@ Standing StandingOf(const Controller& controller, const Group& group) {
     const std::optional<Scheme> scheme = SchemeOf(group);
     const Absent absent = CountAbsent(controller, group);
     Standing standing;
-    standing.members = group.members.size();
     standing.gone = absent.gone;
     standing.rebuilding = CountRebuilding(controller, group);
     // A drive that was pulled is in no report any more; then only the logical drives tell that it is missing.
     if (AnyIs(group, IsDegraded)) {
         standing.gone += absent.unseen;
-        standing.members = std::max(standing.members, standing.gone);
         if (standing.gone + standing.rebuilding == 0) {
             standing.gone =
                 scheme && AnyIs(group, IsWhollyDegraded) ? std::max<std::size_t>(scheme->bears, 1) : 1;

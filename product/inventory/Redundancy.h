@@ -16,9 +16,8 @@ enum class Risk {
     Lost,     ///< data went already: more drives are gone than the level bears
 };
 
-/// How many of a group's drives are there, and what follows.
+/// How many of a group's drives are of no use, and what follows.
 struct Standing {
-    std::size_t members = 0;
     std::size_t gone = 0;        ///< failed, dropped out or pulled, and nothing takes their place
     std::size_t rebuilding = 0;  ///< no use until that is done
     Risk risk = Risk::None;
@@ -29,7 +28,7 @@ struct Standing {
 
 [[nodiscard]] Level LevelOf(Risk risk);
 
-/// "1 of 6 drives is gone, another one may go"; empty where nothing is at risk.
+/// "another drive may fail", "nothing is being rebuilt"; empty where nothing is at risk.
 [[nodiscard]] std::string Describe(const Standing& standing);
 
 /// "DEGRADED" or "PARTIALLY DEGRADED": what a level bears has been borne, in part or wholly.

@@ -115,7 +115,7 @@ class Parent final {
         while (!HasEnded()) {
             const int signal = m_Signals.Next(m_End);
             if (signal == 0 && m_End && steady_clock::now() >= *m_End) {
-                Kill();
+                EndOvertime();
             } else if (signal != 0 && signal != SIGCHLD) {
                 PassOn(signal);
             }
@@ -147,16 +147,21 @@ class Parent final {
         }
     }
 
-    // The time is over: its own, or that for putting a signal off.
-    void Kill() {
-        if (m_Interruption == 0) {
-            const std::vector<pid_t> tools = ChildrenOf(m_Worker);
-            const std::string tool = tools.empty() ? "" : CommandOf(tools.front());
-            m_Overtime = (tool.empty() ? "the module" : tool) + " did not end within " +
-                         std::to_string(m_Supervision.timeLimit.count()) + " s, and was ended";
+    // The time for the work is over, or that for putting a signal off. Work that replaces a file is given the
+    // latter, too.
+    void EndOvertime() {
+        if (m_Interruption != 0 || !m_Overtime.empty()) {
+            ::kill(m_Worker, SIGKILL);
+            m_End = std::nullopt;
+            return;
         }
-        ::kill(m_Worker, SIGKILL);
-        m_End = std::nullopt;
+        const std::vector<pid_t> tools = ChildrenOf(m_Worker);
+        const std::string tool = tools.empty() ? "" : CommandOf(tools.front());
+        m_Overtime = (tool.empty() ? "the module" : tool) + " did not end within " +
+                     std::to_string(m_Supervision.timeLimit.count()) + " s, and was ended";
+        m_End = steady_clock::now() + kTimeToPutOff;
+        ::kill(m_Worker, SIGTERM);
+        ::kill(m_Worker, SIGCONT);  // One that is stopped would not hear it.
     }
 
     void PassOn(int signal) noexcept {

@@ -23,15 +23,6 @@ struct WellServer {
     std::vector<const char*> commands;
 };
 
-std::vector<std::string> LinesOf(const std::string& text) {
-    std::istringstream stream(text);
-    std::vector<std::string> lines;
-    for (std::string line; std::getline(stream, line);) {
-        lines.push_back(line);
-    }
-    return lines;
-}
-
 std::string KeyOf(const std::string& line) {
     const std::size_t start = line.find_first_not_of(' ');
     const std::string text = start == std::string::npos ? "" : line.substr(start, line.find(" :") - start);
@@ -81,10 +72,10 @@ std::string UnseenCuts(const TempFolder& root, const WellServer& server) {
     std::string unseen;
     for (const std::string command : server.commands) {
         const std::string text = reports.Read(command);
-        const std::vector<std::string> lines = LinesOf(text);
+        std::istringstream lines(text);
         std::string kept;
         std::string last = whole;
-        for (const std::string& line : lines) {
+        for (std::string line; std::getline(lines, line);) {
             reports.Write(command, kept);
             kept += line + "\n";
             const std::string answer = provider.GetInfo();

@@ -28,9 +28,9 @@ struct Supervision {
 /// such a signal off, because it is replacing a file, is given some seconds. What the tool leaves running
 /// when the worker ends by itself is not touched.
 ///
-/// Work that takes longer than its time is ended in the same way, whatever it does about signals, with all
-/// that it started. The line names the command that it was running: "vdkcli -pdinfo -a0 did not end within 50
-/// s".
+/// Work that takes longer than its time is ended in the same way (SIGTERM, and some seconds later SIGKILL),
+/// with all that it started. The line names the command that it was running: "vdkcli -pdinfo -a0 did not end
+/// within 50 s".
 ///
 /// Signals that are ignored or blocked when this is called stay so, in both. The worker's signals are as if
 /// there were no parent; it is killed when the parent dies.
