@@ -1,6 +1,7 @@
 #include "Options.h"
 
 #include "basics/Failure.h"
+#include "basics/HostName.h"
 #include "basics/NearestName.h"
 #include "basics/Words.h"
 
@@ -108,6 +109,9 @@ class Parser final {
         AddOption("--app-key", m_Options.appKey, "KEY", "Application key of the caller");
         AddOption("--output", m_Options.output, "FILE",
                   "Store what is printed in this file; - is standard output");
+        AddOption("--host", m_Host, "NAME",
+                  "What the server is called in what is printed; by default as\nthis machine, but for "
+                  "scenarios and saved documents");
         AddOption("--format", m_Format, "FORMAT",
                   "Of show, smart, get-info and get-pd-info: xml, tree, table, json,\nhtml or prometheus");
         m_App.add_flag("--compact", m_Options.isCompact,
@@ -288,6 +292,7 @@ class Parser final {
         m_Options.subcommand = chosen->app->get_name();
         ChooseFormat();
         ChooseTimeLimit();
+        ChooseHost();
         switch (m_Options.action) {
             case Options::Action::Smart:
             case Options::Action::GetPDInfo:
@@ -379,6 +384,12 @@ class Parser final {
         m_Options.timeLimit = std::chrono::seconds(seconds);
     }
 
+    // What is asked in this server's place is another one.
+    void ChooseHost() {
+        const bool isThisServer = !m_Options.scenario && !m_Options.document;
+        m_Options.host = m_Host.value_or(isThisServer ? basics::HostName() : "");
+    }
+
     void CheckDocument() const {
         if (m_Options.document && m_Options.scenario) {
             Reject("--scenario is a server to ask, which --document leaves alone");
@@ -414,6 +425,7 @@ class Parser final {
     std::optional<std::string> m_Trace;
     std::optional<std::string> m_Format;
     std::optional<std::string> m_Timeout;
+    std::optional<std::string> m_Host;
     std::array<std::optional<std::string>, 3> m_Drive;
     bool m_Version = false;
     CLI::App m_App{kDescription, kName};

@@ -33,6 +33,7 @@ struct Options {
     std::optional<std::string> traceFile;
     std::optional<std::string> appKey;
     std::optional<std::string> output;
+    std::string host;                     ///< what the server is called; empty where that is not known
     std::optional<std::string> document;  ///< of Show and Health: a saved one instead of the server's
     bool hasSmart = false;                ///< of Show: every drive's SMART data as well
     bool isCompact = false;               ///< of the format Json: without the documents' items

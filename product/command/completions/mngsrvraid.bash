@@ -2,8 +2,8 @@
 
 _mngsrvraid() {
     local subcommands="show smart health get-info get-pd-info capture diff"
-    local options="--help --version --scenario --install-dir --timeout --trace --trace-file --app-key --output --format --compact"
-    local valued="--scenario --install-dir --timeout --trace --trace-file --app-key --output --format --document"
+    local options="--help --version --scenario --install-dir --timeout --trace --trace-file --app-key --output --host --format --compact"
+    local valued="--scenario --install-dir --timeout --trace --trace-file --app-key --output --host --format --document"
     local scenarios="awkward empty half-failed huge large old small well
         faults/bare-version faults/broken-header faults/dead faults/endless faults/flaky faults/flood
         faults/held-open faults/killed faults/late faults/marker faults/one-line faults/shell-killed
@@ -57,7 +57,7 @@ _mngsrvraid() {
             mapfile -t COMPREPLY < <(compgen -f -- "$word")
             return
             ;;
-        --app-key | --timeout) return ;;
+        --app-key | --host | --timeout) return ;;
     esac
     case $subcommand in
         show) options+=" --document --smart" ;;

@@ -6,7 +6,7 @@ function __mngsrvraid_subcommand
     set -e words[1]
     while set -q words[1]
         switch $words[1]
-            case --scenario --install-dir --timeout --trace --trace-file --app-key --output --format --document
+            case --scenario --install-dir --timeout --trace --trace-file --app-key --output --host --format --document
                 set -e words[1]
             case show smart health get-info get-pd-info capture diff
                 echo $words[1]
@@ -44,6 +44,7 @@ complete -c mngsrvraid -l trace -x -a '1 2 4 8 all' -d 'Trace to standard error'
 complete -c mngsrvraid -l timeout -x -d 'End the tool after these seconds'
 complete -c mngsrvraid -l trace-file -r -F -d 'Trace to this file'
 complete -c mngsrvraid -l app-key -x -d 'Application key of the caller'
+complete -c mngsrvraid -l host -x -d 'What the server is called'
 complete -c mngsrvraid -l compact -d 'JSON without the items of the documents'
 complete -c mngsrvraid -l output -r -F -d 'Store what is printed in this file'
 complete -c mngsrvraid -l format -x -a 'xml tree table json html prometheus' -d 'Format of what is printed'
