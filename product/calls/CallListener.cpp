@@ -4,8 +4,10 @@
 
 #include <algorithm>
 #include <atomic>
+#include <iterator>
 #include <new>
 #include <string_view>
+#include <utility>
 
 namespace calls {
 namespace {
@@ -14,6 +16,9 @@ constexpr std::string_view kFailureMessage = "MSGID_MNGSRV_RAID_0001_F ";
 constexpr std::string_view kCommandStart = "execute vdkcli command.(";
 constexpr char kCommandEnd = ')';
 constexpr std::string_view kCommandFailure = "Failed to execute vdkcli command.(";
+// Behind each of them the result file is removed.
+constexpr std::string_view kReportFailures[] = {kCommandFailure, "Failed to parse RAID Information ",
+                                                "Failed to open file output by vdkcli("};
 constexpr std::string_view kAttempt =
     "ExecForeignModule";  // a failed attempt, after which there may be another
 
@@ -29,6 +34,11 @@ std::size_t CountForks() noexcept {
         nullptr, [] { ++g_Forks; }, nullptr);
     static_cast<void>(isCounting);  // Without memory for it no failed run is counted.
     return g_Forks;
+}
+
+bool IsBeforeRemoval(std::string_view failure) {
+    return std::any_of(std::begin(kReportFailures), std::end(kReportFailures),
+                       [failure](std::string_view start) { return failure.starts_with(start); });
 }
 
 }  // namespace
@@ -71,6 +81,10 @@ void CallListener::Hear(const TraceLine& line) {
         std::string_view command = line.text.substr(kCommandStart.size());
         command.remove_suffix(1);
         StartCommand(command);
+    } else if (line.level == kFailureLevel && IsBeforeRemoval(line.text)) {
+        ToolRun run = SeeRun();
+        const std::lock_guard lock(m_Mutex);
+        m_LastRun = std::move(run);
     }
 }
 
@@ -78,7 +92,9 @@ void CallListener::StartCommand(std::string_view command) {
     {
         const std::lock_guard lock(m_Mutex);
         m_LastCommand = command;
+        m_LastRun.reset();
     }
+    ForgetRun();
     if (m_Progress != nullptr) {
         m_Progress->Show(command);
     }
@@ -94,10 +110,16 @@ std::optional<std::string> CallListener::LastCommand() const {
     return m_LastCommand;
 }
 
+std::optional<ToolRun> CallListener::LastRun() const {
+    const std::lock_guard lock(m_Mutex);
+    return m_LastRun;
+}
+
 void CallListener::Forget() {
     const std::lock_guard lock(m_Mutex);
     m_Reasons.reset();
     m_LastCommand.reset();
+    m_LastRun.reset();
 }
 
 inventory::ToolRuns CallListener::Runs() const {

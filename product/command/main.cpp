@@ -8,7 +8,7 @@
 #include "basics/DocumentTarget.h"
 #include "basics/Failure.h"
 #include "basics/Text.h"
-#include "calls/Inquiry.h"
+#include "calls/InstallRoot.h"
 #include "calls/Module.h"
 #include "capture/Capture.h"
 #include "sandbox/Sandbox.h"
@@ -56,6 +56,11 @@ void Say(const std::string& line) noexcept {
 }
 
 void ChooseInstallRoot(const Options& options) {
+    // Nothing is no root, and only this one process would know of it.
+    const char* const given = std::getenv("ZORBALT_INSTALL_DIR");
+    if (given != nullptr && *given == '\0') {
+        ::unsetenv("ZORBALT_INSTALL_DIR");
+    }
     if (options.installDir) {
         const std::string root = fs::absolute(*options.installDir).lexically_normal().string();
         if (::setenv("ZORBALT_INSTALL_DIR", root.c_str(), 1) != 0) {
@@ -98,18 +103,24 @@ bool AsksTheServer(const Options& options) {
     return options.action != Options::Action::Diff && !options.document;
 }
 
-// In the worker: the folder for records of a capture.
+// In the worker: a folder for what it alone may see.
 std::string StartWorker(const Options& options) {
     const bool isCapture = options.action == Options::Action::Capture;
     return supervision::Supervise(
-        {.resultDirectory = calls::ResultDirectory(),
-         .drawsProgress = ShowsProgress(options),
+        {.drawsProgress = ShowsProgress(options),
          .program = "mngsrvraid",
          .remains = isCapture ? "; the capture in " + basics::OneLine(options.folder) + " is incomplete" : "",
          .timeLimit = options.timeLimit,
          .overtimeStatus = static_cast<int>(ExitStatus::MethodFailed),
          .tellEnd = options.action == Options::Action::Health ? TellUnknownHealth : nullptr,
-         .privateFolder = isCapture ? "mngsrvraid.records" : nullptr});
+         .privateFolder = "mngsrvraid",
+         .otherPlaces = {calls::InstallRoot() + "/tmp", "/dev/shm"}});
+}
+
+std::string MakeRecordFolder(const fs::path& folder) {
+    const fs::path records = folder / "records";
+    fs::create_directory(records);
+    return records.string();
 }
 
 // What is drawn on the terminal is gone when this returns.
@@ -119,7 +130,10 @@ std::string RunCapture(capture::Capture& capture, const Options& options) {
 }
 
 int Answer(const Options& options) {
-    const std::string records = AsksTheServer(options) ? StartWorker(options) : "";
+    const std::string folder = AsksTheServer(options) ? StartWorker(options) : "";
+    if (!folder.empty()) {
+        calls::UsePrivateRoot(folder);
+    }
     // Before the view of the file system changes.
     const basics::DocumentTarget target =
         options.output ? basics::DocumentTarget(*options.output) : basics::DocumentTarget::StandardOutput();
@@ -131,7 +145,7 @@ int Answer(const Options& options) {
     if (options.action == Options::Action::Capture) {
         capture.emplace(capture::CaptureRequest{options.folder, options.isRedacted,
                                                 options.scenario.value_or(""), InquiryRequestFor(options)},
-                        records);
+                        MakeRecordFolder(folder));
     }
     if (isMadeUp) {
         sandbox::EnterSandbox(Simulation() / "vdkcli", scenario);

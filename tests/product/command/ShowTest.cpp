@@ -165,14 +165,16 @@ TEST(Health, IsUnknownWithoutTheModule) {
 }
 
 TEST(Health, IsUnknownWhenItIsInterrupted) {
-    const InstallRoot root;
-    const Command command{.words = {"--install-dir", root.Path(), "--scenario", "faults/slow", "health"}};
+    const TemporaryDirectory temporary;
+    const Command command{.words = {"--scenario", "faults/slow", "health"},
+                          .environment = temporary.Environment()};
     const auto running = command.Start();
-    ASSERT_TRUE(ComesTrue([&] { return !root.ResultFiles().empty(); }));
+    ASSERT_TRUE(ComesTrue([&] { return !temporary.ResultFiles().empty(); }));
     ::kill(running->Process(), SIGTERM);
     const Ended ended = running->Wait();
     EXPECT_EQ(ended.ExitStatus(), 3);
     EXPECT_EQ(ended.out, "RAID UNKNOWN - interrupted\n");
+    EXPECT_TRUE(temporary.Names().empty());
 }
 
 TEST(Health, IsNotMeantByAnArgumentOfThatName) {
