@@ -16,11 +16,11 @@ constexpr std::string_view kFailureMessage = "MSGID_MNGSRV_RAID_0001_F ";
 constexpr std::string_view kCommandStart = "execute vdkcli command.(";
 constexpr char kCommandEnd = ')';
 constexpr std::string_view kCommandFailure = "Failed to execute vdkcli command.(";
+constexpr std::string_view kAttempt =
+    "ExecForeignModule";  // a failed attempt, after which there may be another
 // Behind each of them the result file is removed.
 constexpr std::string_view kReportFailures[] = {kCommandFailure, "Failed to parse RAID Information ",
                                                 "Failed to open file output by vdkcli("};
-constexpr std::string_view kAttempt =
-    "ExecForeignModule";  // a failed attempt, after which there may be another
 
 constexpr int kMessageLevel = 0;
 constexpr int kResultLevel = 1;
@@ -44,7 +44,7 @@ bool IsBeforeRemoval(std::string_view failure) {
 }  // namespace
 
 CallListener::CallListener(ProgressReceiver* progress) : m_Progress(progress), m_ForksBefore(CountForks()) {
-    CTraceOutput::SetListener(this);
+    CTraceOutput::SetListener(this, kResultLevel | kFailureLevel);
 }
 
 void CallListener::OnTrace(const TraceLine& line) noexcept {
@@ -55,16 +55,16 @@ void CallListener::OnTrace(const TraceLine& line) noexcept {
     }
 }
 
-// A command ends with the first line that is traced behind it: while the tool runs, nothing is.
+// A command's time is that of its tries with the pauses between them; while they last, nothing else is traced.
 void CallListener::Clock(const TraceLine& line) {
-    const auto now = std::chrono::steady_clock::now();
     const std::lock_guard lock(m_Mutex);
     if (m_RunsSince && !line.text.starts_with(kAttempt)) {
-        m_Runs.duration += now - *m_RunsSince;
+        const auto time = EndOfRun() - *m_RunsSince;
+        m_Runs.duration += std::max(time, time.zero());
         m_RunsSince.reset();
     }
     if (line.level == kResultLevel && line.text.starts_with(kCommandStart)) {
-        m_RunsSince = now;
+        m_RunsSince = std::chrono::steady_clock::now();
         ++m_Runs.commands;
     } else if (line.level == kFailureLevel && line.text.starts_with(kCommandFailure)) {
         ++m_Runs.failures;

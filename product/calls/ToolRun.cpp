@@ -30,6 +30,7 @@ using basics::Descriptor;
 
 constexpr int kNoStatus = -1;
 std::atomic<int> g_lastStatus = kNoStatus;
+std::atomic<std::chrono::steady_clock::time_point> g_lastEnd = std::chrono::steady_clock::time_point();
 
 // The file "00001a2b_00000005_MngSrvRaid.txt" of the thread's last run; earlier ones have lower numbers, and
 // other threads and processes share the directory.
@@ -110,6 +111,11 @@ std::string DescribeStatus(int status) {
 
 void ForgetRun() noexcept {
     g_lastStatus = kNoStatus;
+    g_lastEnd = std::chrono::steady_clock::time_point();
+}
+
+std::chrono::steady_clock::time_point EndOfRun() noexcept {
+    return g_lastEnd;
 }
 
 ToolRun SeeRun() {
@@ -145,6 +151,7 @@ extern "C" __attribute__((visibility("default"))) pid_t waitpid(pid_t process, i
     const pid_t child = ::wait4(process, &seen, options, nullptr);
     if (child > 0) {
         calls::g_lastStatus = seen;
+        calls::g_lastEnd = std::chrono::steady_clock::now();
         if (status != nullptr) {
             *status = seen;
         }

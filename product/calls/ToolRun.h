@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <optional>
 #include <string>
 
@@ -15,6 +16,9 @@ struct ToolRun {
 
 /// What is known of children that were waited for goes, so that an earlier run is not taken for the next one.
 void ForgetRun() noexcept;
+
+/// When the last of them had been waited for; the clock's epoch where none has been.
+[[nodiscard]] std::chrono::steady_clock::time_point EndOfRun() noexcept;
 
 /// The run that the calling thread has just waited for. To be called while the result file is still there.
 [[nodiscard]] ToolRun SeeRun();

@@ -20,6 +20,7 @@
 #include "qel/portable/CVersionLog.h"
 
 #include <fcntl.h>
+#include <malloc.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -44,6 +45,15 @@ void OccupyStandardDescriptors() noexcept {
             (void)::open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY);
         }
     }
+}
+
+// What the module frees the command soon needs, and pages that had gone back to the kernel would be handed out
+// one by one again. A small server's answer fits into what is had in one go.
+void KeepFreedMemory() noexcept {
+    constexpr int kMebibyte = 1 << 20;
+    ::mallopt(M_TRIM_THRESHOLD, 64 * kMebibyte);
+    ::mallopt(M_MMAP_THRESHOLD, 4 * kMebibyte);
+    ::mallopt(M_TOP_PAD, kMebibyte / 2);
 }
 
 void Say(const std::string& line) noexcept {
@@ -218,6 +228,7 @@ int RunAndReport(int count, const char* const* words) {
 }  // namespace command
 
 int main(int count, char** words) {
+    command::KeepFreedMemory();
     command::OccupyStandardDescriptors();
     return command::RunAndReport(count, words);
 }
