@@ -94,19 +94,6 @@ std::string NameOf(int signal) {
     return name == nullptr ? "signal " + std::to_string(signal) : std::string("SIG") + name;
 }
 
-std::string DescribeStatus(int status) {
-    if (WIFSIGNALED(status)) {
-        return "ended by " + NameOf(WTERMSIG(status));
-    }
-    if (WIFSTOPPED(status)) {
-        return "stopped by " + NameOf(WSTOPSIG(status));
-    }
-    const int number = WEXITSTATUS(status);
-    const int signal = number - basics::kSignalStatusBase;
-    return "exit status " + std::to_string(number) +
-           (signal > 0 && ::sigabbrev_np(signal) != nullptr ? " (" + NameOf(signal) + ")" : "");
-}
-
 }  // namespace
 
 void ForgetRun() noexcept {
@@ -132,6 +119,19 @@ ToolRun SeeRun() {
     return run;
 }
 
+std::string DescribeStatus(int status) {
+    if (WIFSIGNALED(status)) {
+        return "ended by " + NameOf(WTERMSIG(status));
+    }
+    if (WIFSTOPPED(status)) {
+        return "stopped by " + NameOf(WSTOPSIG(status));
+    }
+    const int number = WEXITSTATUS(status);
+    const int signal = number - basics::kSignalStatusBase;
+    return "exit status " + std::to_string(number) +
+           (signal > 0 && ::sigabbrev_np(signal) != nullptr ? " (" + NameOf(signal) + ")" : "");
+}
+
 std::string DescribeRun(const ToolRun& run) {
     if (!run.status || !run.hasReport) {
         return "";  // Without the file nothing was run.
@@ -144,8 +144,8 @@ std::string DescribeRun(const ToolRun& run) {
 
 // The module waits for the tool itself, and tells of how it ended no more than that it failed. It finds this
 // function by its name, as it would the C library's, and the program's own goes before a library's. Others
-// would know less or cost more: a stand-in for the shell is one more program to start for every run, a handler
-// of SIGCHLD gets one signal for two children, and whoever traces the tool changes how it runs.
+// would know less or cost more: a stand-in for the shell is one more program to start for every run, a
+// handler of SIGCHLD gets one signal for two children, and whoever traces the tool changes how it runs.
 extern "C" __attribute__((visibility("default"))) pid_t waitpid(pid_t process, int* status, int options) {
     int seen = 0;
     const pid_t child = ::wait4(process, &seen, options, nullptr);

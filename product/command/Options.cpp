@@ -169,10 +169,12 @@ class Parser final {
         CLI::App* const show = AddSubcommand("show",
                                              "What needs attention, then everything, in tables\n"
                                              "  --document FILE  of this saved document, not of the server\n"
-                                             "  --smart          with the SMART data of all drives",
+                                             "  --smart          with the SMART data of all drives\n"
+                                             "  --jobs N         asking for N of them at a time, up to 64",
                                              Options::Action::Show);
         AddOption("--document", m_Options.document, "FILE", "", show);
         show->add_flag("--smart", m_Options.hasSmart);
+        AddOption("--jobs", m_Jobs, "N", "", show);
     }
 
     void AddHealth() {
@@ -293,6 +295,7 @@ class Parser final {
         ChooseFormat();
         ChooseTimeLimit();
         ChooseHost();
+        ChooseJobs();
         switch (m_Options.action) {
             case Options::Action::Smart:
             case Options::Action::GetPDInfo:
@@ -384,6 +387,21 @@ class Parser final {
         m_Options.timeLimit = std::chrono::seconds(seconds);
     }
 
+    void ChooseJobs() {
+        constexpr std::size_t kMostJobs = 64;
+        if (!m_Jobs) {
+            return;
+        }
+        if (!m_Options.hasSmart) {
+            Reject("--jobs goes with --smart alone");
+        }
+        m_Options.jobs = basics::NumberFrom<std::size_t>(*m_Jobs).value_or(0);
+        if (m_Options.jobs < 1 || m_Options.jobs > kMostJobs) {
+            Reject("--jobs takes a number from 1 to " + std::to_string(kMostJobs) + ", not " +
+                   Quoted(*m_Jobs));
+        }
+    }
+
     // What is asked in this server's place is another one.
     void ChooseHost() {
         const bool isThisServer = !m_Options.scenario && !m_Options.document;
@@ -425,6 +443,7 @@ class Parser final {
     std::optional<std::string> m_Trace;
     std::optional<std::string> m_Format;
     std::optional<std::string> m_Timeout;
+    std::optional<std::string> m_Jobs;
     std::optional<std::string> m_Host;
     std::array<std::optional<std::string>, 3> m_Drive;
     bool m_Version = false;

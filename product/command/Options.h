@@ -36,6 +36,7 @@ struct Options {
     std::string host;                     ///< what the server is called; empty where that is not known
     std::optional<std::string> document;  ///< of Show and Health: a saved one instead of the server's
     bool hasSmart = false;                ///< of Show: every drive's SMART data as well
+    std::size_t jobs = 1;                 ///< of Show: for how many drives' SMART data to ask at a time
     bool isCompact = false;               ///< of the format Json: without the documents' items
     bool isVerbose = false;               ///< of Health
     std::string folder;                   ///< of Capture

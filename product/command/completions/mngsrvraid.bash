@@ -3,7 +3,7 @@
 _mngsrvraid() {
     local subcommands="show smart health get-info get-pd-info capture diff"
     local options="--help --version --scenario --install-dir --timeout --trace --trace-file --app-key --output --host --format --compact"
-    local valued="--scenario --install-dir --timeout --trace --trace-file --app-key --output --host --format --document"
+    local valued="--scenario --install-dir --timeout --trace --trace-file --app-key --output --host --format --document --jobs"
     local scenarios="awkward empty half-failed huge large old small well
         faults/bare-version faults/broken-header faults/dead faults/endless faults/flaky faults/flood
         faults/held-open faults/killed faults/late faults/marker faults/one-line faults/shell-killed
@@ -57,10 +57,10 @@ _mngsrvraid() {
             mapfile -t COMPREPLY < <(compgen -f -- "$word")
             return
             ;;
-        --app-key | --host | --timeout) return ;;
+        --app-key | --host | --timeout | --jobs) return ;;
     esac
     case $subcommand in
-        show) options+=" --document --smart" ;;
+        show) options+=" --document --smart --jobs" ;;
         health) options+=" --document --verbose" ;;
         capture) options+=" --redact" ;;
         diff) options+=" --all" ;;

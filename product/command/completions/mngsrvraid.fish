@@ -6,7 +6,7 @@ function __mngsrvraid_subcommand
     set -e words[1]
     while set -q words[1]
         switch $words[1]
-            case --scenario --install-dir --timeout --trace --trace-file --app-key --output --host --format --document
+            case --scenario --install-dir --timeout --trace --trace-file --app-key --output --host --format --document --jobs
                 set -e words[1]
             case show smart health get-info get-pd-info capture diff
                 echo $words[1]
@@ -59,6 +59,7 @@ complete -c mngsrvraid -n '__mngsrvraid_is ""' -a diff -d 'What changed between 
 
 complete -c mngsrvraid -n '__mngsrvraid_is show health' -l document -r -F -d 'A saved document instead of the server'
 complete -c mngsrvraid -n '__mngsrvraid_is show' -l smart -d 'With all SMART data'
+complete -c mngsrvraid -n '__mngsrvraid_is show' -l jobs -x -d 'With so many drives at a time'
 complete -c mngsrvraid -n '__mngsrvraid_is health' -l verbose -d 'Name each finding'
 complete -c mngsrvraid -n '__mngsrvraid_is capture' -l redact -d 'Without serial numbers'
 complete -c mngsrvraid -n '__mngsrvraid_is capture' -x -a '(__fish_complete_directories)'

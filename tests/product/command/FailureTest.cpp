@@ -130,7 +130,8 @@ TEST(MethodFailure, SeveralReasonsAreToldNewestFirst) {
     ExpectFailure(
         RunFake("reasons", {"get-info"}), 1,
         "get-info failed with return value 0x80000001: the tool's report could not be opened (04), before "
-        "that the tool's report could not be understood (06); see that the folder mngsrvraid.* below TMPDIR is "
+        "that the tool's report could not be understood (06); see that the folder mngsrvraid.* below TMPDIR "
+        "is "
         "left alone");
 }
 
@@ -199,6 +200,12 @@ TEST(WrongUse, IsToldInOneLine) {
         {{"--fromat=json", "show"}, "unknown option \"--fromat=json\" (did you mean --format?)"},
         {{"show", "--smrt"}, "unknown option \"--smrt\" (did you mean --smart?)"},
         {{"get-info", "--smrt"}, "unknown option \"--smrt\""},
+        {{"show", "--jobs", "2"}, "--jobs goes with --smart alone"},
+        {{"show", "--document", "-", "--jobs", "2"}, "--jobs goes with --smart alone"},
+        {{"show", "--smart", "--jobs", "0"}, "--jobs takes a number from 1 to 64, not \"0\""},
+        {{"show", "--smart", "--jobs", "65"}, "--jobs takes a number from 1 to 64, not \"65\""},
+        {{"show", "--smart", "--jobs", "some"}, "--jobs takes a number from 1 to 64, not \"some\""},
+        {{"get-info", "--jobs", "2"}, "unknown option \"--jobs\""},
         {{"--timeout", "soon", "show"},
          "--timeout takes whole seconds up to 1000000, or 0 for none, not \"soon\""},
         {{"--timeout", "-1", "show"},
