@@ -12,6 +12,7 @@
 #include <sys/prctl.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -235,6 +236,19 @@ TEST_F(EndOfJobs, ComesWithTheProcessThatEmploysThem) {
     ::kill(worker->id, SIGKILL);
     EXPECT_EQ(WTERMSIG(running->Wait().status), SIGKILL);
     ExpectNothingLeft();
+}
+
+// Then nobody is left who could end them.
+TEST_F(EndOfJobs, ComesWithTheCommandThatIsKilled) {
+    const auto running = StartAndHold();
+    ::kill(running->Process(), SIGKILL);
+    EXPECT_EQ(WTERMSIG(running->Wait().status), SIGKILL);
+    EXPECT_TRUE(ComesTrue([] {
+        while (::waitpid(-1, nullptr, WNOHANG) > 0) {
+        }
+        return !HasDescendant(::getpid(),
+                              [](const Process& process) { return process.name == "mngsrvraid"; });
+    }));
 }
 
 TEST(Jobs, LeaveNothingBehind) {
