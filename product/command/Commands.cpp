@@ -146,25 +146,12 @@ int TellHealth(const Options& options, const basics::DocumentTarget& target) {
     return inventory::PlugInStatusOf(health.level);
 }
 
-int ShowChanges(const Options& options, const basics::DocumentTarget& target) {
-    const inventory::Document before = ReadDocument(ReadFile(options.before), options.before);
-    const inventory::Document after = ReadDocument(ReadFile(options.after), options.after);
-    std::vector<inventory::Change> changes = inventory::ChangesBetween(before, after);
-    if (!options.hasAll) {
-        std::erase_if(changes, inventory::IsOnlyMovement);
-    }
-    target.Store(views::Differences(changes));
-    return changes.empty() ? 0 : 1;
-}
-
 }  // namespace
 
 int RunCommand(const Options& options, const basics::DocumentTarget& target) {
     switch (options.action) {
         case Options::Action::Health:
             return TellHealth(options, target);
-        case Options::Action::Diff:
-            return ShowChanges(options, target);
         case Options::Action::Show:
             Store(Show(options), target);
             return 0;

@@ -47,6 +47,7 @@ Examples:
   mngsrvraid diff old.xml raid.xml             what has changed
   mngsrvraid capture ./my-server --redact      record this server for support
   mngsrvraid --scenario ./my-server show       show what was recorded
+  mngsrvraid diff ./my-server raid.xml         what has changed since it was recorded
   mngsrvraid --scenario small get-pd-info 0 252 0
   mngsrvraid --scenario small --trace-file trace.txt get-info)";
 
@@ -113,7 +114,8 @@ class Parser final {
                   "What the server is called in what is printed; by default as\nthis machine, but for "
                   "scenarios and saved documents");
         AddOption("--format", m_Format, "FORMAT",
-                  "Of show, smart, get-info and get-pd-info: xml, tree, table, json,\nhtml or prometheus");
+                  "Of show, smart, get-info and get-pd-info: xml, tree, table, json,\nhtml or prometheus; "
+                  "of diff: table or json");
         m_App.add_flag("--compact", m_Options.isCompact,
                        "Of the format json: without the items of the documents");
         AddShow();
@@ -207,7 +209,8 @@ class Parser final {
     void AddDiff() {
         CLI::App* const diff =
             AddSubcommand("diff",
-                          "OLD NEW: what changed from one saved document to another\n"
+                          "OLD NEW: what changed from one saved document, capture or\n"
+                          "scenario to another\n"
                           "  --all            with what always moves, such as temperatures",
                           Options::Action::Diff);
         diff->add_flag("--all", m_Options.hasAll);
@@ -306,7 +309,7 @@ class Parser final {
                 Need(m_Options.folder, "capture needs a folder to make: DIR");
                 break;
             case Options::Action::Diff:
-                Need(m_Options.after, "diff needs two saved documents: OLD NEW");
+                CheckSides();
                 break;
             default:
                 break;
@@ -330,6 +333,29 @@ class Parser final {
         }
     }
 
+    void CheckSides() const {
+        for (const std::string& side : {m_Options.before, m_Options.after}) {
+            Need(side, "diff needs two saved documents, captures or scenarios: OLD NEW");
+        }
+        if (m_Options.before == "-" && m_Options.after == "-") {
+            Reject("standard input is one document: - can be OLD or NEW, not both");
+        }
+        if (m_Options.scenario) {
+            Reject("--scenario does not go with diff, which takes a scenario as OLD or NEW");
+        }
+    }
+
+    void ChooseDiffFormat() {
+        const std::string format = m_Format.value_or("table");
+        if (format != "table" && format != "json") {
+            Reject("--format of diff takes table or json, not " + Quoted(format));
+        }
+        if (m_Options.isCompact) {
+            Reject("--compact does not go with diff");
+        }
+        m_Options.format = format == "json" ? Options::Format::Json : Options::Format::Table;
+    }
+
     void ChooseFormat() {
         switch (m_Options.action) {
             case Options::Action::Show:
@@ -340,6 +366,9 @@ class Parser final {
             case Options::Action::GetPDInfo:
                 m_Options.format = Options::Format::Xml;
                 break;
+            case Options::Action::Diff:
+                ChooseDiffFormat();
+                return;
             default:
                 if (m_Format) {
                     Reject("--format does not go with " + m_Options.subcommand);

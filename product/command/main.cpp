@@ -1,6 +1,7 @@
 // The command mngsrvraid: hosts the RAID provider module in a process of its own.
 
 #include "Commands.h"
+#include "Diff.h"
 #include "ExitStatus.h"
 #include "Options.h"
 #include "ServerInquiry.h"
@@ -95,7 +96,7 @@ void WarnOfOddParameters(const Options& options) {
 
 /// Whether the subcommand runs the tool, here or in a scenario.
 bool AsksTheServer(const Options& options) {
-    return options.action != Options::Action::Diff && !options.document;
+    return !options.document;
 }
 
 // In the worker: the folder for records of a capture.
@@ -118,11 +119,24 @@ std::string RunCapture(capture::Capture& capture, const Options& options) {
     return capture.Run(progress.get());
 }
 
+/// To be opened before the view of the file system changes.
+basics::DocumentTarget TargetOf(const Options& options) {
+    return options.output ? basics::DocumentTarget(*options.output) : basics::DocumentTarget::StandardOutput();
+}
+
+int AnswerDiff(const Options& options) {
+    Diff diff(options, Simulation());
+    if (diff.RunsTool()) {
+        (void)StartWorker(options);
+    }
+    const basics::DocumentTarget target = TargetOf(options);
+    StartTrace(options);
+    return diff.Run(target);
+}
+
 int Answer(const Options& options) {
     const std::string records = AsksTheServer(options) ? StartWorker(options) : "";
-    // Before the view of the file system changes.
-    const basics::DocumentTarget target =
-        options.output ? basics::DocumentTarget(*options.output) : basics::DocumentTarget::StandardOutput();
+    const basics::DocumentTarget target = TargetOf(options);
     StartTrace(options);
     const bool isMadeUp = options.scenario && AsksTheServer(options);
     const fs::path scenario =
@@ -167,6 +181,8 @@ int Run(const Options& options) {
         case Options::Action::Version:
             basics::DocumentTarget::StandardOutput().Store(VersionText());
             return 0;
+        case Options::Action::Diff:
+            return AnswerDiff(options);
         default:
             return Answer(options);
     }

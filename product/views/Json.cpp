@@ -1,24 +1,16 @@
+#include "JsonValue.h"
 #include "Measure.h"
 #include "basics/Time.h"
 #include "basics/Words.h"
 #include "inventory/Smart.h"
 #include "views/Views.h"
 
-#include <nlohmann/json.hpp>
-
 namespace views {
 namespace {
 
 using inventory::NameOf;
-using Value = nlohmann::ordered_json;
 
 constexpr int kSchemaVersion = 2;
-constexpr int kIndentation = 2;
-
-// What was not told is null, so that nobody takes it for an empty text.
-Value Told(const std::string& text) {
-    return text.empty() ? Value(nullptr) : Value(text);
-}
 
 /// Null for what is no whole number.
 Value Count(const std::string& text) {
@@ -34,16 +26,6 @@ Value Bytes(const std::string& text) {
 Value Celsius(const std::string& text) {
     const std::optional<double> degrees = CelsiusFrom(text);
     return degrees ? Value(*degrees) : Value(nullptr);
-}
-
-/// An array with what `make` makes of each.
-template <typename Parts, typename Make>
-Value Each(const Parts& parts, Make make) {
-    Value array = Value::array();
-    for (const auto& part : parts) {
-        array.push_back(make(part));
-    }
-    return array;
 }
 
 Value FromFinding(const inventory::Finding& finding) {
@@ -211,8 +193,7 @@ std::string Json(const inventory::Snapshot& snapshot, bool isCompact) {
     value["controllers"] = Each(snapshot.TheServer().controllers, FromController);
     value["items"] = isCompact ? Value() : Each(snapshot.Main().Roots(), FromItem);
     value["drive_documents"] = isCompact ? Value() : Each(snapshot.Answers(), FromAnswer);
-    // Bytes that are no UTF-8 become U+FFFD; they may come with what was asked for, too.
-    return value.dump(kIndentation, ' ', false, Value::error_handler_t::replace) + '\n';
+    return TextOf(value);
 }
 
 }  // namespace views
