@@ -30,6 +30,19 @@ bool IsFolder(const fs::path& path) {
     return fs::is_directory(path, error);
 }
 
+/// The server's document out of the scenario in the tool's place. A method that fails is a failure of the
+/// surroundings: the exit status of its own would say that there are differences.
+inventory::Document Ask(const Options& options) {
+    try {
+        return calls::ReadDocument(ServerInquiry(options)->AskForServer(), "what the module returned");
+    } catch (const basics::Failure& error) {
+        if (error.WhatKind() == basics::Failure::Kind::Method) {
+            basics::FailSurroundings(error.what());
+        }
+        throw;
+    }
+}
+
 }  // namespace
 
 Diff::Diff(const Options& options, const fs::path& simulation)
@@ -75,8 +88,7 @@ void Diff::AskScenarios() {
             sandbox::UseScenario(*side.folder);
             Options asked = m_Options;
             asked.scenario = side.name;
-            side.document =
-                calls::ReadDocument(ServerInquiry(asked)->AskForServer(), "what the module returned");
+            side.document = Ask(asked);
         }
     }
 }

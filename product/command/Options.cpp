@@ -33,7 +33,7 @@ Exit status:
   2  the command line is wrong
   3  the call failed with a WBEM status, or gave no result
   4  the surroundings failed: the module, the scenario, the private view of the
-     file system, a file to read, or the output
+     file system, a file to read, or the output. Of diff: the method, too
   Of health: 0 well, 1 warning, 2 critical, 3 unknown, as monitoring plug-ins have it
 
 Examples:

@@ -102,13 +102,15 @@ bool AsksTheServer(const Options& options) {
 // In the worker: the folder for records of a capture.
 std::string StartWorker(const Options& options) {
     const bool isCapture = options.action == Options::Action::Capture;
+    const bool isDiff = options.action == Options::Action::Diff;
     return supervision::Supervise(
         {.resultDirectory = calls::ResultDirectory(),
          .drawsProgress = ShowsProgress(options),
          .program = "mngsrvraid",
          .remains = isCapture ? "; the capture in " + basics::OneLine(options.folder) + " is incomplete" : "",
          .timeLimit = options.timeLimit,
-         .overtimeStatus = static_cast<int>(ExitStatus::MethodFailed),
+         .overtimeStatus =
+             static_cast<int>(isDiff ? ExitStatus::Surroundings : ExitStatus::MethodFailed),
          .tellEnd = options.action == Options::Action::Health ? TellUnknownHealth : nullptr,
          .privateFolder = isCapture ? "mngsrvraid.records" : nullptr});
 }
@@ -125,11 +127,11 @@ basics::DocumentTarget TargetOf(const Options& options) {
 }
 
 int AnswerDiff(const Options& options) {
+    const basics::DocumentTarget target = TargetOf(options);
     Diff diff(options, Simulation());
     if (diff.RunsTool()) {
         (void)StartWorker(options);
     }
-    const basics::DocumentTarget target = TargetOf(options);
     StartTrace(options);
     return diff.Run(target);
 }
