@@ -1,6 +1,7 @@
 // What changed between two documents, captures or scenarios.
 
 #include "SavedDocument.h"
+#include "sandbox/Sandbox.h"
 #include "test_support/Command.h"
 
 #include <fcntl.h>
@@ -122,6 +123,21 @@ TEST(Diff, TakesDocumentsAndScenariosInAnyMixture) {
         }
     }
     EXPECT_EQ(RunCommand({"diff", "small", "small"}).out, "no difference\n");
+}
+
+// It is out of sight as soon as another scenario is in the tool's place.
+TEST(Diff, TakesACaptureFromTheToolsDirectory) {
+    const std::string mine = "/opt/zorbalt/vdk/mine";
+    for (const std::vector<std::string>& sides :
+         {std::vector<std::string>{"small", mine}, {mine, "small"}, {mine, mine}}) {
+        const Command command{.words = {"diff", sides[0], sides[1]}, .inChild = [&] {
+                                  sandbox::EnterSandboxWithoutTool();
+                                  fs::copy(kShipped / "small", mine, fs::copy_options::recursive);
+                              }};
+        const Ended ended = command.Run();
+        EXPECT_EQ(ended.err, "");
+        EXPECT_EQ(ended.out, "no difference\n");
+    }
 }
 
 TEST(Diff, ReadsStandardInputAsEitherSide) {
