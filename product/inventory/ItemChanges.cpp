@@ -10,7 +10,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <utility>
+#include <unordered_map>
 #include <vector>
 
 namespace inventory {
@@ -74,14 +74,15 @@ std::vector<std::size_t> PartnersOf(const std::vector<Child>& before, const std:
         }
         return partners;
     }
-    std::unordered_map<std::string, std::size_t> places;
-    for (std::size_t now = 0; now < after.size(); ++now) {
-        places.emplace(keyOf(after[now]), now);
+    std::unordered_map<std::string, std::vector<std::size_t>> waiting;
+    for (std::size_t now = after.size(); now-- > 0;) {
+        waiting[keyOf(after[now])].push_back(now);
     }
     for (std::size_t old = 0; old < before.size(); ++old) {
-        if (const auto found = places.find(keyOf(before[old])); found != places.end()) {
-            partners[old] = found->second;
-            places.erase(found);
+        const auto found = waiting.find(keyOf(before[old]));
+        if (found != waiting.end() && !found->second.empty()) {
+            partners[old] = found->second.back();
+            found->second.pop_back();
         }
     }
     return partners;

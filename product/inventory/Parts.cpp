@@ -133,9 +133,8 @@ void Parts::AddController(const Controller& controller) {
         Add(*drive.item, WordsOf(drive, controller.number), true);
     }
     for (const Group& group : controller.groups) {
-        std::unordered_set<std::size_t> named;
         for (const Member& member : group.members) {
-            if (DriveOf(controller, member) != nullptr && named.insert(member.drive).second) {
+            if (DriveOf(controller, member) != nullptr) {
                 m_DriveOfMember.emplace(member.item, firstDrive + member.drive);
             }
         }

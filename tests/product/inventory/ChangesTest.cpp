@@ -185,6 +185,38 @@ TEST(ChangesTest, ADriveWithoutASlotHasNotMoved) {
               Lines{"changed controller 0, PD5 | General Information / PD No. | PD4 | PD5"});
 }
 
+TEST(ChangesTest, ADriveWhosePlaceIsNoLongerToldHasNotMoved) {
+    const auto drive = [](const std::string& place) {
+        return Node("Physical Drive Information",
+                    General(Key("PD No.", "PD4") + Key("Serial Number", "7K04")) +
+                        Node("### Enclosure Properties Information ###", place));
+    };
+    const std::string slot = Key("Slot No.", "4");
+    const std::string enclosure = Key("Enclosure No.", "252");
+    EXPECT_EQ(Between(ControllerItem("0") + drive(enclosure + slot), ControllerItem("0") + drive(enclosure)),
+              Lines{"vanished controller 0, PD4 in enclosure 252 | Enclosure Properties Information / Slot No. "
+                    "| 4 | (none)"});
+    EXPECT_EQ(Between(ControllerItem("0") + drive(slot), ControllerItem("0") + drive(enclosure + slot)),
+              Lines{"appeared controller 0, the drive in enclosure 252 slot 4 | Enclosure Properties "
+                    "Information / Enclosure No. | (none) | 252"});
+    // The document of a single drive names no controller.
+    EXPECT_EQ(Between(drive(slot), ControllerItem("0") + drive(slot)), Lines{"appeared controller 0 "});
+}
+
+TEST(ChangesTest, AMemberThatIsNamedTwiceIsComparedTwice) {
+    const auto group = [](const std::string& capacity) {
+        const std::string member =
+            Node("PD List", Key("PD No.", "PD4") + Key("Slot No.", "4") + Key("Capacity", "1 GB"));
+        return Node("Logical Drive Information",
+                    member + Node("PD List", Key("PD No.", "PD4") + Key("Capacity", capacity)) +
+                        General(Key("RG No.", "RG0") + Key("Name", capacity)));
+    };
+    EXPECT_EQ(Between(ControllerItem("0") + group("2 GB") + DriveIn("4", "7K04"),
+                      ControllerItem("0") + group("3 GB") + DriveIn("4", "7K04")),
+              (Lines{"changed controller 0, RG0 | PD List PD4 (2) / Capacity | 2 GB | 3 GB",
+                     "changed controller 0, RG0 | General Information / Name | 2 GB | 3 GB"}));
+}
+
 TEST(ChangesTest, RedactedValuesAreNotCompared) {
     const std::string before = ControllerItem("0") + DriveIn("4", "serial-0001") +
                                DriveIn("5", "serial-0002", Key("WWN", "wwn-0001"));
@@ -193,6 +225,7 @@ TEST(ChangesTest, RedactedValuesAreNotCompared) {
     const Comparison comparison = Compared(before, after);
     EXPECT_EQ(LinesOf(comparison), Lines());
     EXPECT_EQ(comparison.redactions, 3U);
+    EXPECT_EQ(Compared(after, before).redactions, 3U);
     EXPECT_EQ(Compared(before, after, true).changes.size(), 3U);
 }
 
@@ -248,6 +281,9 @@ TEST(ChangesTest, CountsKeysThatNobodyKnowsAndThoseThatOccurTwice) {
     EXPECT_EQ(Between(ControllerItem("0", Key("Odd", "1") + Key("Odd", "2")),
                       ControllerItem("0", Key("Odd", "1") + Key("Odd", "3"))),
               Lines{"changed controller 0 | General Information / Odd (2) | 2 | 3"});
+    const std::string likeANumber = Key("Odd", "1") + Key("Odd", "2") + Key("Odd (2)", "3");
+    EXPECT_EQ(Between(ControllerItem("0", likeANumber), ControllerItem("0", likeANumber + Key("New", "x"))),
+              Lines{"appeared controller 0 | General Information / New | (none) | x"});
     EXPECT_EQ(Between(Key("Notice", "a"), Key("Notice", "b")),
               Lines{"changed document, Notice | Notice | a | b"});
     EXPECT_EQ(Between(Key("", "a"), Key("", "b")), Lines{"changed document, (no name) | (no name) | a | b"});
@@ -336,7 +372,7 @@ TEST(Movement, IsNotWhatSaysSomething) {
                                {"Temperature", "31 C", ""},
                                {"Temperature", "", "31 C"},
                                {"Temperature Limit", "60 C", "65 C"},
-                               {"Undervoltage", "1", "2"},
+                               {"OverCurrent", "1", "2"},
                                {"Write Policy Current", "Write Back", "Write Through"},
                                {"Media Error Count", "0", "1"},
                                {"SMART Error Count", "0", "1"},
