@@ -47,7 +47,7 @@ Examples:
   mngsrvraid diff old.xml raid.xml             what has changed
   mngsrvraid capture ./my-server --redact      record this server for support
   mngsrvraid --scenario ./my-server show       show what was recorded
-  mngsrvraid diff ./my-server raid.xml         what has changed since it was recorded
+  mngsrvraid diff ./my-server raid.xml         what has changed since then
   mngsrvraid --scenario small get-pd-info 0 252 0
   mngsrvraid --scenario small --trace-file trace.txt get-info)";
 
@@ -209,8 +209,8 @@ class Parser final {
     void AddDiff() {
         CLI::App* const diff =
             AddSubcommand("diff",
-                          "OLD NEW: what changed from one saved document, capture or\n"
-                          "scenario to another\n"
+                          "OLD NEW: what changed between two documents,\n"
+                          "captures or scenarios\n"
                           "  --all            with what always moves, such as temperatures",
                           Options::Action::Diff);
         diff->add_flag("--all", m_Options.hasAll);
