@@ -29,7 +29,7 @@ NO_COLOR.
 Exit status:
   0  success
   1  the method failed; standard error has its return value and the reasons.
-     Of diff: there are differences
+     Of diff: there are differences; of expect: the server is not well
   2  the command line is wrong
   3  the call failed with a WBEM status, or gave no result
   4  the surroundings failed: the module, the scenario, the private view of the
@@ -39,7 +39,7 @@ Exit status:
 Examples:
   mngsrvraid show                              is everything well, and what is there
   mngsrvraid health                            one line for a monitoring system
-  mngsrvraid expect --save well.json           what ought to be there
+  mngsrvraid --scenario small expect --save well.json      what ought to be there
   mngsrvraid health --expect well.json --max-temperature 50
   mngsrvraid smart 0 252:3                     drive in slot 3 of enclosure 252, controller 0
   mngsrvraid --output raid.html show --smart --format html
