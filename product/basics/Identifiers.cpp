@@ -8,10 +8,10 @@
 namespace basics {
 namespace {
 
-constexpr std::string_view kFillers[] = {
-    "none",        "null",         "unknown",       "not available", "not supported", "unavailable",
-    "unsupported", "not present",  "not installed", "unspecified",   "absent",        "default string",
-    "n/a",         "not reported", "empty",         "invalid"};
+constexpr std::string_view kFillers[] = {"none",          "null",         "unknown",     "not available",
+                                         "not supported", "unavailable",  "unsupported", "not present",
+                                         "not installed", "unspecified",  "absent",      "default string",
+                                         "n/a",           "not reported", "empty",       "invalid"};
 
 constexpr std::string_view kRedactedKinds[] = {"serial-", "wwn-"};
 constexpr std::size_t kFewestDigits = 4;

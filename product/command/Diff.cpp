@@ -46,9 +46,7 @@ inventory::Document Ask(const Options& options) {
 }  // namespace
 
 Diff::Diff(const Options& options, const fs::path& simulation)
-    : m_Options(options),
-      m_Simulation(simulation),
-      m_Sides{SideOf(options.before), SideOf(options.after)} {}
+    : m_Options(options), m_Simulation(simulation), m_Sides{SideOf(options.before), SideOf(options.after)} {}
 
 // A file in the working directory comes before a shipped scenario of that name, as a folder does.
 Diff::Side Diff::SideOf(const std::string& name) const {
@@ -62,8 +60,8 @@ Diff::Side Diff::SideOf(const std::string& name) const {
     if (name != "-" && !IsThere(name)) {
         const std::string nearest = basics::NearestName(scenario::ScenarioNames(shipped), name);
         if (!nearest.empty()) {
-            basics::FailSurroundings("there is no file and no scenario " + name + "; did you mean " + nearest +
-                                     "?");
+            basics::FailSurroundings("there is no file and no scenario " + name + "; did you mean " +
+                                     nearest + "?");
         }
     }
     side.document = calls::ReadDocument(basics::ReadFile(name), name == "-" ? "standard input" : name);
@@ -98,13 +96,13 @@ int Diff::Run(const basics::DocumentTarget& target) {
         AskScenarios();
     }
     const auto& [before, after] = m_Sides;
-    const inventory::Comparison comparison =
-        inventory::Compare(*before.document, *after.document, m_Options.hasAll);
+    const inventory::Changes changes =
+        inventory::ChangesBetween(*before.document, *after.document, m_Options.hasAll);
     target.Store(m_Options.format == Options::Format::Json
-                     ? views::DifferencesJson(comparison, {before.name, before.folder.has_value()},
+                     ? views::DifferencesJson(changes, {before.name, before.folder.has_value()},
                                               {after.name, after.folder.has_value()})
-                     : views::Differences(comparison));
-    return comparison.changes.empty() ? 0 : 1;
+                     : views::Differences(changes));
+    return changes.list.empty() ? 0 : 1;
 }
 
 }  // namespace command

@@ -27,8 +27,8 @@ class Diff final {
     [[nodiscard]] bool RunsTool() const;
 
     /// Asks the scenarios for their documents, each in the tool's place, which it does not leave again, and
-    /// prints what is different. The exit status: 0, or 1 where there is something. Throws basics::Failure and
-    /// sandbox::SandboxError.
+    /// prints what is different. The exit status: 0, or 1 where there is something. Throws basics::Failure
+    /// and sandbox::SandboxError.
     [[nodiscard]] int Run(const basics::DocumentTarget& target);
 
   private:

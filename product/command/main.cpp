@@ -3,6 +3,7 @@
 #include "Commands.h"
 #include "Diff.h"
 #include "ExitStatus.h"
+#include "Judging.h"
 #include "Options.h"
 #include "ServerInquiry.h"
 #include "basics/Descriptor.h"
@@ -109,8 +110,7 @@ std::string StartWorker(const Options& options) {
          .program = "mngsrvraid",
          .remains = isCapture ? "; the capture in " + basics::OneLine(options.folder) + " is incomplete" : "",
          .timeLimit = options.timeLimit,
-         .overtimeStatus =
-             static_cast<int>(isDiff ? ExitStatus::Surroundings : ExitStatus::MethodFailed),
+         .overtimeStatus = static_cast<int>(isDiff ? ExitStatus::Surroundings : ExitStatus::MethodFailed),
          .tellEnd = options.action == Options::Action::Health ? TellUnknownHealth : nullptr,
          .privateFolder = isCapture ? "mngsrvraid.records" : nullptr});
 }
@@ -123,7 +123,8 @@ std::string RunCapture(capture::Capture& capture, const Options& options) {
 
 /// To be opened before the view of the file system changes.
 basics::DocumentTarget TargetOf(const Options& options) {
-    return options.output ? basics::DocumentTarget(*options.output) : basics::DocumentTarget::StandardOutput();
+    return options.output ? basics::DocumentTarget(*options.output)
+                          : basics::DocumentTarget::StandardOutput();
 }
 
 int AnswerDiff(const Options& options) {
@@ -139,6 +140,7 @@ int AnswerDiff(const Options& options) {
 int Answer(const Options& options) {
     const std::string records = AsksTheServer(options) ? StartWorker(options) : "";
     const basics::DocumentTarget target = TargetOf(options);
+    const inventory::Criteria criteria = CriteriaFor(options);
     StartTrace(options);
     const bool isMadeUp = options.scenario && AsksTheServer(options);
     const fs::path scenario =
@@ -157,7 +159,7 @@ int Answer(const Options& options) {
         target.Store(RunCapture(*capture, options));
         return 0;
     }
-    return RunCommand(options, target);
+    return RunCommand(options, target, criteria);
 }
 
 std::string VersionText() {

@@ -24,7 +24,7 @@ std::string_view NameOf(Change::Kind kind) {
     return "replaced";
 }
 
-Comparison Compare(const Document& before, const Document& after, bool hasAll) {
+Changes ChangesBetween(const Document& before, const Document& after, bool hasAll) {
     Parts old(before);
     Parts now(after);
     Pair(old, now);
@@ -33,32 +33,31 @@ Comparison Compare(const Document& before, const Document& after, bool hasAll) {
         partners.push_back(part.partner);
     }
     const ItemChangesRequest request{old, now, hasAll};
-    Comparison comparison;
-    std::vector<Change>& changes = comparison.changes;
+    Changes changes;
     ForEachOnEitherSide(partners, now.All().size(), [&](std::size_t oldPlace, std::size_t place) {
         if (place == kNowhere) {
-            changes.push_back({Change::Kind::Vanished, old.All()[oldPlace].words, nullptr});
+            changes.list.push_back({Change::Kind::Vanished, old.All()[oldPlace].words, nullptr});
             return;
         }
         const Part& part = now.All()[place];
         if (oldPlace == kNowhere) {
-            changes.push_back({Change::Kind::Appeared, part.words, nullptr});
+            changes.list.push_back({Change::Kind::Appeared, part.words, nullptr});
             return;
         }
         const Part& earlier = old.All()[oldPlace];
         if (HasMoved(earlier, part)) {
-            changes.push_back({Change::Kind::Moved, part.words, earlier.words});
+            changes.list.push_back({Change::Kind::Moved, part.words, earlier.words});
         } else if (IsReplacement(earlier, part)) {
-            changes.push_back({Change::Kind::Replaced, part.words, earlier.words});
+            changes.list.push_back({Change::Kind::Replaced, part.words, earlier.words});
         }
-        CompareItems(earlier, part, request, comparison);
+        CompareItems(earlier, part, request, changes);
     });
-    return comparison;
+    return changes;
 }
 
-std::size_t CountOf(const Comparison& comparison, Change::Kind kind) {
+std::size_t CountOf(const Changes& changes, Change::Kind kind) {
     return static_cast<std::size_t>(
-        std::count_if(comparison.changes.begin(), comparison.changes.end(),
+        std::count_if(changes.list.begin(), changes.list.end(),
                       [kind](const Change& change) { return change.kind == kind; }));
 }
 

@@ -94,10 +94,9 @@ bool IsIdentity(const Item& section, std::string_view key) {
 
 class ItemComparison final {
   public:
-    ItemComparison(const Part& before, const Part& after, const ItemChangesRequest& request,
-                   Comparison& comparison)
+    ItemComparison(const Part& before, const Part& after, const ItemChangesRequest& request, Changes& changes)
         : m_Request(request),
-          m_Comparison(comparison),
+          m_Changes(changes),
           m_Part(after.words),
           m_IsMoved(HasMoved(before, after)),
           m_IsReplaced(IsReplacement(before, after)) {}
@@ -134,7 +133,8 @@ class ItemComparison final {
 
     /// Everything that came or went with an item.
     void TellAll(const Item& item, const Item& parent, const Path& path, Kind kind) {
-        Note(path, parent, kind == Kind::Vanished ? &item : nullptr, kind == Kind::Appeared ? &item : nullptr);
+        Note(path, parent, kind == Kind::Vanished ? &item : nullptr,
+             kind == Kind::Appeared ? &item : nullptr);
         std::vector<Child> children;
         for (const Item& child : ChildrenOf(item)) {
             children.push_back({&child, LabelOf(child), kNowhere});
@@ -159,8 +159,7 @@ class ItemComparison final {
             return;
         }
         const Kind kind = isChange ? Kind::Changed : before == nullptr ? Kind::Appeared : Kind::Vanished;
-        m_Comparison.changes.push_back(
-            {kind, m_Part, nullptr, TextOf(path), ToldBy(before), ToldBy(after)});
+        m_Changes.list.push_back({kind, m_Part, nullptr, TextOf(path), ToldBy(before), ToldBy(after)});
     }
 
     /// Where the change is to be counted instead of told; null: it is to be told.
@@ -169,18 +168,18 @@ class ItemComparison final {
             return nullptr;
         }
         if (IsSaidByDrive(parent, after == nullptr ? *before : *after)) {
-            return &m_Comparison.repetitions;
+            return &m_Changes.repetitions;
         }
         if (before == nullptr || after == nullptr) {
             return nullptr;
         }
         if (IsSaidByMember(parent, after->name)) {
-            return &m_Comparison.repetitions;
+            return &m_Changes.repetitions;
         }
         if (basics::IsRedacted(before->value) || basics::IsRedacted(after->value)) {
-            return &m_Comparison.redactions;
+            return &m_Changes.redactions;
         }
-        return IsMovement(parent, *before, *after) ? &m_Comparison.movements : nullptr;
+        return IsMovement(parent, *before, *after) ? &m_Changes.movements : nullptr;
     }
 
     /// Whether the change of this drive's place has said it, or its replacement: nobody compares the counters
@@ -214,8 +213,8 @@ class ItemComparison final {
         std::vector<Child> children;
         for (const Item& item : ChildrenOf(parent)) {
             const std::size_t drive = m_Request.before.DriveOfMember(item);
-            children.push_back({&item, LabelOf(item),
-                                drive == kNowhere ? kNowhere : m_Request.before.All()[drive].partner});
+            children.push_back(
+                {&item, LabelOf(item), drive == kNowhere ? kNowhere : m_Request.before.All()[drive].partner});
         }
         NumberLabels(children);
         return children;
@@ -240,7 +239,7 @@ class ItemComparison final {
     }
 
     const ItemChangesRequest& m_Request;
-    Comparison& m_Comparison;
+    Changes& m_Changes;
     std::shared_ptr<const ChangedPart> m_Part;
     bool m_IsMoved;
     bool m_IsReplaced;
@@ -249,8 +248,8 @@ class ItemComparison final {
 }  // namespace
 
 void CompareItems(const Part& before, const Part& after, const ItemChangesRequest& request,
-                  Comparison& comparison) {
-    ItemComparison(before, after, request, comparison).Run(*before.root, *after.root);
+                  Changes& changes) {
+    ItemComparison(before, after, request, changes).Run(*before.root, *after.root);
 }
 
 }  // namespace inventory

@@ -12,8 +12,7 @@ struct ItemChangesRequest {
     bool hasAll = false;
 };
 
-/// Adds to `comparison` what is different in a part that is on both sides.
-void CompareItems(const Part& before, const Part& after, const ItemChangesRequest& request,
-                  Comparison& comparison);
+/// Adds to `changes` what is different in a part that is on both sides.
+void CompareItems(const Part& before, const Part& after, const ItemChangesRequest& request, Changes& changes);
 
 }  // namespace inventory

@@ -25,12 +25,25 @@ constexpr std::string_view kTable = "SMART Detail(";
 
 // Attributes of drives with numbered ones, in small letters and with blanks between the words. Rates of
 // errors are none of them, though they move on many a drive: they are also the first to tell of a bad one.
-constexpr std::string_view kMovingAttributes[] = {
-    "power on hours",      "power on hours count",    "power on time",  "power on time count",
-    "power on minutes",    "head flying hours",       "loaded hours",   "drive temperature",
-    "temperature",         "temperature celsius",     "hda temperature", "airflow temperature",
-    "airflow temperature cel", "total lbas written",  "total lbas read", "host writes",
-    "host reads",          "total host writes",       "total host reads"};
+constexpr std::string_view kMovingAttributes[] = {"power on hours",
+                                                  "power on hours count",
+                                                  "power on time",
+                                                  "power on time count",
+                                                  "power on minutes",
+                                                  "head flying hours",
+                                                  "loaded hours",
+                                                  "drive temperature",
+                                                  "temperature",
+                                                  "temperature celsius",
+                                                  "hda temperature",
+                                                  "airflow temperature",
+                                                  "airflow temperature cel",
+                                                  "total lbas written",
+                                                  "total lbas read",
+                                                  "host writes",
+                                                  "host reads",
+                                                  "total host writes",
+                                                  "total host reads"};
 constexpr std::string_view kMovingColumns[] = {"Value", "Worst", "Raw Data"};
 
 // Columns of drives with a row for reading, one for writing and so on. Errors that took a second try, or
@@ -46,7 +59,8 @@ bool IsOneOf(std::string_view name, const Names& names) {
 
 bool IsMovingKey(std::string_view name) {
     return std::any_of(std::begin(kMovingKeys), std::end(kMovingKeys), [&](std::string_view key) {
-        return name.ends_with(key) && (name.size() == key.size() || name[name.size() - key.size() - 1] == ' ');
+        return name.ends_with(key) &&
+               (name.size() == key.size() || name[name.size() - key.size() - 1] == ' ');
     });
 }
 

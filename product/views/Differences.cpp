@@ -63,12 +63,12 @@ std::string LineOf(const Change& change) {
 }
 
 /// What there is to say where nothing is told.
-std::string WithoutChanges(const inventory::Comparison& comparison) {
+std::string WithoutChanges(const inventory::Changes& changes) {
     std::vector<std::string> leftOut;
-    if (comparison.movements > 0) {
+    if (changes.movements > 0) {
         leftOut.emplace_back("always moves");
     }
-    if (comparison.redactions > 0) {
+    if (changes.redactions > 0) {
         leftOut.emplace_back("is redacted");
     }
     return leftOut.empty()
@@ -78,17 +78,17 @@ std::string WithoutChanges(const inventory::Comparison& comparison) {
 
 }  // namespace
 
-std::string Differences(const inventory::Comparison& comparison) {
-    if (comparison.changes.empty()) {
-        return WithoutChanges(comparison);
+std::string Differences(const inventory::Changes& changes) {
+    if (changes.list.empty()) {
+        return WithoutChanges(changes);
     }
     std::string text;
-    for (const Change& change : comparison.changes) {
+    for (const Change& change : changes.list) {
         text += LineOf(change);
     }
     std::vector<std::string> counts;
     for (const Change::Kind kind : inventory::kChangeKinds) {
-        if (const std::size_t count = CountOf(comparison, kind); count > 0) {
+        if (const std::size_t count = CountOf(changes, kind); count > 0) {
             counts.push_back(std::to_string(count) + " " + std::string(NameOf(kind)));
         }
     }

@@ -12,14 +12,9 @@ Value ValueTold(const std::optional<std::string>& value) {
 }
 
 Value FromPart(const inventory::ChangedPart& part) {
-    return {{"place", part.place},
-            {"controller", Told(part.controller)},
-            {"group", Told(part.group)},
-            {"part", Told(part.part)},
-            {"enclosure", Told(part.enclosure)},
-            {"slot", Told(part.slot)},
-            {"model", Told(part.model)},
-            {"serial", Told(part.serial)}};
+    return {{"place", part.place},       {"controller", Told(part.controller)}, {"group", Told(part.group)},
+            {"part", Told(part.part)},   {"enclosure", Told(part.enclosure)},   {"slot", Told(part.slot)},
+            {"model", Told(part.model)}, {"serial", Told(part.serial)}};
 }
 
 Value FromChange(const inventory::Change& change) {
@@ -37,27 +32,26 @@ Value FromSource(const Source& source) {
     return {{"source", source.name}, {"kind", source.isScenario ? "scenario" : "document"}};
 }
 
-Value CountsOf(const inventory::Comparison& comparison) {
+Value CountsOf(const inventory::Changes& changes) {
     Value counts = Value::object();
     for (const inventory::Change::Kind kind : inventory::kChangeKinds) {
-        counts[std::string(NameOf(kind))] = CountOf(comparison, kind);
+        counts[std::string(NameOf(kind))] = CountOf(changes, kind);
     }
-    counts["left_out"] = {{"movements", comparison.movements},
-                          {"redactions", comparison.redactions},
-                          {"repetitions", comparison.repetitions}};
+    counts["left_out"] = {{"movements", changes.movements},
+                          {"redactions", changes.redactions},
+                          {"repetitions", changes.repetitions}};
     return counts;
 }
 
 }  // namespace
 
-std::string DifferencesJson(const inventory::Comparison& comparison, const Source& before,
-                            const Source& after) {
+std::string DifferencesJson(const inventory::Changes& changes, const Source& before, const Source& after) {
     Value value = Value::object();
     value["schema_version"] = kDifferencesVersion;
     value["before"] = FromSource(before);
     value["after"] = FromSource(after);
-    value["counts"] = CountsOf(comparison);
-    value["changes"] = Each(comparison.changes, FromChange);
+    value["counts"] = CountsOf(changes);
+    value["changes"] = Each(changes.list, FromChange);
     return TextOf(value);
 }
 

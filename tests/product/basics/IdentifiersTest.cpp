@@ -21,9 +21,8 @@ TEST(IdentifiersTest, RedactedWordsAreKnown) {
     for (const char* const value : {"serial-0001", "serial-12345", "wwn-0012"}) {
         EXPECT_TRUE(IsRedacted(value)) << value;
     }
-    for (const char* const value :
-         {"", "serial", "serial-", "serial-001", "serial-00A1", "Serial-0001", "raid-0001", "xserial-0001",
-          "serial-0001 "}) {
+    for (const char* const value : {"", "serial", "serial-", "serial-001", "serial-00A1", "Serial-0001",
+                                    "raid-0001", "xserial-0001", "serial-0001 "}) {
         EXPECT_FALSE(IsRedacted(value)) << value;
     }
 }

@@ -108,14 +108,14 @@ TEST(Diff, TakesDocumentsAndScenariosInAnyMixture) {
     const Saved gone(XmlOf("levels/raid5-gone"));
     const Saved rebuilding(XmlOf("levels/raid5-rebuilding"));
     const std::string expected =
-        "changed   controller 0, the drive in enclosure 252 slot 2: General Information / PD Status: \"ERROR\" "
+        "changed   controller 0, the drive in enclosure 252 slot 2: General Information / PD Status: "
+        "\"ERROR\" "
         "-> \"REBUILD\"\n"
         "changed   controller 0, the drive in enclosure 252 slot 2: General Information / PD Status(Detail): "
         "\"FAILED\" -> \"REBUILD\"\n2 changed\n";
     for (const std::string& before : {gone.Path(), std::string("levels/raid5-gone")}) {
-        for (const std::string& after :
-             {rebuilding.Path(), std::string("levels/raid5-rebuilding"),
-              (kShipped / "levels/raid5-rebuilding").string()}) {
+        for (const std::string& after : {rebuilding.Path(), std::string("levels/raid5-rebuilding"),
+                                         (kShipped / "levels/raid5-rebuilding").string()}) {
             const Ended ended = RunCommand({"diff", before, after});
             EXPECT_EQ(ended.ExitStatus(), 1);
             EXPECT_EQ(ended.out, expected) << before << " " << after;
@@ -186,8 +186,8 @@ TEST(Diff, FollowsADriveFromOneCaptureToAnother) {
 TEST(Diff, OfRedactedCapturesKnowsDrivesByTheirPlaces) {
     const TempFolder folder;
     const Server server("small");
-    ASSERT_EQ(RunCommand({"--scenario", server.Path(), "capture", folder / "before", "--redact"}).ExitStatus(),
-              0);
+    ASSERT_EQ(
+        RunCommand({"--scenario", server.Path(), "capture", folder / "before", "--redact"}).ExitStatus(), 0);
     fs::copy(server.Path() + "/pdinfo_pd252.0_a0.txt", server.Path() + "/pdinfo_pd252.9_a0.txt");
     // A drive in front of all others, so that each of those gets another word.
     server.Change("pdinfo_a0.txt", "PD0(",
@@ -250,9 +250,10 @@ TEST(Diff, OfSingleDrivesComparesTheirSmartData) {
     EXPECT_EQ(RunCommand({"diff", before.Path(), older.Path()}).out,
               "no difference but in what always moves; --all shows it\n");
     const Saved worse(Replaced(xml, "000000003521", "000000003529"));
-    EXPECT_EQ(RunCommand({"diff", before.Path(), worse.Path()}).out,
-              "changed   the drive in enclosure 32 slot 5: SMART Information / SMART Detail(SATA) 197 Current "
-              "Pending Sector Count / Raw Data: \"000000003521\" -> \"000000003529\"\n1 changed\n");
+    EXPECT_EQ(
+        RunCommand({"diff", before.Path(), worse.Path()}).out,
+        "changed   the drive in enclosure 32 slot 5: SMART Information / SMART Detail(SATA) 197 Current "
+        "Pending Sector Count / Raw Data: \"000000003521\" -> \"000000003529\"\n1 changed\n");
     const Saved other(drive("4"));
     const Ended ended = RunCommand({"diff", before.Path(), other.Path()});
     EXPECT_EQ(ended.ExitStatus(), 1);
@@ -262,8 +263,9 @@ TEST(Diff, OfSingleDrivesComparesTheirSmartData) {
 TEST(Diff, IsAlsoAnObjectForPrograms) {
     const Ended ended = RunCommand({"diff", "small", "small", "--format", "json"});
     EXPECT_EQ(ended.ExitStatus(), 0);
-    EXPECT_THAT(ended.out, StartsWith("{\n  \"schema_version\": 1,\n  \"before\": {\n    \"source\": \"small\",\n  "
-                                      "  \"kind\": \"scenario\"\n  },\n"));
+    EXPECT_THAT(ended.out,
+                StartsWith("{\n  \"schema_version\": 1,\n  \"before\": {\n    \"source\": \"small\",\n  "
+                           "  \"kind\": \"scenario\"\n  },\n"));
     EXPECT_THAT(ended.out, HasSubstr("\"changes\": []"));
     const Saved saved(XmlOf("large"));
     const Ended changed = RunCommand({"diff", saved.Path(), "small", "--format", "json"});
@@ -275,8 +277,8 @@ TEST(Diff, IsAlsoAnObjectForPrograms) {
 
 TEST(Diff, StoresWhatItPrints) {
     const TempFolder folder;
-    const Ended ended =
-        RunCommand({"diff", "small", "large", "--output", folder / "changes", "--trace-file", folder / "trace"});
+    const Ended ended = RunCommand(
+        {"diff", "small", "large", "--output", folder / "changes", "--trace-file", folder / "trace"});
     EXPECT_EQ(ended.ExitStatus(), 1);
     EXPECT_EQ(ended.out, "");
     EXPECT_EQ(folder.Read("changes"), RunCommand({"diff", "small", "large"}).out);

@@ -24,16 +24,16 @@ std::string LineOf(const Change& change) {
            change.after.value_or("(none)");
 }
 
-Lines LinesOf(const Comparison& comparison) {
+Lines LinesOf(const Changes& changes) {
     Lines lines;
-    for (const Change& change : comparison.changes) {
+    for (const Change& change : changes.list) {
         lines.push_back(LineOf(change));
     }
     return lines;
 }
 
-Comparison Compared(const std::string& before, const std::string& after, bool hasAll = false) {
-    return Compare(Read(before), Read(after), hasAll);
+Changes Compared(const std::string& before, const std::string& after, bool hasAll = false) {
+    return ChangesBetween(Read(before), Read(after), hasAll);
 }
 
 Lines Between(const std::string& before, const std::string& after, bool hasAll = false) {
@@ -54,10 +54,11 @@ TEST(ChangesTest, ThereAreNoneInADocumentAndItself) {
 }
 
 TEST(ChangesTest, NamesTheDriveByItsPlaceAndTheKey) {
-    EXPECT_EQ(Between(ControllerItem("0") + DriveItem("PD1", "NO ERROR", "ONLINE"),
-                      ControllerItem("0") + DriveItem("PD1", "ERROR", "ONLINE")),
-              Lines{"changed controller 0, the drive in enclosure 252 slot 1 | General Information / PD Status "
-                    "| NO ERROR | ERROR"});
+    EXPECT_EQ(
+        Between(ControllerItem("0") + DriveItem("PD1", "NO ERROR", "ONLINE"),
+                ControllerItem("0") + DriveItem("PD1", "ERROR", "ONLINE")),
+        Lines{"changed controller 0, the drive in enclosure 252 slot 1 | General Information / PD Status "
+              "| NO ERROR | ERROR"});
 }
 
 TEST(ChangesTest, ADriveComesOrGoesAsAWhole) {
@@ -78,69 +79,75 @@ TEST(ChangesTest, ADriveThatHasMovedIsFollowedByWhatElseChanged) {
         ControllerItem("0") + DriveIn("4", "7K04", Key("Media Error Count", "0")) + DriveIn("5", "7K05");
     const std::string after =
         ControllerItem("0") + DriveIn("5", "7K05") + DriveIn("7", "7K04", Key("Media Error Count", "3"));
-    const Comparison comparison = Compared(before, after);
-    EXPECT_EQ(LinesOf(comparison),
-              (Lines{"moved controller 0, the drive in enclosure 252 slot 4 7K04 -> controller 0, the drive in "
-                     "enclosure 252 slot 7 7K04",
-                     "changed controller 0, the drive in enclosure 252 slot 7 | General Information / Media "
-                     "Error Count | 0 | 3"}));
-    EXPECT_EQ(comparison.repetitions, 2U);
-    EXPECT_EQ(comparison.changes[0].part->identity, "TF600S15, serial number 7K04");
-    EXPECT_EQ(Between(before, after, true),
-              (Lines{"moved controller 0, the drive in enclosure 252 slot 4 7K04 -> controller 0, the drive in "
-                     "enclosure 252 slot 7 7K04",
-                     "changed controller 0, the drive in enclosure 252 slot 7 | General Information / PD No. | "
-                     "PD4 | PD7",
-                     "changed controller 0, the drive in enclosure 252 slot 7 | General Information / Media "
-                     "Error Count | 0 | 3",
-                     "changed controller 0, the drive in enclosure 252 slot 7 | Enclosure Properties "
-                     "Information / Slot No. | 4 | 7"}));
+    const Changes changes = Compared(before, after);
+    EXPECT_EQ(
+        LinesOf(changes),
+        (Lines{"moved controller 0, the drive in enclosure 252 slot 4 7K04 -> controller 0, the drive in "
+               "enclosure 252 slot 7 7K04",
+               "changed controller 0, the drive in enclosure 252 slot 7 | General Information / Media "
+               "Error Count | 0 | 3"}));
+    EXPECT_EQ(changes.repetitions, 2U);
+    EXPECT_EQ(changes.list[0].part->identity, "TF600S15, serial number 7K04");
+    EXPECT_EQ(
+        Between(before, after, true),
+        (Lines{"moved controller 0, the drive in enclosure 252 slot 4 7K04 -> controller 0, the drive in "
+               "enclosure 252 slot 7 7K04",
+               "changed controller 0, the drive in enclosure 252 slot 7 | General Information / PD No. | "
+               "PD4 | PD7",
+               "changed controller 0, the drive in enclosure 252 slot 7 | General Information / Media "
+               "Error Count | 0 | 3",
+               "changed controller 0, the drive in enclosure 252 slot 7 | Enclosure Properties "
+               "Information / Slot No. | 4 | 7"}));
 }
 
 TEST(ChangesTest, TwoDrivesThatChangedPlacesHaveMovedBoth) {
-    EXPECT_EQ(Between(ControllerItem("0") + DriveIn("4", "7K04") + DriveIn("7", "7K07"),
-                      ControllerItem("0") + DriveIn("4", "7K07") + DriveIn("7", "7K04")),
-              (Lines{"moved controller 0, the drive in enclosure 252 slot 4 7K04 -> controller 0, the drive in "
-                     "enclosure 252 slot 7 7K04",
-                     "moved controller 0, the drive in enclosure 252 slot 7 7K07 -> controller 0, the drive in "
-                     "enclosure 252 slot 4 7K07"}));
+    EXPECT_EQ(
+        Between(ControllerItem("0") + DriveIn("4", "7K04") + DriveIn("7", "7K07"),
+                ControllerItem("0") + DriveIn("4", "7K07") + DriveIn("7", "7K04")),
+        (Lines{"moved controller 0, the drive in enclosure 252 slot 4 7K04 -> controller 0, the drive in "
+               "enclosure 252 slot 7 7K04",
+               "moved controller 0, the drive in enclosure 252 slot 7 7K07 -> controller 0, the drive in "
+               "enclosure 252 slot 4 7K07"}));
 }
 
 TEST(ChangesTest, AnotherDriveInTheSamePlaceIsAReplacement) {
-    const Comparison comparison =
-        Compared(ControllerItem("0") + DriveIn("4", "7K04", Key("Capacity", "558 GB")),
-                 ControllerItem("0") + DriveItem("PD4", "REBUILD", "REBUILD",
-                                                 Key("Product ID", "TF900S15") + Key("Serial Number", "9X01") +
-                                                     Key("Capacity", "837 GB")));
+    const Changes changes = Compared(
+        ControllerItem("0") + DriveIn("4", "7K04", Key("Capacity", "558 GB")),
+        ControllerItem("0") + DriveItem("PD4", "REBUILD", "REBUILD",
+                                        Key("Product ID", "TF900S15") + Key("Serial Number", "9X01") +
+                                            Key("Capacity", "837 GB")));
     EXPECT_EQ(
-        LinesOf(comparison),
-        (Lines{"replaced controller 0, the drive in enclosure 252 slot 4 7K04 -> controller 0, the drive in "
-               "enclosure 252 slot 4 9X01",
-               "changed controller 0, the drive in enclosure 252 slot 4 | General Information / PD Status | NO "
-               "ERROR | REBUILD",
-               "changed controller 0, the drive in enclosure 252 slot 4 | General Information / PD "
-               "Status(Detail) | ONLINE | REBUILD",
-               "changed controller 0, the drive in enclosure 252 slot 4 | General Information / Capacity | 558 "
-               "GB | 837 GB"}));
-    EXPECT_EQ(comparison.changes[0].from->identity, "TF600S15, serial number 7K04");
-    EXPECT_EQ(comparison.changes[0].part->identity, "TF900S15, serial number 9X01");
-    EXPECT_EQ(comparison.repetitions, 2U);
+        LinesOf(changes),
+        (Lines{
+            "replaced controller 0, the drive in enclosure 252 slot 4 7K04 -> controller 0, the drive in "
+            "enclosure 252 slot 4 9X01",
+            "changed controller 0, the drive in enclosure 252 slot 4 | General Information / PD Status | NO "
+            "ERROR | REBUILD",
+            "changed controller 0, the drive in enclosure 252 slot 4 | General Information / PD "
+            "Status(Detail) | ONLINE | REBUILD",
+            "changed controller 0, the drive in enclosure 252 slot 4 | General Information / Capacity | 558 "
+            "GB | 837 GB"}));
+    EXPECT_EQ(changes.list[0].from->identity, "TF600S15, serial number 7K04");
+    EXPECT_EQ(changes.list[0].part->identity, "TF900S15, serial number 9X01");
+    EXPECT_EQ(changes.repetitions, 2U);
 }
 
 TEST(ChangesTest, ADriveInThePlaceOfOneThatHasMovedReplacesNone) {
-    EXPECT_EQ(Between(ControllerItem("0") + DriveIn("4", "7K04") + DriveIn("5", "7K05"),
-                      ControllerItem("0") + DriveIn("4", "9X01") + DriveIn("5", "7K04")),
-              (Lines{"appeared controller 0, the drive in enclosure 252 slot 4 9X01",
-                     "moved controller 0, the drive in enclosure 252 slot 4 7K04 -> controller 0, the drive in "
-                     "enclosure 252 slot 5 7K04",
-                     "vanished controller 0, the drive in enclosure 252 slot 5 7K05"}));
+    EXPECT_EQ(
+        Between(ControllerItem("0") + DriveIn("4", "7K04") + DriveIn("5", "7K05"),
+                ControllerItem("0") + DriveIn("4", "9X01") + DriveIn("5", "7K04")),
+        (Lines{"appeared controller 0, the drive in enclosure 252 slot 4 9X01",
+               "moved controller 0, the drive in enclosure 252 slot 4 7K04 -> controller 0, the drive in "
+               "enclosure 252 slot 5 7K04",
+               "vanished controller 0, the drive in enclosure 252 slot 5 7K05"}));
 }
 
 TEST(ChangesTest, ADriveMovesToAnotherController) {
-    EXPECT_EQ(Between(ControllerItem("0") + DriveIn("4", "7K04") + ControllerItem("1"),
-                      ControllerItem("0") + ControllerItem("1") + DriveIn("4", "7K04")),
-              Lines{"moved controller 0, the drive in enclosure 252 slot 4 7K04 -> controller 1, the drive in "
-                    "enclosure 252 slot 4 7K04"});
+    EXPECT_EQ(
+        Between(ControllerItem("0") + DriveIn("4", "7K04") + ControllerItem("1"),
+                ControllerItem("0") + ControllerItem("1") + DriveIn("4", "7K04")),
+        Lines{"moved controller 0, the drive in enclosure 252 slot 4 7K04 -> controller 1, the drive in "
+              "enclosure 252 slot 4 7K04"});
 }
 
 TEST(ChangesTest, DrivesThatTheirSerialNumbersDoNotTellApartAreComparedByPlace) {
@@ -154,9 +161,10 @@ TEST(ChangesTest, DrivesThatTheirSerialNumbersDoNotTellApartAreComparedByPlace) 
     }
     // Only one of each, but no number that would name it.
     for (const std::string serial : {"", "-", "N/A", "00000000", "serial-0001"}) {
-        EXPECT_EQ(Between(ControllerItem("0") + DriveIn("4", serial), ControllerItem("0") + DriveIn("7", serial)),
-                  (Lines{"vanished controller 0, the drive in enclosure 252 slot 4 " + serial,
-                         "appeared controller 0, the drive in enclosure 252 slot 7 " + serial}))
+        EXPECT_EQ(
+            Between(ControllerItem("0") + DriveIn("4", serial), ControllerItem("0") + DriveIn("7", serial)),
+            (Lines{"vanished controller 0, the drive in enclosure 252 slot 4 " + serial,
+                   "appeared controller 0, the drive in enclosure 252 slot 7 " + serial}))
             << serial;
     }
 }
@@ -193,9 +201,10 @@ TEST(ChangesTest, ADriveWhosePlaceIsNoLongerToldHasNotMoved) {
     };
     const std::string slot = Key("Slot No.", "4");
     const std::string enclosure = Key("Enclosure No.", "252");
-    EXPECT_EQ(Between(ControllerItem("0") + drive(enclosure + slot), ControllerItem("0") + drive(enclosure)),
-              Lines{"vanished controller 0, PD4 in enclosure 252 | Enclosure Properties Information / Slot No. "
-                    "| 4 | (none)"});
+    EXPECT_EQ(
+        Between(ControllerItem("0") + drive(enclosure + slot), ControllerItem("0") + drive(enclosure)),
+        Lines{"vanished controller 0, PD4 in enclosure 252 | Enclosure Properties Information / Slot No. "
+              "| 4 | (none)"});
     EXPECT_EQ(Between(ControllerItem("0") + drive(slot), ControllerItem("0") + drive(enclosure + slot)),
               Lines{"appeared controller 0, the drive in enclosure 252 slot 4 | Enclosure Properties "
                     "Information / Enclosure No. | (none) | 252"});
@@ -222,11 +231,11 @@ TEST(ChangesTest, RedactedValuesAreNotCompared) {
                                DriveIn("5", "serial-0002", Key("WWN", "wwn-0001"));
     const std::string after =
         ControllerItem("0") + DriveIn("4", "7K04") + DriveIn("5", "serial-0001", Key("WWN", "wwn-0002"));
-    const Comparison comparison = Compared(before, after);
-    EXPECT_EQ(LinesOf(comparison), Lines());
-    EXPECT_EQ(comparison.redactions, 3U);
+    const Changes changes = Compared(before, after);
+    EXPECT_EQ(LinesOf(changes), Lines());
+    EXPECT_EQ(changes.redactions, 3U);
     EXPECT_EQ(Compared(after, before).redactions, 3U);
-    EXPECT_EQ(Compared(before, after, true).changes.size(), 3U);
+    EXPECT_EQ(Compared(before, after, true).list.size(), 3U);
 }
 
 TEST(ChangesTest, AGroupOnlyFollowsAMemberThatHasMoved) {
@@ -234,23 +243,23 @@ TEST(ChangesTest, AGroupOnlyFollowsAMemberThatHasMoved) {
                                DriveIn("0", "7K00") + DriveIn("4", "7K04");
     const std::string after = ControllerItem("0") + GroupItem("RG0", "", {"PD0", "PD7"}) +
                               DriveIn("0", "7K00") + DriveIn("7", "7K04");
-    EXPECT_EQ(Between(before, after),
-              Lines{"moved controller 0, the drive in enclosure 252 slot 4 7K04 -> controller 0, the drive in "
-                    "enclosure 252 slot 7 7K04"});
+    EXPECT_EQ(
+        Between(before, after),
+        Lines{"moved controller 0, the drive in enclosure 252 slot 4 7K04 -> controller 0, the drive in "
+              "enclosure 252 slot 7 7K04"});
     const Lines all = Between(before, after, true);
-    EXPECT_EQ(std::count(all.begin(), all.end(),
-                         "changed controller 0, RG0 | PD List PD7 / Slot No. | 4 | 7"),
-              1);
-    EXPECT_EQ(std::count(all.begin(), all.end(),
-                         "changed controller 0, RG0 | PD List PD7 / PD No. | PD4 | PD7"),
-              1);
+    EXPECT_EQ(
+        std::count(all.begin(), all.end(), "changed controller 0, RG0 | PD List PD7 / Slot No. | 4 | 7"), 1);
+    EXPECT_EQ(
+        std::count(all.begin(), all.end(), "changed controller 0, RG0 | PD List PD7 / PD No. | PD4 | PD7"),
+        1);
 }
 
 TEST(ChangesTest, AGroupThatContradictsItsMemberIsADifference) {
     const auto group = [](const std::string& slot) {
-        return Node("Logical Drive Information",
-                    Node("PD List", Key("PD No.", "PD4") + Key("Slot No.", slot)) +
-                        General(Key("RG No.", "RG0")));
+        return Node(
+            "Logical Drive Information",
+            Node("PD List", Key("PD No.", "PD4") + Key("Slot No.", slot)) + General(Key("RG No.", "RG0")));
     };
     EXPECT_EQ(Between(ControllerItem("0") + group("4") + DriveIn("4", "7K04"),
                       ControllerItem("0") + group("6") + DriveIn("4", "7K04")),
@@ -383,9 +392,9 @@ TEST(Movement, IsNotWhatSaysSomething) {
             << key << " " << after;
     }
     EXPECT_EQ(Between(ControllerItem("0", Key("Voltage", "1 V")), ControllerItem("0")).size(), 1U);
-    EXPECT_EQ(
-        Between(ControllerItem("0", Key("Voltage", "1 V")), ControllerItem("0", Placeholder("Voltage"))).size(),
-        1U);
+    EXPECT_EQ(Between(ControllerItem("0", Key("Voltage", "1 V")), ControllerItem("0", Placeholder("Voltage")))
+                  .size(),
+              1U);
 }
 
 /// A cell of a SMART table, and whether another number there says nothing.

@@ -12,11 +12,11 @@ using testsupport::TempFolder;
 using DiffJson = nlohmann::ordered_json;
 
 /// The differences between two documents, written by hand.
-inventory::Comparison Compared(const std::string& before, const std::string& after, bool hasAll = false) {
+inventory::Changes Compared(const std::string& before, const std::string& after, bool hasAll = false) {
     const auto read = [](const std::string& items) {
         return inventory::Document::Read("<RAID version=\"1\">" + items + "</RAID>");
     };
-    return inventory::Compare(read(before), read(after), hasAll);
+    return inventory::ChangesBetween(read(before), read(after), hasAll);
 }
 
 std::string DriveWith(const std::string& slot, const std::string& serial,
@@ -65,8 +65,8 @@ TEST(Differences, QuoteValuesAndNoPlaceholders) {
 
 TEST(Differences, ShowNoCharactersThatSteerATerminal) {
     const std::string name = "Na\tme\xE2\x80\xAE";
-    const std::string text = Differences(Compared(ControllerXml({ItemXml(name, "a")}),
-                                                  ControllerXml({ItemXml(name, "\xC2\x9B\n")})));
+    const std::string text = Differences(
+        Compared(ControllerXml({ItemXml(name, "a")}), ControllerXml({ItemXml(name, "\xC2\x9B\n")})));
     EXPECT_EQ(text,
               "changed   controller 0: General Information / Na me\xEF\xBF\xBD: \"a\" -> \"\xEF\xBF\xBD \"\n"
               "1 changed\n");
@@ -112,10 +112,10 @@ TEST(DifferencesJson, IsValid) {
 
 TEST(DifferencesJson, IsValidForScenarios) {
     for (const char* const before : {"awkward", "large", "old"}) {
-        const inventory::Comparison comparison =
-            inventory::Compare(inventory::Document::Read(DocumentOf(before)),
-                               inventory::Document::Read(DocumentOf("small")), true);
-        EXPECT_EQ(ValidateDiff(DifferencesJson(comparison, {before, true}, {"small", true})), "") << before;
+        const inventory::Changes found =
+            inventory::ChangesBetween(inventory::Document::Read(DocumentOf(before)),
+                                      inventory::Document::Read(DocumentOf("small")), true);
+        EXPECT_EQ(ValidateDiff(DifferencesJson(found, {before, true}, {"small", true})), "") << before;
     }
 }
 
@@ -123,9 +123,8 @@ TEST(DifferencesJson, CountsWhatThereIsAndWhatWasLeftOut) {
     const DiffJson json = DiffJson::parse(EveryKind());
     EXPECT_EQ(json["before"].dump(), R"({"source":"old.xml","kind":"document"})");
     EXPECT_EQ(json["after"].dump(), R"({"source":"my-server","kind":"scenario"})");
-    EXPECT_EQ(json["counts"].dump(),
-              R"({"replaced":1,"moved":1,"appeared":1,"vanished":1,"changed":1,)"
-              R"("left_out":{"movements":1,"redactions":1,"repetitions":3}})");
+    EXPECT_EQ(json["counts"].dump(), R"({"replaced":1,"moved":1,"appeared":1,"vanished":1,"changed":1,)"
+                                     R"("left_out":{"movements":1,"redactions":1,"repetitions":3}})");
     EXPECT_EQ(json["changes"].size(), 5U);
 }
 
@@ -175,9 +174,9 @@ TEST(DifferencesJson, AnswersWhatAdministratorsAskWithJq) {
     EXPECT_EQ(AskJqAboutChanges(".changes[] | select(.key == null and .kind == \"vanished\" and .serial) | "
                                 "[.place, .model, .serial] | @tsv"),
               "controller 0, the drive in enclosure 252 slot 3\tTF600S15\t7K03\n");
-    EXPECT_EQ(
-        AskJqAboutChanges(".changes[] | select(.kind == \"replaced\") | .from.serial + \" -> \" + .to.serial"),
-        "7K01 -> 9X01\n");
+    EXPECT_EQ(AskJqAboutChanges(
+                  ".changes[] | select(.kind == \"replaced\") | .from.serial + \" -> \" + .to.serial"),
+              "7K01 -> 9X01\n");
     EXPECT_EQ(AskJqAboutChanges(".changes[] | select(.key // \"\" | endswith(\"Rate\")) | [.place, .before, "
                                 ".after] | @tsv"),
               "controller 0\t\t30 %\n");

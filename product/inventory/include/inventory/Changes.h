@@ -39,7 +39,7 @@ struct Change {
     Kind kind = Kind::Changed;
     std::shared_ptr<const ChangedPart> part;  ///< as it is afterwards; what vanished, as it was
     std::shared_ptr<const ChangedPart> from;  ///< of Moved and Replaced: as it was; else null
-    std::string key = {};  ///< "General Information / PD Status"; empty: the whole part
+    std::string key = {};                     ///< "General Information / PD Status"; empty: the whole part
     /// Nothing where it was not there, or only a placeholder; a value may be empty.
     std::optional<std::string> before = {}, after = {};
 };
@@ -53,12 +53,12 @@ inline constexpr Change::Kind kChangeKinds[] = {Change::Kind::Replaced, Change::
 [[nodiscard]] std::string_view NameOf(Change::Kind kind);
 
 /// What is different between two documents.
-struct Comparison {
+struct Changes {
     /// In the order of the documents: what vanished stands where it was, what moved too.
-    std::vector<Change> changes;
+    std::vector<Change> list;
     // How many were left out because they say nothing by themselves:
-    std::size_t movements = 0;   ///< other values of what always moves, temperatures say
-    std::size_t redactions = 0;  ///< values that are redacted, so that nobody can compare them
+    std::size_t movements = 0;    ///< other values of what always moves, temperatures say
+    std::size_t redactions = 0;   ///< values that are redacted, so that nobody can compare them
     std::size_t repetitions = 0;  ///< what another change has said: the slot of a drive that has moved
 };
 
@@ -70,9 +70,9 @@ struct Comparison {
 /// members of a group are the same when the drives are.
 ///
 /// With `hasAll`, nothing is left out.
-[[nodiscard]] Comparison Compare(const Document& before, const Document& after, bool hasAll = false);
+[[nodiscard]] Changes ChangesBetween(const Document& before, const Document& after, bool hasAll = false);
 
 /// How many changes are of that kind.
-[[nodiscard]] std::size_t CountOf(const Comparison& comparison, Change::Kind kind);
+[[nodiscard]] std::size_t CountOf(const Changes& changes, Change::Kind kind);
 
 }  // namespace inventory

@@ -29,8 +29,8 @@ class SandboxError final : public std::runtime_error {
 /// SandboxError, which may leave the process in a half-built view of its own; nothing outside it is ever
 /// changed.
 ///
-/// `others` are scenarios that are to be used later: `UseScenario` finds them by the same paths, also where the
-/// tool's directory holds them and is covered.
+/// `others` are scenarios that are to be used later: `UseScenario` finds them by the same paths, also where
+/// the tool's directory holds them and is covered.
 void EnterSandbox(const std::filesystem::path& simulatorFile, const std::filesystem::path& scenarioDir,
                   const std::vector<std::filesystem::path>& others = {});
 

@@ -52,10 +52,10 @@ struct Source {
 };
 
 /// The differences, one a line, and what they come to.
-[[nodiscard]] std::string Differences(const inventory::Comparison& comparison);
+[[nodiscard]] std::string Differences(const inventory::Changes& changes);
 
 /// The same as JSON, as docs/diff.schema.json describes it.
-[[nodiscard]] std::string DifferencesJson(const inventory::Comparison& comparison, const Source& before,
+[[nodiscard]] std::string DifferencesJson(const inventory::Changes& changes, const Source& before,
                                           const Source& after);
 
 }  // namespace views
