@@ -16,6 +16,9 @@ struct Measure {
 /// Nothing for a text that is more, or other, than a decimal number and a unit: "000B", "5/10", "N/A", "nan".
 [[nodiscard]] std::optional<Measure> MeasureFrom(std::string_view text);
 
+/// That of a cell in a table of SMART data; nothing in the column "Flag", whose digits are a pattern of bits.
+[[nodiscard]] std::optional<Measure> MeasureFrom(std::string_view text, std::string_view column);
+
 /// Bytes of "558.406 GB" or "64 KB". The tools count by 1024, as is seen from a drive that is sold as 600 GB
 /// and told as 558.406 GB. Nothing without a unit that is known.
 [[nodiscard]] std::optional<std::uint64_t> BytesFrom(std::string_view text);
