@@ -327,6 +327,14 @@ Health Judge(Server& server) {
     return health;
 }
 
+bool IsBusy(const Drive& drive) {
+    return drive.health == Level::Ok && IsWork(drive.detail);
+}
+
+bool IsBusy(const BackupUnit& unit) {
+    return unit.health == Level::Ok && IsWork(unit.status);
+}
+
 std::string Describe(const Counts& counts) {
     if (counts.controllers == 0 && counts.drives == 0) {
         return "no controller";

@@ -12,6 +12,7 @@ namespace {
 constexpr std::size_t kGap = 2;
 constexpr std::size_t kShortest = 8;
 constexpr std::size_t kShortestTitle = 5;
+constexpr std::size_t kLongestCell = 200;  // of a cell, however wide the terminal is
 constexpr char kNotTold = '-';
 
 std::size_t TotalOf(const std::vector<std::size_t>& widths) {
@@ -48,7 +49,8 @@ std::vector<std::size_t> Grid::TextWidths() const {
     std::vector<std::size_t> widths(m_Columns.size());
     for (const std::vector<Cell>& row : m_Rows) {
         for (std::size_t column = 0; column < widths.size(); ++column) {
-            widths[column] = std::max(widths[column], basics::WidthOf(row[column].text));
+            const std::size_t width = std::min(basics::WidthOf(row[column].text), kLongestCell);
+            widths[column] = std::max(widths[column], width);
         }
     }
     return widths;
@@ -130,7 +132,7 @@ std::string Grid::Text(const TerminalStyle& style, std::size_t indentation) cons
             const std::string shown = basics::Shortened(cell.text, widths[column], cell.mark);
             const std::string padded = m_Columns[column].isNumber ? basics::PadLeft(shown, widths[column])
                                                                   : basics::PadRight(shown, widths[column]);
-            line += Colored(padded, cell.level, style);
+            line += Colored(padded, cell.look, style);
         }
         addLine(line);
     };
@@ -145,7 +147,9 @@ std::string Grid::Text(const TerminalStyle& style, std::size_t indentation) cons
         });
     }
     if (const std::string titles = NotShown(texts, widths); !titles.empty()) {
-        addLine(basics::Shortened("not shown for lack of width: " + titles, room));
+        const std::size_t hang = room == 0 ? 0 : indentation;
+        text.append(hang, ' ');
+        text.append(Wrapped("not shown for lack of width: " + titles, hang, hang, style)).append(1, '\n');
     }
     return text;
 }
@@ -158,14 +162,45 @@ std::string Between(const char* begin, const std::string& text) {
 
 }  // namespace
 
-std::string Colored(const std::string& text, std::optional<inventory::Level> level,
-                    const TerminalStyle& style) {
-    constexpr const char* kColors[] = {"\x1b[32m", "\x1b[35m", "\x1b[33m", "\x1b[1;31m"};
-    return style.hasColors && level ? Between(kColors[static_cast<std::size_t>(*level)], text) : text;
+std::string Colored(const std::string& text, Look look, const TerminalStyle& style) {
+    constexpr const char* kColors[] = {"", "\x1b[32m", "\x1b[36m", "\x1b[35m", "\x1b[33m", "\x1b[1;31m"};
+    const bool isColored = style.hasColors && look != Look::Plain;
+    return isColored ? Between(kColors[static_cast<std::size_t>(look)], text) : text;
 }
 
 std::string Heading(const std::string& text, const TerminalStyle& style) {
     return style.hasColors ? Between("\x1b[1m", text) : text;
+}
+
+std::string Wrapped(std::string_view text, std::size_t column, std::size_t hang, const TerminalStyle& style) {
+    if (style.columns == 0) {
+        return std::string(text);
+    }
+    const std::size_t room = style.columns > hang ? style.columns - hang : 1;
+    std::string wrapped;
+    const auto startLine = [&] {
+        wrapped.append(1, '\n').append(hang, ' ');
+        column = hang;
+    };
+    for (bool isFirst = true; isFirst || !text.empty(); isFirst = false) {
+        std::string_view word = text.substr(0, text.find(' '));
+        text.remove_prefix(std::min(word.size() + 1, text.size()));
+        const std::size_t gap = isFirst ? 0 : 1;
+        if (column + gap + basics::WidthOf(word) > style.columns) {
+            startLine();
+        } else {
+            wrapped.append(gap, ' ');
+            column += gap;
+        }
+        for (; basics::WidthOf(word) > room; startLine()) {
+            const std::size_t front = std::max<std::size_t>(basics::FittingFront(word, room), 1);
+            wrapped += word.substr(0, front);
+            word.remove_prefix(std::min(front, word.size()));
+        }
+        wrapped += word;
+        column += basics::WidthOf(word);
+    }
+    return wrapped;
 }
 
 }  // namespace views

@@ -1,10 +1,9 @@
 #pragma once
 
-#include "inventory/Health.h"
+#include "Look.h"
 #include "views/Views.h"
 
 #include <cstddef>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -18,9 +17,11 @@ namespace views {
 ///     PD12      4  HOT SPARE  558.406 GB
 ///
 /// Where it is too wide, titles are shortened, then columns that may be left out are, the last one first;
-/// then the widest of those that may be shortened. A line below tells which columns had no room:
+/// then the widest of those that may be shortened. Lines below tell which columns had no room:
 ///
 ///     not shown for lack of width: MODEL, SERIAL NUMBER
+///
+/// No text is longer than anybody reads, however wide it may be.
 class Grid final {
   public:
     enum class Fit { Fixed, Shorten, ShortenOrOmit, Omit };
@@ -32,10 +33,10 @@ class Grid final {
     };
 
     struct Cell {
-        std::string text;                            ///< empty: not told, shown as "-"
-        std::optional<inventory::Level> level = {};  ///< colours it
-        bool isBlank = false;                        ///< nothing to tell here: no "-" either
-        char mark = '\0';                            ///< in the text; told also where it is cut off
+        std::string text;         ///< empty: not told, shown as "-"
+        Look look = Look::Plain;  ///< colours it
+        bool isBlank = false;     ///< nothing to tell here: no "-" either
+        char mark = '\0';         ///< in the text; told also where it is cut off
     };
 
     explicit Grid(std::vector<Column> columns) : m_Columns(std::move(columns)) {}
@@ -60,11 +61,15 @@ class Grid final {
     std::vector<std::vector<Cell>> m_Rows;
 };
 
-/// The text in the colour of a level, where there are colours.
-[[nodiscard]] std::string Colored(const std::string& text, std::optional<inventory::Level> level,
-                                  const TerminalStyle& style);
+/// The text in the colour of a look, where there are colours.
+[[nodiscard]] std::string Colored(const std::string& text, Look look, const TerminalStyle& style);
 
 /// A heading, bold where there are colours.
 [[nodiscard]] std::string Heading(const std::string& text, const TerminalStyle& style);
+
+/// The text in lines no longer than the terminal is wide, broken at blanks, or within a word that fits no
+/// line; the first one begins in column `column`, the others in column `hang`.
+[[nodiscard]] std::string Wrapped(std::string_view text, std::size_t column, std::size_t hang,
+                                  const TerminalStyle& style);
 
 }  // namespace views
