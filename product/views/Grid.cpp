@@ -156,16 +156,16 @@ std::string Grid::Text(const TerminalStyle& style, std::size_t indentation) cons
 
 namespace {
 
-std::string Between(const char* begin, const std::string& text) {
-    return std::string(begin).append(text).append("\x1b[0m");
+std::string Between(std::string begin, const std::string& text) {
+    return begin.append(text).append("\x1b[0m");
 }
 
 }  // namespace
 
 std::string Colored(const std::string& text, Look look, const TerminalStyle& style) {
-    constexpr const char* kColors[] = {"", "\x1b[32m", "\x1b[36m", "\x1b[35m", "\x1b[33m", "\x1b[1;31m"};
-    const bool isColored = style.hasColors && look != Look::Plain;
-    return isColored ? Between(kColors[static_cast<std::size_t>(look)], text) : text;
+    constexpr const char* kColors[] = {"", "\x1b[32m", "\x1b[36m", "", "\x1b[35m", "\x1b[33m", "\x1b[1;31m"};
+    const std::string color = kColors[static_cast<std::size_t>(look)];
+    return style.hasColors && !color.empty() ? Between(color, text) : text;
 }
 
 std::string Heading(const std::string& text, const TerminalStyle& style) {

@@ -54,6 +54,8 @@ Sign SignOf(Look look) {
             return {"ok", "\xE2\x9C\x93", "OK "};
         case Look::Busy:
             return {"busy", "\xE2\x86\xBB", "OK, under way: "};
+        case Look::Accepted:
+            return {"accepted", "\xE2\x80\x93", "ACCEPTED "};
         case Look::Warning:
             return {"warning", "!", "WARNING "};
         case Look::Critical:

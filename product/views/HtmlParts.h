@@ -44,8 +44,8 @@ class Places final {
     std::unordered_map<std::string, std::string> m_Anchors, m_Wrongs;
 };
 
-/// "ok", "busy", "unknown", "warning", "critical": the class of what looks like that; empty where it is
-/// plain.
+/// "ok", "busy", "accepted", "unknown", "warning", "critical": the class of what looks like that; empty where
+/// it is plain.
 [[nodiscard]] std::string_view ClassOf(Look look);
 [[nodiscard]] std::string_view ClassOf(inventory::Level level);
 

@@ -53,6 +53,7 @@ a:focus-visible, summary:focus-visible, .scroll:focus-visible { outline: 3px sol
   text-align: center; font-weight: 700; font-size: 0.875em; line-height: 1.25em; color: var(--ok);
 }
 .sign.busy { color: var(--busy); }
+.sign.accepted { color: var(--faint); }
 .sign.warning { color: var(--on-warning); background: var(--warning); box-shadow: inset 0 0 0 1.5px var(--edge-warning); }
 .sign.critical { color: var(--on-critical); background: var(--critical); }
 .sign.unknown { color: var(--on-unknown); background: var(--unknown); box-shadow: inset 0 0 0 1px var(--edge-unknown); }
@@ -71,6 +72,7 @@ a:focus-visible, summary:focus-visible, .scroll:focus-visible { outline: 3px sol
 .rollup.unknown { background: var(--unknown); color: var(--on-unknown); border: 2px dotted var(--edge-unknown); }
 .findings li { display: flex; align-items: baseline; gap: 0.25rem; padding: 0.25rem 0; border-top: 1px solid var(--line); }
 .findings li:first-child { border-top: 0; }
+.findings .accepted { color: var(--faint); }
 .controller { margin: 1rem 0; padding: 0 1rem; background: var(--card); border: 1px solid var(--line);
   border-radius: 0.5rem; }
 .controller[open] { padding-bottom: 1rem; }

@@ -42,8 +42,9 @@ std::string NameOf(const Controller& controller) {
 
 void AddFinding(const inventory::Finding& finding, const Places& places, Element list) {
     const std::string anchor = places.AnchorOf(finding);
-    Element item = list.Add("li", {{"class", ClassOf(finding.level)}});
-    AddSign(finding.level, item);
+    const Look look = LookOf(finding);
+    Element item = list.Add("li", {{"class", ClassOf(look)}});
+    AddSign(look, item);
     Element words = item.Add("span").Add("b", finding.what).Text(" ");
     if (anchor.empty()) {
         words.Text(PlaceOf(finding));
@@ -52,6 +53,9 @@ void AddFinding(const inventory::Finding& finding, const Places& places, Element
     }
     if (const std::string identity = IdentityOf(finding); !identity.empty()) {
         words.Text(" ").Add("small", identity);
+    }
+    if (const std::string note = AcceptanceNoteOf(finding); !note.empty()) {
+        words.Text(" ").Add("small", note);
     }
 }
 

@@ -1,6 +1,6 @@
-#include "Measure.h"
 #include "basics/Time.h"
 #include "basics/Words.h"
+#include "inventory/Measure.h"
 #include "inventory/Smart.h"
 #include "views/Views.h"
 
@@ -24,12 +24,12 @@ Value Told(const std::string& text) {
 
 /// Null for what is no whole number.
 Value Count(const std::string& text) {
-    const std::optional<std::uint64_t> count = basics::NumberFrom<std::uint64_t>(basics::Trimmed(text));
+    const std::optional<std::uint64_t> count = inventory::CountFrom(text);
     return count ? Value(*count) : Value(nullptr);
 }
 
 Value Bytes(const std::string& text) {
-    const std::optional<std::uint64_t> bytes = BytesFrom(text);
+    const std::optional<std::uint64_t> bytes = inventory::BytesFrom(text);
     return bytes ? Value(*bytes) : Value(nullptr);
 }
 
@@ -43,7 +43,7 @@ Value Number(const std::optional<double>& number) {
     return isWhole ? Value(static_cast<std::int64_t>(*number)) : Value(*number);
 }
 
-Value Number(const std::optional<Measure>& measure) {
+Value Number(const std::optional<inventory::Measure>& measure) {
     return Number(measure ? std::optional(measure->number) : std::nullopt);
 }
 
@@ -67,7 +67,10 @@ Value FromFinding(const inventory::Finding& finding) {
             {"slot", Told(finding.slot)},
             {"model", Told(finding.product)},
             {"serial", Told(finding.serial)},
-            {"what", finding.what}};
+            {"what", finding.what},
+            {"accepted", finding.isAccepted},
+            {"accepted_until", Told(finding.until)},
+            {"accepted_reason", Told(finding.reason)}};
 }
 
 Value FromHealth(const inventory::Health& health) {
@@ -133,7 +136,7 @@ Value FromGroup(const inventory::Group& group) {
 }
 
 Value FromSmartKey(const std::pair<std::string, std::string>& key) {
-    const std::optional<Measure> measure = MeasureFrom(key.second);
+    const std::optional<inventory::Measure> measure = inventory::MeasureFrom(key.second);
     return {{"name", key.first},
             {"value", Told(key.second)},
             {"number", Number(measure)},
@@ -143,7 +146,7 @@ Value FromSmartKey(const std::pair<std::string, std::string>& key) {
 Value NumbersOf(const std::vector<std::string>& cells, const std::vector<std::string>& columns) {
     Value numbers = Value::array();
     for (std::size_t column = 0; column < cells.size(); ++column) {
-        numbers.push_back(Number(MeasureFrom(cells[column], columns[column])));
+        numbers.push_back(Number(inventory::MeasureFrom(cells[column], columns[column])));
     }
     return numbers;
 }
@@ -187,7 +190,7 @@ Value FromDrive(const inventory::Drive& drive) {
             {"capacity", Told(drive.capacity)},
             {"capacity_bytes", Bytes(drive.capacity)},
             {"temperature", Told(drive.temperature)},
-            {"temperature_celsius", Number(CelsiusFrom(drive.temperature))},
+            {"temperature_celsius", Number(inventory::CelsiusFrom(drive.temperature))},
             {"power", Told(drive.power)},
             {"media_errors", Count(drive.mediaErrors)},
             {"media_errors_told", Told(drive.mediaErrors)},

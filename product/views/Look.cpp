@@ -27,6 +27,10 @@ Look LookOf(const inventory::BackupUnit& unit) {
     return LookOfPart(unit);
 }
 
+Look LookOf(const inventory::Finding& finding) {
+    return finding.isAccepted ? Look::Accepted : LookOf(finding.level);
+}
+
 Look LookOfStatus(const inventory::Controller& controller) {
     const bool isMisleading = controller.statusHealth == Level::Ok && controller.health != Level::Ok;
     return isMisleading ? Look::Plain : LookOf(controller.statusHealth);

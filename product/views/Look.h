@@ -1,5 +1,6 @@
 #pragma once
 
+#include "inventory/Finding.h"
 #include "inventory/Server.h"
 
 namespace views {
@@ -8,7 +9,8 @@ namespace views {
 enum class Look {
     Plain,  ///< says nothing of how well anything is
     Well,
-    Busy,  ///< well, and something is under way
+    Busy,      ///< well, and something is under way
+    Accepted,  ///< not well, as is known
     Unknown,
     Warning,
     Critical
@@ -17,6 +19,7 @@ enum class Look {
 [[nodiscard]] Look LookOf(inventory::Level level);
 [[nodiscard]] Look LookOf(const inventory::Drive& drive);
 [[nodiscard]] Look LookOf(const inventory::BackupUnit& unit);
+[[nodiscard]] Look LookOf(const inventory::Finding& finding);
 
 /// Of the controller's own status: a word that is well in itself says nothing good beside parts that are not.
 [[nodiscard]] Look LookOfStatus(const inventory::Controller& controller);

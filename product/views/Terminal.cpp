@@ -1,7 +1,7 @@
 #include "Grid.h"
-#include "Measure.h"
 #include "basics/Text.h"
 #include "basics/Words.h"
+#include "inventory/Measure.h"
 #include "inventory/Smart.h"
 #include "views/Views.h"
 
@@ -180,8 +180,8 @@ std::string Attention(const inventory::Health& health, const TerminalStyle& styl
     std::string text;
     for (const inventory::Finding& finding : health.findings) {
         const std::string words = basics::Shortened(basics::Printable(Describe(finding)), kLongestFinding);
-        const std::string level = basics::PadRight(std::string(NameOf(finding.level)), kLevelWidth);
-        text += std::string(kStep, ' ') + Colored(level, LookOf(finding.level), style) +
+        const std::string level = basics::PadRight(std::string(NameOfLevel(finding)), kLevelWidth);
+        text += std::string(kStep, ' ') + Colored(level, LookOf(finding), style) +
                 Wrapped(words, kStep + kLevelWidth, kStep + kLevelWidth, style) + '\n';
     }
     return text.empty() ? "" : '\n' + Heading("Needs attention", style) + '\n' + text;
@@ -199,7 +199,7 @@ std::string Verdict(const inventory::Snapshot& snapshot, const std::string& text
 
 bool HoldsNumbers(const inventory::Smart& smart, std::size_t column) {
     return std::all_of(smart.rows.begin(), smart.rows.end(), [column](const std::vector<std::string>& row) {
-        return MeasureFrom(row[column]).has_value();
+        return inventory::MeasureFrom(row[column]).has_value();
     });
 }
 
