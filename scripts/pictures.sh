@@ -25,7 +25,7 @@ import html
 import re
 import sys
 
-COLOURS = {"32": "#3fb950", "33": "#d29922", "35": "#d2a8ff", "1;31": "#ff7b72", "1": "#ffffff"}
+COLOURS = {"32": "#3fb950", "36": "#39c5cf", "33": "#d29922", "35": "#d2a8ff", "1;31": "#ff7b72", "1": "#ffffff"}
 
 with open(sys.argv[1], encoding="utf-8") as shown:
     text = html.escape(shown.read().replace("\r", ""))

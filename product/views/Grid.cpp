@@ -11,6 +11,7 @@ namespace {
 
 constexpr std::size_t kGap = 2;
 constexpr std::size_t kShortest = 8;
+constexpr std::size_t kTelling = 40;  // what is left of a text that tells what matters at its front
 constexpr std::size_t kShortestTitle = 5;
 constexpr std::size_t kLongestCell = 200;  // of a cell, however wide the terminal is
 constexpr char kNotTold = '-';
@@ -21,6 +22,11 @@ std::size_t TotalOf(const std::vector<std::size_t>& widths) {
         total += width == 0 ? 0 : width + (total == 0 ? 0 : kGap);
     }
     return total;
+}
+
+std::size_t ExcessOf(const std::vector<std::size_t>& widths, std::size_t room) {
+    const std::size_t total = TotalOf(widths);
+    return total > room ? total - room : 0;
 }
 
 // What does not begin before the edge is left out, what goes beyond it is shortened.
@@ -64,19 +70,12 @@ std::vector<std::size_t> Grid::WidthsFor(const std::vector<std::size_t>& texts, 
         widths[column] =
             texts[column] == 0 ? 0 : std::max(texts[column], basics::WidthOf(m_Columns[column].title));
     }
-    const auto excess = [&] { return TotalOf(widths) > room ? TotalOf(widths) - room : 0; };
+    const auto excess = [&] { return ExcessOf(widths, room); };
     for (std::size_t column = m_Columns.size(); column-- > 0 && excess() > 0;) {
         const std::size_t shortest = std::max(texts[column], std::min(widths[column], kShortestTitle));
         widths[column] -= std::min(excess(), widths[column] - shortest);
     }
-    for (std::size_t column = m_Columns.size(); column-- > 0 && excess() > 0;) {
-        const bool mayShorten = m_Columns[column].fit == Fit::ShortenOrOmit;
-        if (mayShorten && widths[column] >= excess() + kShortest) {
-            widths[column] -= excess();
-        } else if (mayShorten || m_Columns[column].fit == Fit::Omit) {
-            widths[column] = 0;
-        }
-    }
+    LeaveOut(room, widths);
     while (excess() > 0) {
         const std::size_t widest = WidestToShorten(widths);
         if (widest == widths.size()) {
@@ -86,6 +85,25 @@ std::vector<std::size_t> Grid::WidthsFor(const std::vector<std::size_t>& texts, 
     }
     CutAt(room, widths);
     return widths;
+}
+
+// The last one first; but before it goes, a long text gives way.
+void Grid::LeaveOut(std::size_t room, std::vector<std::size_t>& widths) const {
+    const auto giveWay = [&](std::size_t column, std::size_t least) {
+        const std::size_t excess = ExcessOf(widths, room);
+        const bool isEnough = m_Columns[column].fit == Fit::ShortenOrOmit && widths[column] >= excess + least;
+        widths[column] -= isEnough ? excess : 0;
+    };
+    for (std::size_t column = m_Columns.size(); column-- > 0;) {
+        for (std::size_t before = 0; before < column; ++before) {
+            giveWay(before, kTelling);
+        }
+        giveWay(column, kShortest);
+        const bool mayGo = m_Columns[column].fit == Fit::ShortenOrOmit || m_Columns[column].fit == Fit::Omit;
+        if (mayGo && ExcessOf(widths, room) > 0) {
+            widths[column] = 0;
+        }
+    }
 }
 
 std::size_t Grid::WidestToShorten(const std::vector<std::size_t>& widths) const {

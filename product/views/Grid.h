@@ -16,8 +16,9 @@ namespace views {
 ///     PD0       0  ONLINE     558.406 GB
 ///     PD12      4  HOT SPARE  558.406 GB
 ///
-/// Where it is too wide, titles are shortened, then columns that may be left out are, the last one first;
-/// then the widest of those that may be shortened. Lines below tell which columns had no room:
+/// Where it is too wide, titles are shortened, then columns that may be left out are, the last one first, if
+/// long texts cannot give way as far as they still tell something; then the widest of those that may be
+/// shortened. Lines below tell which columns had no room:
 ///
 ///     not shown for lack of width: MODEL, SERIAL NUMBER
 ///
@@ -50,6 +51,7 @@ class Grid final {
     [[nodiscard]] std::string Text(const TerminalStyle& style, std::size_t indentation) const;
 
   private:
+    void LeaveOut(std::size_t room, std::vector<std::size_t>& widths) const;
     [[nodiscard]] std::size_t WidestToShorten(const std::vector<std::size_t>& widths) const;
     [[nodiscard]] std::vector<std::size_t> TextWidths() const;
     [[nodiscard]] std::vector<std::size_t> WidthsFor(const std::vector<std::size_t>& texts,

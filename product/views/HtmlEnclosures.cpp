@@ -139,7 +139,7 @@ class Drawing final {
         AddSign(look, box);
         box.Add("b", drive.number.empty() ? "drive" : drive.number).Text(" ");
         box.Add("span", drive.capacity, {{"class", "size"}}).Text(" ");
-        box.Add("span", state.empty() ? "not told" : state, {{"class", "state"}});
+        box.Add("span", state, {{"class", "state"}});
     }
 
     const Controller& m_Controller;

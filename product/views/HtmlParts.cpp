@@ -142,7 +142,8 @@ std::string Places::StateOf(const Controller& controller, const Drive& drive) co
             return wrong->second;
         }
     }
-    return StatusOf(drive);
+    const std::string status = StatusOf(drive);
+    return status.empty() ? "not told" : status;
 }
 
 std::string_view ClassOf(Look look) {

@@ -121,7 +121,7 @@ dd { margin: 0; }
 .lds .size { color: var(--faint); }
 .lds .critical .state, tr.critical .state { color: var(--text-critical); font-weight: 600; }
 .lds .warning .state, tr.warning .state { font-weight: 600; }
-.members { display: flex; flex-wrap: wrap; gap: 0 0.75rem; margin-top: 0.375rem; font-size: 0.8125rem; }
+.members { display: flex; flex-wrap: wrap; gap: 0 0.75rem; margin-top: 0.375rem; font-size: 0.8125rem; line-height: 1.5rem; }
 .scroll {
   position: relative; overflow-x: auto; border: 1px solid var(--line); border-radius: 0.375rem;
   background:
@@ -157,9 +157,9 @@ details .scroll { margin-top: 0.375rem; }
   .controller > summary::before, .controller[open] > summary::before { content: none; }
   summary { list-style: none; break-after: avoid; }
   .scroll { overflow: visible; border: 0; background: none; }
-  table { width: 100%; font-size: 6.5pt; }
-  th, td { white-space: normal; overflow-wrap: break-word; padding: 1pt 2pt; }
-  td.state { min-width: 0; }
+  table { width: 100%; font-size: 6pt; }
+  th, td { white-space: normal; overflow-wrap: break-word; padding: 1pt 2pt 1pt 0; }
+  td.state { min-width: 8em; }
   .slot, .group, tr, .findings li { break-inside: avoid; }
   h2, h3, h4 { break-after: avoid; }
   a { color: inherit; text-decoration: none; }

@@ -65,6 +65,16 @@ TEST(GridTest, ShortensBeforeItLeavesOutWhereEitherMayBe) {
     EXPECT_EQ(grid.Text({13, false}, 0), "NAME\nPD0\nnot shown for\nlack of\nwidth: NOTES\n");
 }
 
+TEST(GridTest, ShortensALongTextBeforeItLeavesOutAColumnBehindIt) {
+    Grid grid({{"NAME"}, {"NOTES", Grid::Fit::ShortenOrOmit}, {"MODEL", Grid::Fit::Omit}});
+    grid.AddRow({{"PD0"}, {std::string(60, 'n')}, {"M1234"}});
+    const std::string all = "NAME  NOTES" + std::string(37, ' ') + "MODEL\nPD0   " + std::string(39, 'n') +
+                            "\xE2\x80\xA6  M1234\n";
+    EXPECT_EQ(grid.Text({53, false}, 0), all);
+    EXPECT_EQ(grid.Text({52, false}, 0), "NAME  NOTES\nPD0   " + std::string(45, 'n') +
+                                             "\xE2\x80\xA6\nnot shown for lack of width: MODEL\n");
+}
+
 TEST(GridTest, LeavesOutAColumnThatHoldsNothing) {
     Grid grid({{"A"}, {"EMPTY"}, {"B"}});
     grid.AddRow({{"1"}, {""}, {"2"}});
