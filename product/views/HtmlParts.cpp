@@ -1,7 +1,5 @@
 #include "HtmlParts.h"
 
-#include <algorithm>
-
 namespace views::html {
 namespace {
 
@@ -9,6 +7,7 @@ using inventory::Controller;
 using inventory::Drive;
 using inventory::Finding;
 using inventory::Group;
+using inventory::Level;
 
 constexpr const char* kNumberless = "a drive";  // as findings name it
 
@@ -41,6 +40,13 @@ std::ptrdiff_t PlaceIn(const std::vector<Part>& parts, const Part& part) {
     return &part - parts.data();
 }
 
+/// Of two drives that cannot be told apart, each has the same to say.
+void Append(const std::string& what, std::string& wrong) {
+    if (wrong.find(what) == std::string::npos) {
+        wrong += (wrong.empty() ? "" : ", ") + what;
+    }
+}
+
 struct Sign {
     std::string_view name, sign, words;
 };
@@ -69,8 +75,12 @@ Sign SignOf(Look look) {
 }  // namespace
 
 Places::Places(const inventory::Server& server, const inventory::Health& health) : m_Server(server) {
-    for (const Finding& finding : health.findings) {
-        m_Wrongs.try_emplace(KeyOf(finding), finding.what);
+    for (const Level level : {Level::Critical, Level::Warning, Level::Unknown}) {
+        for (const Finding& finding : health.findings) {
+            if (finding.level == level) {
+                Append(finding.what, m_Wrongs[KeyOf(finding)]);
+            }
+        }
     }
     for (const Controller& controller : server.controllers) {
         Add(controller);
@@ -137,7 +147,7 @@ std::string Places::AnchorOf(const Finding& finding) const {
 }
 
 std::string Places::StateOf(const Controller& controller, const Drive& drive) const {
-    if (drive.health != inventory::Level::Ok) {
+    if (drive.health != Level::Ok) {
         if (const auto wrong = m_Wrongs.find(KeyOf(controller, drive)); wrong != m_Wrongs.end()) {
             return wrong->second;
         }
@@ -150,7 +160,7 @@ std::string_view ClassOf(Look look) {
     return SignOf(look).name;
 }
 
-std::string_view ClassOf(inventory::Level level) {
+std::string_view ClassOf(Level level) {
     return ClassOf(LookOf(level));
 }
 
@@ -163,7 +173,7 @@ void AddSign(Look look, Element page) {
     page.Add("span", words, {{"class", "aside"}});
 }
 
-void AddSign(inventory::Level level, Element page) {
+void AddSign(Level level, Element page) {
     AddSign(LookOf(level), page);
 }
 

@@ -196,6 +196,25 @@ TEST(Html, SlotSaysWhatIsWrongInAWord) {
               std::string(23, 'x') + "\xE2\x80\xA6");
 }
 
+TEST(Html, ADriveShowsAllThatIsWrongTheWorstFirst) {
+    const inventory::Snapshot snapshot(
+        inventory::Document::Read(DocumentOf("large")), "", {},
+        {.expectations =
+             inventory::Expectations{.host = "",
+                                     .savedAt = "",
+                                     .accepted = {{"controller 0, RG2, PD13 in enclosure 16 slot 5", "",
+                                                   "OFFLINE", "2031-06-30", "ordered"}}},
+         .limits = {.temperature = 35},
+         .today = "2031-04-05"});
+    const std::string page = Html(snapshot);
+    EXPECT_EQ(Query(page, "string(//li[@class='accepted']//a/@href)"), "#d0-13");
+    EXPECT_EQ(Query(page, "string(//li[@id='d0-13']/span[@class='state'])"), "OFFLINE");
+    EXPECT_EQ(Query(page, "normalize-space(//tr[th='PD13']/td[@class='state'])"),
+              "\xC3\x97"
+              "CRITICAL OFFLINE, 36 C, limit 35 C");
+    EXPECT_EQ(Query(page, "string(//li[@id='d0-14']/span[@class='state'])"), "37 C") << "which was well else";
+}
+
 TEST(Html, GroupNamesItsLogicalDrivesAndMembers) {
     const std::string page = Html(SnapshotOf("large"));
     const std::string group = "//section[h4[contains(., 'RG1')]][1]";
