@@ -15,6 +15,7 @@ namespace {
 
 Finding FindingOf(const Controller& controller, const Drive& drive) {
     Finding finding;
+    finding.kind = PartKind::Drive;
     finding.controller = controller.number;
     finding.group = drive.group;
     finding.part = drive.number.empty() ? "a drive" : drive.number;
@@ -28,6 +29,7 @@ Finding FindingOf(const Controller& controller, const Drive& drive) {
 /// A drive by what it is called in words where its number is not known.
 Finding FindingOf(const ExpectedController& controller, const ExpectedDrive& drive) {
     Finding finding;
+    finding.kind = PartKind::Drive;
     finding.controller = controller.number;
     finding.part = "the drive";
     finding.enclosure = drive.enclosure;
@@ -125,20 +127,21 @@ class Comparison final {
         part.what = std::move(what);
         m_Findings.push_back(std::move(part));
     }
-    void Note(const Place& place, std::string what) {
-        Note(Level::Warning, FindingOf(*place.controller, *place.drive), std::move(what),
-             place.drive->health);
+    void Note(const Place& place, Rule rule, std::string what) {
+        Finding finding = FindingOf(*place.controller, *place.drive);
+        finding.rule = rule;
+        Note(Level::Warning, std::move(finding), std::move(what), place.drive->health);
     }
 
     void CompareWithLimits(Controller& controller, Drive& drive) {
         const std::optional<double> degrees = CelsiusFrom(drive.temperature);
         if (m_Limits.temperature && degrees && *degrees > *m_Limits.temperature) {
-            Note({&controller, &drive},
+            Note({&controller, &drive}, Rule::Temperature,
                  drive.temperature + ", limit " + Digits(*m_Limits.temperature) + " C");
         }
         const std::optional<std::uint64_t> errors = CountFrom(drive.mediaErrors);
         if (m_Limits.mediaErrors && errors && *errors > *m_Limits.mediaErrors) {
-            Note({&controller, &drive},
+            Note({&controller, &drive}, Rule::MediaErrors,
                  MediaErrors(*errors) + ", limit " + std::to_string(*m_Limits.mediaErrors));
         }
     }
@@ -154,6 +157,7 @@ class Comparison final {
             std::count_if(controller.drives.begin(), controller.drives.end(), IsGoodSpare));
         if (count < *m_Limits.spares) {
             Finding finding;
+            finding.rule = Rule::Spares;
             finding.controller = controller.number;
             Note(Level::Warning, std::move(finding),
                  (count == 0   ? "no spare"
@@ -167,6 +171,7 @@ class Comparison final {
     void CompareController(const ExpectedController& expected) {
         Controller* const controller = FindNumber(m_Server.controllers, expected.number);
         Finding finding;
+        finding.rule = Rule::Presence;
         finding.controller = expected.number;
         if (controller == nullptr) {
             finding.product = expected.product;
@@ -191,6 +196,8 @@ class Comparison final {
 
     void CompareGroup(const ExpectedGroup& expected, Controller& controller) {
         Finding finding;
+        finding.kind = PartKind::Group;
+        finding.rule = Rule::Presence;
         finding.controller = controller.number;
         finding.group = expected.number;
         Group* const group = FindNumber(controller.groups, expected.number);
@@ -200,8 +207,11 @@ class Comparison final {
             return;
         }
         if (!expected.level.empty() && !group->level.empty() && expected.level != group->level) {
+            finding.rule = Rule::Use;
             Note(Level::Warning, finding, group->level + ", expected: " + expected.level, group->health);
+            finding.rule = Rule::Presence;
         }
+        finding.kind = PartKind::LogicalDrive;
         for (const std::string& number : expected.logicalDrives) {
             if (FindNumber(group->logicalDrives, number) == nullptr) {
                 finding.part = number;
@@ -226,11 +236,14 @@ class Comparison final {
                 return drive.enclosure == expected.enclosure && drive.slot == expected.slot;
             });
         if (inSlot == controller->drives.end() || WasElsewhere(*inSlot, expected)) {
-            Note(Level::Warning, FindingOf(of, expected),
+            Finding finding = FindingOf(of, expected);
+            finding.rule = Rule::Presence;
+            Note(Level::Warning, std::move(finding),
                  expected.role.empty() ? "gone" : "gone, expected: " + expected.role, controller->health);
         } else if (IsAnother(*inSlot, expected)) {
             m_Matched.insert(&*inSlot);
-            Note({controller, &*inSlot}, "another drive, expected: " + IdentityOf(FindingOf(of, expected)));
+            Note({controller, &*inSlot}, Rule::Presence,
+                 "another drive, expected: " + IdentityOf(FindingOf(of, expected)));
         } else {
             CompareFound(of, expected, {controller, &*inSlot});
         }
@@ -251,24 +264,25 @@ class Comparison final {
         m_Matched.insert(&drive);
         if (present.controller->number != of.number || drive.enclosure != expected.enclosure ||
             drive.slot != expected.slot) {
-            Note(present, "moved, expected: " + PlaceOf(FindingOf(of, expected)));
+            Note(present, Rule::Place, "moved, expected: " + PlaceOf(FindingOf(of, expected)));
         }
         const std::string role = RoleOf(drive);
         if (!role.empty() && !expected.role.empty() && role != expected.role) {
-            Note(present, role + ", expected: " + expected.role);
+            Note(present, Rule::Use, role + ", expected: " + expected.role);
         }
         const std::optional<std::uint64_t> errors = CountFrom(drive.mediaErrors);
         if (m_Limits.mediaErrorGrowth && errors && expected.mediaErrors && *errors > *expected.mediaErrors &&
             *errors - *expected.mediaErrors > *m_Limits.mediaErrorGrowth) {
-            Note(present, MediaErrors(*errors) + ", " + std::to_string(*expected.mediaErrors) +
-                              " when it was saved, limit of growth " +
-                              std::to_string(*m_Limits.mediaErrorGrowth));
+            Note(present, Rule::MediaErrorGrowth,
+                 MediaErrors(*errors) + ", " + std::to_string(*expected.mediaErrors) +
+                     " when it was saved, limit of growth " + std::to_string(*m_Limits.mediaErrorGrowth));
         }
     }
 
     /// What nobody expects. A new controller is one finding with all that it has.
     void FindNews(const std::vector<ExpectedController>& expected, Controller& controller) {
         Finding finding;
+        finding.rule = Rule::Presence;
         finding.controller = controller.number;
         const ExpectedController* const known = FindNumber(expected, controller.number);
         if (known == nullptr) {
@@ -278,6 +292,7 @@ class Comparison final {
             return;
         }
         for (Group& group : controller.groups) {
+            finding.kind = PartKind::Group;
             finding.group = group.number;
             finding.part.clear();
             const ExpectedGroup* const knownGroup = FindNumber(known->groups, group.number);
@@ -286,6 +301,7 @@ class Comparison final {
                 continue;
             }
             for (LogicalDrive& drive : group.logicalDrives) {
+                finding.kind = PartKind::LogicalDrive;
                 finding.part = drive.number;
                 const std::vector<std::string>& numbers = knownGroup->logicalDrives;
                 if (std::find(numbers.begin(), numbers.end(), drive.number) == numbers.end()) {
@@ -295,7 +311,7 @@ class Comparison final {
         }
         for (Drive& drive : controller.drives) {
             if (!m_Matched.contains(&drive)) {
-                Note({&controller, &drive}, "new");
+                Note({&controller, &drive}, Rule::Presence, "new");
             }
         }
     }

@@ -298,11 +298,17 @@ std::string Text(const Expectations& expectations) {
 std::vector<ExpectedController> ExpectedOf(const Server& server) {
     std::vector<ExpectedController> expected;
     for (const Controller& controller : server.controllers) {
+        if (controller.number.empty()) {
+            continue;
+        }
         ExpectedController& one = expected.emplace_back();
         one.number = controller.number;
         one.product = controller.product;
         one.serial = controller.serial;
         for (const Group& group : controller.groups) {
+            if (group.number.empty()) {
+                continue;
+            }
             ExpectedGroup& saved = one.groups.emplace_back();
             saved.number = group.number;
             saved.level = group.level;
@@ -311,6 +317,9 @@ std::vector<ExpectedController> ExpectedOf(const Server& server) {
             }
         }
         for (const Drive& drive : controller.drives) {
+            if (drive.slot.empty() && drive.serial.empty()) {
+                continue;
+            }
             one.drives.push_back({drive.enclosure, drive.slot, drive.product, drive.serial, RoleOf(drive),
                                   CountFrom(drive.mediaErrors)});
         }

@@ -39,7 +39,7 @@ class Inspection final {
         InspectItself(checks, controller);
         for (BackupUnit& unit : controller.backupUnits) {
             unit.health = Level::Ok;
-            Note(LevelOfUnit(unit), WhatOf(unit), {.part = unit.name}, unit.health);
+            Note(LevelOfUnit(unit), WhatOf(unit), {.kind = PartKind::Unit, .part = unit.name}, unit.health);
         }
         for (Drive& drive : controller.drives) {
             Inspect(drive, checks, controller);
@@ -107,7 +107,7 @@ class Inspection final {
         group.health = Level::Ok;
         Reasons reasons;
         reasons.AddUnknown(checks.Of(group));
-        Note(reasons, {.group = group.number}, group.health);
+        Note(reasons, {.kind = PartKind::Group, .group = group.number}, group.health);
         for (const Member& member : group.members) {
             InspectMember(member, controller, group);
         }
@@ -122,7 +122,8 @@ class Inspection final {
             return;
         }
         Note(Level::Unknown, "its group names it, no drive is reported",
-             {.group = group.number,
+             {.kind = PartKind::Drive,
+              .group = group.number,
               .part = NameOr(member.number, "a drive"),
               .enclosure = member.enclosure,
               .slot = member.slot},
@@ -140,7 +141,11 @@ class Inspection final {
         }
         reasons.AddUnknown(checks.Of(drive));
         drive.health = Level::Ok;
-        Note(reasons, {.group = group.number, .part = NameOr(drive.number, "a logical drive")}, drive.health);
+        Note(reasons,
+             {.kind = PartKind::LogicalDrive,
+              .group = group.number,
+              .part = NameOr(drive.number, "a logical drive")},
+             drive.health);
     }
 
     void Inspect(Drive& drive, const CrossChecks& checks, const Controller& controller) {
@@ -195,7 +200,8 @@ class Inspection final {
     void Note(Drive& drive, const Reasons& reasons) {
         drive.health = Level::Ok;
         Note(reasons,
-             {.group = drive.group,
+             {.kind = PartKind::Drive,
+              .group = drive.group,
               .part = NameOr(drive.number, "a drive"),
               .enclosure = drive.enclosure,
               .slot = drive.slot,
@@ -236,6 +242,7 @@ std::vector<Finding> JudgeRepeats(Server& server) {
         if (count > 1 && !controller.number.empty()) {
             Finding finding;
             finding.level = Level::Unknown;
+            finding.rule = Rule::Repetition;
             finding.controller = controller.number;
             finding.what = kRepeated;
             findings.push_back(std::move(finding));

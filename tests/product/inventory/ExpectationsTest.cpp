@@ -179,6 +179,16 @@ TEST(ExpectationsText, KnowsDays) {
     }
 }
 
+TEST(Expectations, LeaveOutWhatNobodyCouldFindAgain) {
+    const std::string nameless = Node("Physical Drive Information", General(Key("Product ID", "TF600S15")));
+    const Expectations saved =
+        SavedFrom(kWell + GroupItem("", LogicalDriveItem("LD9", "OPTIMAL")) + nameless + ControllerItem(""));
+    EXPECT_EQ(Text(ReadExpectations(Text(saved))), Text(saved));
+    ASSERT_EQ(saved.controllers->size(), 1U);
+    EXPECT_EQ(saved.controllers->front().groups.size(), 1U);
+    EXPECT_EQ(saved.controllers->front().drives.size(), 3U);
+}
+
 TEST(Expectations, OfAServerThatIsAsItWasAddNothing) {
     EXPECT_EQ(Differences(kWell, kWell), "");
 }

@@ -6,9 +6,27 @@
 
 namespace inventory {
 
+/// What a finding is about.
+enum class PartKind { Controller, Unit, Group, LogicalDrive, Drive };
+
+/// By what kind of rule something is not well. A part has at most one finding by each.
+enum class Rule {
+    State,        ///< what the reports tell of it
+    Repetition,   ///< they tell it more than once
+    Presence,     ///< it is gone, new, or another one than expected
+    Place,        ///< it is expected in another slot
+    Use,          ///< it is used otherwise than expected
+    Temperature,  ///< limits
+    MediaErrors,
+    MediaErrorGrowth,
+    Spares,
+};
+
 /// Something that is not well.
 struct Finding {
     Level level = Level::Unknown;
+    PartKind kind = PartKind::Controller;
+    Rule rule = Rule::State;
     std::string controller = {};  ///< its number; empty where no controller is named
     std::string group = {};       ///< "RG1"; empty where none is concerned
     std::string part = {};        ///< "PD9", "LD1", "Battery Backup Unit"; empty for the controller itself
