@@ -89,7 +89,9 @@ INSTANTIATE_TEST_SUITE_P(In, HtmlSight, testing::Bool(),
 
 TEST(HtmlSightOfTables, ADriveCanBeOrderedByWhatIsSeenWithoutScrolling) {
     for (const char* const scenario : {"large", "small", "old", "well"}) {
-        for (const nlohmann::json& table : Probe(Html(SnapshotOf(scenario)), {})["tables"]) {
+        const nlohmann::json tables = Probe(Html(SnapshotOf(scenario)), {})["tables"];
+        EXPECT_FALSE(tables.empty()) << scenario;
+        for (const nlohmann::json& table : tables) {
             EXPECT_THAT(table["whole"].get<std::vector<std::string>>(),
                         testing::IsSupersetOf({"Drive", "State", "Slot", "Model", "Serial number", "Size"}))
                 << scenario << ": " << table;
