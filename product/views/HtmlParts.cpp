@@ -1,4 +1,5 @@
 #include "HtmlParts.h"
+#include "basics/Words.h"
 
 namespace views::html {
 namespace {
@@ -28,11 +29,8 @@ std::string KeyOf(const Controller& controller, const Drive& drive) {
 }
 
 /// "g0-2": the second part of the first controller.
-template <typename... Numbers>
-std::string AnchorFrom(char kind, Numbers... numbers) {
-    std::string anchor;
-    ((anchor += (anchor.empty() ? "" : "-") + std::to_string(numbers)), ...);
-    return kind + anchor;
+std::string AnchorFrom(char kind, std::initializer_list<std::ptrdiff_t> numbers) {
+    return kind + basics::Joined(numbers, "-", [](std::ptrdiff_t number) { return std::to_string(number); });
 }
 
 template <typename Part>
@@ -48,7 +46,7 @@ void Append(const std::string& what, std::string& wrong) {
 }
 
 struct Sign {
-    std::string_view name, sign, words;
+    std::string_view name, mark, words;
 };
 
 /// Words for ears, before the state's own.
@@ -113,25 +111,26 @@ void Places::Add(const Controller& controller) {
 }
 
 std::string Places::AnchorOf(const Controller& controller) const {
-    return AnchorFrom('c', PlaceIn(m_Server.controllers, controller));
+    return AnchorFrom('c', {PlaceIn(m_Server.controllers, controller)});
 }
 
 std::string Places::AnchorOf(const Controller& controller, const inventory::BackupUnit& unit) const {
-    return AnchorFrom('u', PlaceIn(m_Server.controllers, controller), PlaceIn(controller.backupUnits, unit));
+    return AnchorFrom('u',
+                      {PlaceIn(m_Server.controllers, controller), PlaceIn(controller.backupUnits, unit)});
 }
 
 std::string Places::AnchorOf(const Controller& controller, const Group& group) const {
-    return AnchorFrom('g', PlaceIn(m_Server.controllers, controller), PlaceIn(controller.groups, group));
+    return AnchorFrom('g', {PlaceIn(m_Server.controllers, controller), PlaceIn(controller.groups, group)});
 }
 
 std::string Places::AnchorOf(const Controller& controller, const Group& group,
                              const inventory::LogicalDrive& drive) const {
-    return AnchorFrom('l', PlaceIn(m_Server.controllers, controller), PlaceIn(controller.groups, group),
-                      PlaceIn(group.logicalDrives, drive));
+    return AnchorFrom('l', {PlaceIn(m_Server.controllers, controller), PlaceIn(controller.groups, group),
+                            PlaceIn(group.logicalDrives, drive)});
 }
 
 std::string Places::AnchorOf(const Controller& controller, const Drive& drive) const {
-    return AnchorFrom('d', PlaceIn(m_Server.controllers, controller), PlaceIn(controller.drives, drive));
+    return AnchorFrom('d', {PlaceIn(m_Server.controllers, controller), PlaceIn(controller.drives, drive)});
 }
 
 std::string Places::AnchorOf(const Finding& finding) const {
@@ -168,9 +167,9 @@ void AddSign(Look look, Element page) {
     if (look == Look::Plain) {
         return;
     }
-    const auto [name, sign, words] = SignOf(look);
-    page.Add("span", sign, {{"class", "sign " + std::string(name)}, {"aria-hidden", "true"}});
-    page.Add("span", words, {{"class", "aside"}});
+    const Sign sign = SignOf(look);
+    page.Add("span", sign.mark, {{"class", "sign " + std::string(sign.name)}, {"aria-hidden", "true"}});
+    page.Add("span", sign.words, {{"class", "aside"}});
 }
 
 void AddSign(Level level, Element page) {
