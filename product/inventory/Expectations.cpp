@@ -164,6 +164,8 @@ Json Parse(std::string_view text) {
         const std::size_t end = std::min<std::size_t>(error.byte, text.size());
         const auto line = 1 + std::count(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(end), '\n');
         Reject("line " + std::to_string(line), "it cannot be read as JSON");
+    } catch (const Json::out_of_range&) {
+        Reject("", "a number in it is too large");
     }
 }
 

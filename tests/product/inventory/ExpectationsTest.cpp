@@ -140,6 +140,7 @@ TEST(ExpectationsText, SaysWhereASlipIs) {
     const std::pair<std::string, std::string> kSlips[] = {
         {"", "line 1: it cannot be read as JSON"},
         {"{\n  \"version\": 1,\n}", "line 3: it cannot be read as JSON"},
+        {R"({"version": 1e999})", "a number in it is too large"},
         {"[]", "the file: it is no object"},
         {"{}", "version: it is missing"},
         {R"({"version": 2})", "version: 1 is known, not 2"},
