@@ -124,6 +124,7 @@ class Parser final {
         AddDrive("get-pd-info", "CTRL ENCL PD: the document of one drive, with its SMART data",
                  Options::Action::GetPDInfo);
         AddCapture();
+        AddRedact();
         AddDiff();
     }
     Parser(const Parser&) = delete;
@@ -198,10 +199,26 @@ class Parser final {
         CLI::App* const capture =
             AddSubcommand("capture",
                           "DIR: record what the tool answers, as a scenario in this new folder\n"
-                          "  --redact         without serial numbers and world-wide names",
+                          "  --redact         without serial numbers, addresses and the like\n"
+                          "  --redact-word WORD  and without this word; more than once for more",
                           Options::Action::Capture);
         capture->add_option("DIR", m_Options.folder);
         capture->add_flag("--redact", m_Options.isRedacted);
+        AddRedactWord(capture);
+    }
+
+    void AddRedact() {
+        CLI::App* const redact =
+            AddSubcommand("redact",
+                          "DIR: the same for a capture that was made without --redact\n"
+                          "  --redact-word WORD  as for capture",
+                          Options::Action::Redact);
+        redact->add_option("DIR", m_Options.folder);
+        AddRedactWord(redact);
+    }
+
+    void AddRedactWord(CLI::App* subcommand) {
+        subcommand->add_option("--redact-word", m_Options.redactWords)->allow_extra_args(false);
     }
 
     void AddDiff() {
@@ -304,6 +321,11 @@ class Parser final {
                 break;
             case Options::Action::Capture:
                 Need(m_Options.folder, "capture needs a folder to make: DIR");
+                CheckRedactWords();
+                break;
+            case Options::Action::Redact:
+                Need(m_Options.folder, "redact needs the folder of a capture: DIR");
+                CheckRedactWords();
                 break;
             case Options::Action::Diff:
                 Need(m_Options.after, "diff needs two saved documents: OLD NEW");
@@ -386,7 +408,8 @@ class Parser final {
 
     // What is asked in this server's place is another one.
     void ChooseHost() {
-        const bool isThisServer = !m_Options.scenario && !m_Options.document;
+        const bool isThisServer = !m_Options.scenario && !m_Options.document &&
+                                  m_Options.action != Options::Action::Redact;
         m_Options.host = m_Host.value_or(isThisServer ? basics::HostName() : "");
     }
 
@@ -400,6 +423,22 @@ class Parser final {
         if (m_Options.hasSmart && m_Options.format == Options::Format::Xml) {
             Reject(
                 "--smart has no xml: the document of a server holds none; get-pd-info has it drive by drive");
+        }
+    }
+
+    void CheckRedactWords() const {
+        constexpr std::size_t kShortest = 3;
+        const bool isRedacted = m_Options.isRedacted || m_Options.action == Options::Action::Redact;
+        if (!isRedacted && !m_Options.redactWords.empty()) {
+            Reject("--redact-word goes with --redact");
+        }
+        for (const std::string& word : m_Options.redactWords) {
+            const bool hasLetter = std::any_of(word.begin(), word.end(), [](char each) {
+                return basics::IsAlphanumeric(each) || static_cast<signed char>(each) < 0;
+            });
+            if (word.size() < kShortest || !hasLetter) {
+                Reject("--redact-word takes a word of three characters or more, not " + Quoted(word));
+            }
         }
     }
 
