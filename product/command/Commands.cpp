@@ -1,5 +1,6 @@
 #include "Commands.h"
 
+#include "Judging.h"
 #include "Screen.h"
 #include "ServerInquiry.h"
 #include "basics/Descriptor.h"
@@ -24,6 +25,7 @@ using basics::Failure;
 using basics::ReadFile;
 using calls::DrivePlace;
 using calls::ReadDocument;
+using inventory::Criteria;
 using inventory::Level;
 using inventory::Snapshot;
 
@@ -48,7 +50,7 @@ constexpr const char* kFromModule = "what the module returned";
 
 /// A document in the format that is wanted: XML is passed on as it is.
 std::string InFormat(std::string xml, const std::string& source, const inventory::ToolRuns& runs,
-                     const Options& options) {
+                     const Options& options, const Criteria& criteria) {
     if (options.format == Options::Format::Xml) {
         if (options.document) {
             (void)ReadDocument(xml, source);  // Nothing else has seen that it is one.
@@ -59,7 +61,7 @@ std::string InFormat(std::string xml, const std::string& source, const inventory
     // As the module reads it: "x" is 0.
     const std::string controller =
         isDrive ? std::to_string(CStringUtil::TStringToNumber(options.parameters.front().text)) : "";
-    Snapshot snapshot(ReadDocument(xml, source), controller);
+    Snapshot snapshot(ReadDocument(xml, source), controller, {}, criteria);
     snapshot.runs = runs;
     if (options.document) {
         snapshot.takenAt.reset();
@@ -72,11 +74,11 @@ DrivePlace DriveOf(const Options& options) {
 }
 
 /// What the inquiry draws on the terminal is gone when this returns.
-std::string AskOnce(const Options& options) {
+std::string AskOnce(const Options& options, const Criteria& criteria) {
     ServerInquiry inquiry(options);
     std::string xml =
         options.parameters.empty() ? inquiry->AskForServer() : inquiry->AskForDrive(DriveOf(options));
-    return InFormat(std::move(xml), kFromModule, inquiry->Runs(), options);
+    return InFormat(std::move(xml), kFromModule, inquiry->Runs(), options, criteria);
 }
 
 /// What is to be printed, and what failed besides.
@@ -111,22 +113,22 @@ std::optional<Failure> AskForDrives(ServerInquiry& inquiry, const std::vector<Dr
     return failure;
 }
 
-Shown AskWithSmart(const Options& options) {
+Shown AskWithSmart(const Options& options, const Criteria& criteria) {
     ServerInquiry inquiry(options);
     inventory::Document document = ReadDocument(inquiry->AskForServer(), kFromModule);
     std::vector<inventory::DriveAnswer> answers;
     const std::optional<Failure> failure =
         AskForDrives(inquiry, calls::DrivePlaces(inventory::Survey(document)), answers);
-    Snapshot snapshot(std::move(document), "", std::move(answers));
+    Snapshot snapshot(std::move(document), "", std::move(answers), criteria);
     snapshot.runs = inquiry->Runs();
     return {Present(snapshot, options), failure};
 }
 
-Shown Show(const Options& options) {
+Shown Show(const Options& options, const Criteria& criteria) {
     if (options.document) {
-        return {InFormat(ReadFile(*options.document), *options.document, {}, options)};
+        return {InFormat(ReadFile(*options.document), *options.document, {}, options, criteria)};
     }
-    return options.hasSmart ? AskWithSmart(options) : Shown{AskOnce(options)};
+    return options.hasSmart ? AskWithSmart(options, criteria) : Shown{AskOnce(options, criteria)};
 }
 
 /// Stores what there is before it tells what is missing.
@@ -137,10 +139,14 @@ void Store(const Shown& shown, const basics::DocumentTarget& target) {
     }
 }
 
-int TellHealth(const Options& options, const basics::DocumentTarget& target) {
+Snapshot TakeSnapshot(const Options& options, const Criteria& criteria) {
     const std::string xml =
         options.document ? ReadFile(*options.document) : ServerInquiry(options)->AskForServer();
-    const Snapshot snapshot(ReadDocument(xml, options.document.value_or(kFromModule)));
+    return Snapshot(ReadDocument(xml, options.document.value_or(kFromModule)), "", {}, criteria);
+}
+
+int TellHealth(const Options& options, const basics::DocumentTarget& target, const Criteria& criteria) {
+    const Snapshot snapshot = TakeSnapshot(options, criteria);
     const inventory::Health& health = snapshot.TheHealth();
     target.Store(views::MonitoringLine(health, options.isVerbose));
     return inventory::PlugInStatusOf(health.level);
@@ -159,17 +165,20 @@ int ShowChanges(const Options& options, const basics::DocumentTarget& target) {
 
 }  // namespace
 
-int RunCommand(const Options& options, const basics::DocumentTarget& target) {
+int RunCommand(const Options& options, const basics::DocumentTarget& target, const Criteria& criteria) {
     switch (options.action) {
         case Options::Action::Health:
-            return TellHealth(options, target);
+            return TellHealth(options, target, criteria);
+        case Options::Action::Expect:
+            SaveExpectations(TakeSnapshot(options, criteria), options, criteria, target);
+            return 0;
         case Options::Action::Diff:
             return ShowChanges(options, target);
         case Options::Action::Show:
-            Store(Show(options), target);
+            Store(Show(options, criteria), target);
             return 0;
         default:
-            target.Store(AskOnce(options));
+            target.Store(AskOnce(options, criteria));
             return 0;
     }
 }

@@ -29,7 +29,7 @@ NO_COLOR.
 Exit status:
   0  success
   1  the method failed; standard error has its return value and the reasons.
-     Of diff: there are differences
+     Of diff: there are differences; of expect: the server is not well
   2  the command line is wrong
   3  the call failed with a WBEM status, or gave no result
   4  the surroundings failed: the module, the scenario, the private view of the
@@ -39,6 +39,8 @@ Exit status:
 Examples:
   mngsrvraid show                              is everything well, and what is there
   mngsrvraid health                            one line for a monitoring system
+  mngsrvraid --scenario small expect --save well.json      what ought to be there
+  mngsrvraid health --expect well.json --max-temperature 50
   mngsrvraid smart 0 252:3                     drive in slot 3 of enclosure 252, controller 0
   mngsrvraid --output raid.html show --smart --format html
   mngsrvraid get-info                          the RAID document of this server
@@ -120,6 +122,7 @@ class Parser final {
         AddDrive("smart", "CTRL ENCL PD: one drive, its SMART values and its attribute table",
                  Options::Action::Smart);
         AddHealth();
+        AddExpect();
         AddSubcommand("get-info", "The RAID document: controllers, groups, drives", Options::Action::GetInfo);
         AddDrive("get-pd-info", "CTRL ENCL PD: the document of one drive, with its SMART data",
                  Options::Action::GetPDInfo);
@@ -170,9 +173,11 @@ class Parser final {
         CLI::App* const show = AddSubcommand("show",
                                              "What needs attention, then everything, in tables\n"
                                              "  --document FILE  of this saved document, not of the server\n"
-                                             "  --smart          with the SMART data of all drives",
+                                             "  --smart          with the SMART data of all drives\n"
+                                             "  and with what health is told to judge by",
                                              Options::Action::Show);
         AddOption("--document", m_Options.document, "FILE", "", show);
+        AddJudging(show);
         show->add_flag("--smart", m_Options.hasSmart);
     }
 
@@ -181,10 +186,37 @@ class Parser final {
             AddSubcommand("health",
                           "One line and an exit status for monitoring systems\n"
                           "  --document FILE  of this saved document, not of the server\n"
-                          "  --verbose        with a line for each finding",
+                          "  --verbose        with a line for each finding\n"
+                          "  --expect FILE    with what is not as expect has saved it\n"
+                          "  --max-temperature C  --max-media-errors N\n"
+                          "  --max-media-error-growth N  since it was saved\n"
+                          "  --min-spares N   fewest good spares of a controller",
                           Options::Action::Health);
         AddOption("--document", m_Options.document, "FILE", "", health);
         health->add_flag("--verbose", m_Options.isVerbose);
+        AddJudging(health);
+    }
+
+    void AddJudging(CLI::App* subcommand) {
+        AddOption("--expect", m_Options.expect, "FILE", "", subcommand);
+        for (auto& [name, text] : m_Limits) {
+            AddOption(name, text, "NUMBER", "", subcommand);
+        }
+    }
+
+    void AddExpect() {
+        CLI::App* const expect =
+            AddSubcommand("expect",
+                          "Save what this server has, as what it ought to have\n"
+                          "  --save FILE      into this file, for health and show --expect\n"
+                          "  --document FILE  of this saved document, not of the server\n"
+                          "  --accept-until DAY --reason TEXT  what is not well now is\n"
+                          "                   known, and does not count up to that day",
+                          Options::Action::Expect);
+        AddOption("--save", m_Save, "FILE", "", expect);
+        AddOption("--document", m_Options.document, "FILE", "", expect);
+        AddOption("--accept-until", m_Options.acceptUntil, "DAY", "", expect);
+        AddOption("--reason", m_Options.acceptReason, "TEXT", "", expect);
     }
 
     void AddDrive(const char* name, const char* help, Options::Action action) {
@@ -281,6 +313,9 @@ class Parser final {
         RejectEmpty("--trace-file", m_Options.traceFile);
         RejectEmpty("--output", m_Options.output);
         RejectEmpty("--document", m_Options.document);
+        RejectEmpty("--expect", m_Options.expect);
+        RejectEmpty("--save", m_Save);
+        ChooseLimits();
         if (m_Options.output == "-") {
             m_Options.output.reset();
         }
@@ -318,6 +353,13 @@ class Parser final {
             case Options::Action::Show:
             case Options::Action::Health:
                 CheckDocument();
+                if (m_Options.limits.mediaErrorGrowth && !m_Options.expect) {
+                    Reject("--max-media-error-growth needs to know since when: --expect FILE");
+                }
+                break;
+            case Options::Action::Expect:
+                CheckDocument();
+                ChooseSaving();
                 break;
             case Options::Action::Capture:
                 Need(m_Options.folder, "capture needs a folder to make: DIR");
@@ -406,6 +448,35 @@ class Parser final {
         m_Options.timeLimit = std::chrono::seconds(seconds);
     }
 
+    void ChooseLimits() {
+        const auto numberOf = [this](std::size_t limit) -> std::optional<std::uint32_t> {
+            const auto& [name, text] = m_Limits.at(limit);
+            const auto number = basics::NumberFrom<std::uint32_t>(text.value_or("0"));
+            if (!number) {
+                Reject(std::string(name) + " takes a whole number, not " + Quoted(*text));
+            }
+            return text ? number : std::nullopt;
+        };
+        m_Options.limits = {numberOf(0), numberOf(1), numberOf(2), numberOf(3)};
+    }
+
+    void ChooseSaving() {
+        if (!m_Save || m_Options.output) {
+            Reject(m_Save ? "expect takes --save FILE, not --output"
+                          : "expect needs a file to save to: --save FILE");
+        }
+        if (m_Save != "-") {
+            m_Options.output = m_Save;
+        }
+        const std::optional<std::string>& until = m_Options.acceptUntil;
+        if (until.has_value() != m_Options.acceptReason.has_value()) {
+            Reject("--accept-until DAY and --reason TEXT go together");
+        }
+        if (until && (!inventory::IsDay(*until) || m_Options.acceptReason->empty())) {
+            Reject("--accept-until takes a day such as 2031-06-30, and --reason some words");
+        }
+    }
+
     // What is asked in this server's place is another one.
     void ChooseHost() {
         const bool isThisServer = !m_Options.scenario && !m_Options.document &&
@@ -465,6 +536,13 @@ class Parser final {
     std::optional<std::string> m_Format;
     std::optional<std::string> m_Timeout;
     std::optional<std::string> m_Host;
+    std::optional<std::string> m_Save;
+    /// In the order of inventory::Limits.
+    std::array<std::pair<const char*, std::optional<std::string>>, 4> m_Limits = {
+        {{"--max-temperature", {}},
+         {"--max-media-errors", {}},
+         {"--max-media-error-growth", {}},
+         {"--min-spares", {}}}};
     std::array<std::optional<std::string>, 3> m_Drive;
     bool m_Version = false;
     CLI::App m_App{kDescription, kName};

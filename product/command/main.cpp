@@ -2,6 +2,7 @@
 
 #include "Commands.h"
 #include "ExitStatus.h"
+#include "Judging.h"
 #include "Options.h"
 #include "ServerInquiry.h"
 #include "basics/Descriptor.h"
@@ -139,6 +140,7 @@ int Answer(const Options& options) {
     // Before the view of the file system changes.
     const basics::DocumentTarget target =
         options.output ? basics::DocumentTarget(*options.output) : basics::DocumentTarget::StandardOutput();
+    const inventory::Criteria criteria = CriteriaFor(options);
     StartTrace(options);
     const bool isMadeUp = options.scenario && AsksTheServer(options);
     const fs::path scenario =
@@ -159,7 +161,7 @@ int Answer(const Options& options) {
         target.Store(capture::RedactFolder({options.folder, options.redactWords, options.host}));
         return 0;
     }
-    return RunCommand(options, target);
+    return RunCommand(options, target, criteria);
 }
 
 std::string VersionText() {

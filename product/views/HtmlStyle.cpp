@@ -65,6 +65,7 @@ a:focus-visible, summary:focus-visible, .scroll:focus-visible { outline: 3px sol
 .rollup.unknown { background: var(--unknown); color: var(--on-unknown); border: 2px dotted var(--edge-unknown); }
 .findings li { display: flex; align-items: baseline; gap: 0.25rem; padding: 0.25rem 0; border-top: 1px solid var(--line); }
 .findings li:first-child { border-top: 0; }
+.findings .accepted, .findings .accepted .sign { color: var(--faint); }
 .controller { margin: 1rem 0; padding: 0 1rem; background: var(--card); border: 1px solid var(--line);
   border-radius: 0.5rem; }
 .controller[open] { padding-bottom: 1rem; }

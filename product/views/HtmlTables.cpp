@@ -41,8 +41,13 @@ std::string NameOf(const Controller& controller) {
 
 void AddFinding(const inventory::Finding& finding, const DrivePlaces& places, Element list) {
     const std::string anchor = places.AnchorOf(finding);
-    Element item = list.Add("li", {{"class", ClassOf(finding.level)}});
-    AddSign(finding.level, item);
+    Element item = list.Add("li", {{"class", finding.isAccepted ? "accepted" : ClassOf(finding.level)}});
+    if (finding.isAccepted) {
+        item.Add("span", kNotTold, {{"class", "sign"}, {"aria-hidden", "true"}});
+        item.Add("span", std::string(NameOfLevel(finding)) + " ", {{"class", "aside"}});
+    } else {
+        AddSign(finding.level, item);
+    }
     Element words = item.Add("span").Add("b", finding.what).Text(" ");
     if (anchor.empty()) {
         words.Text(PlaceOf(finding));
@@ -51,6 +56,9 @@ void AddFinding(const inventory::Finding& finding, const DrivePlaces& places, El
     }
     if (const std::string identity = IdentityOf(finding); !identity.empty()) {
         words.Text(" ").Add("small", identity);
+    }
+    if (const std::string note = AcceptanceNoteOf(finding); !note.empty()) {
+        words.Text(" ").Add("small", note);
     }
 }
 

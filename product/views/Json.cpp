@@ -1,6 +1,6 @@
-#include "Measure.h"
 #include "basics/Time.h"
 #include "basics/Words.h"
+#include "inventory/Measure.h"
 #include "inventory/Smart.h"
 #include "views/Views.h"
 
@@ -22,17 +22,17 @@ Value Told(const std::string& text) {
 
 /// Null for what is no whole number.
 Value Count(const std::string& text) {
-    const std::optional<std::uint64_t> count = basics::NumberFrom<std::uint64_t>(basics::Trimmed(text));
+    const std::optional<std::uint64_t> count = inventory::CountFrom(text);
     return count ? Value(*count) : Value(nullptr);
 }
 
 Value Bytes(const std::string& text) {
-    const std::optional<std::uint64_t> bytes = BytesFrom(text);
+    const std::optional<std::uint64_t> bytes = inventory::BytesFrom(text);
     return bytes ? Value(*bytes) : Value(nullptr);
 }
 
 Value Celsius(const std::string& text) {
-    const std::optional<double> degrees = CelsiusFrom(text);
+    const std::optional<double> degrees = inventory::CelsiusFrom(text);
     return degrees ? Value(*degrees) : Value(nullptr);
 }
 
@@ -56,7 +56,10 @@ Value FromFinding(const inventory::Finding& finding) {
             {"slot", Told(finding.slot)},
             {"model", Told(finding.product)},
             {"serial", Told(finding.serial)},
-            {"what", finding.what}};
+            {"what", finding.what},
+            {"accepted", finding.isAccepted},
+            {"accepted_until", Told(finding.until)},
+            {"accepted_reason", Told(finding.reason)}};
 }
 
 Value FromHealth(const inventory::Health& health) {

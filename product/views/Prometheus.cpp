@@ -1,6 +1,6 @@
 #include "Exposition.h"
-#include "Measure.h"
 #include "basics/Words.h"
+#include "inventory/Measure.h"
 #include "inventory/Smart.h"
 #include "views/Views.h"
 
@@ -107,6 +107,8 @@ class Series final {
             m_Exposition.Add(kFindings, Labels().With("level", name),
                              static_cast<double>(CountOf(health, level)));
         }
+        m_Exposition.Add(kFindings, Labels().With("level", "accepted"),
+                         static_cast<double>(CountAccepted(health)));
     }
 
     void AddPart(const Metric& healthMetric, const Metric& infoMetric, const Labels& part, Level level,
@@ -170,7 +172,7 @@ class Series final {
                  {"media", drive.media},
                  {"capacity", drive.capacity},
                  {"power", drive.power}});
-        if (const std::optional<double> celsius = CelsiusFrom(drive.temperature)) {
+        if (const std::optional<double> celsius = inventory::CelsiusFrom(drive.temperature)) {
             m_Exposition.Add(kTemperature, labels, *celsius);
         }
         AddCount(kMediaErrors, labels, drive.mediaErrors);
@@ -184,7 +186,7 @@ class Series final {
     /// A count is a whole number and nothing else: "12 K" is better not told than told as 12.
     void AddCount(const Metric& metric, const Labels& labels, const std::string& text) {
         const bool isWhole = text.find_first_not_of("0123456789") == std::string::npos;
-        if (const std::optional<Measure> count = MeasureFrom(text); count && isWhole) {
+        if (const std::optional<inventory::Measure> count = inventory::MeasureFrom(text); count && isWhole) {
             m_Exposition.Add(metric, labels, count->number);
         }
     }
@@ -215,7 +217,7 @@ class Series final {
 
     void AddSmart(const Metric& metric, DistinctLabels& distinct, const Labels& labels,
                   const std::string& value) {
-        if (const std::optional<Measure> measure = MeasureFrom(value)) {
+        if (const std::optional<inventory::Measure> measure = inventory::MeasureFrom(value)) {
             m_Exposition.Add(metric, distinct.Distinct(labels.With("unit", measure->unit)), measure->number);
         }
     }

@@ -1,7 +1,7 @@
 #include "Grid.h"
-#include "Measure.h"
 #include "basics/Text.h"
 #include "basics/Words.h"
+#include "inventory/Measure.h"
 #include "inventory/Smart.h"
 #include "views/Views.h"
 
@@ -214,9 +214,10 @@ std::string Attention(const inventory::Health& health, const TerminalStyle& styl
     constexpr std::size_t kLevelWidth = 10;
     std::string text;
     for (const inventory::Finding& finding : health.findings) {
-        const std::string level = basics::PadRight(std::string(NameOf(finding.level)), kLevelWidth);
+        const std::string level = basics::PadRight(std::string(NameOfLevel(finding)), kLevelWidth);
         text +=
-            std::string(kStep, ' ') + Colored(level, finding.level, style) +
+            std::string(kStep, ' ') +
+            Colored(level, finding.isAccepted ? std::nullopt : std::optional(finding.level), style) +
             Wrapped(basics::Printable(Describe(finding)), kStep + kLevelWidth, kStep + kLevelWidth, style) +
             '\n';
     }
@@ -230,7 +231,7 @@ std::string Verdict(const inventory::Health& health, const std::string& text, co
 
 bool HoldsNumbers(const inventory::Smart& smart, std::size_t column) {
     return std::all_of(smart.rows.begin(), smart.rows.end(), [column](const std::vector<std::string>& row) {
-        return MeasureFrom(row[column]).has_value();
+        return inventory::MeasureFrom(row[column]).has_value();
     });
 }
 

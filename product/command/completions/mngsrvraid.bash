@@ -1,9 +1,11 @@
 # Completion of mngsrvraid for bash.
 
 _mngsrvraid() {
-    local subcommands="show smart health get-info get-pd-info capture diff"
+    local subcommands="show smart health expect get-info get-pd-info capture diff"
     local options="--help --version --scenario --install-dir --timeout --trace --trace-file --app-key --output --host --format --compact"
-    local valued="--scenario --install-dir --timeout --trace --trace-file --app-key --output --host --format --document"
+    local valued="--scenario --install-dir --timeout --trace --trace-file --app-key --output --host --format --document
+        --expect --save --accept-until --reason --max-temperature --max-media-errors --max-media-error-growth --min-spares"
+    local judging="--expect --max-temperature --max-media-errors --max-media-error-growth --min-spares"
     local scenarios="awkward empty half-failed huge large old small well
         faults/bare-version faults/broken-header faults/dead faults/endless faults/flaky faults/flood
         faults/held-open faults/killed faults/late faults/marker faults/one-line faults/shell-killed
@@ -53,15 +55,16 @@ _mngsrvraid() {
             mapfile -t COMPREPLY < <(compgen -d -- "$word")
             return
             ;;
-        --trace-file | --output | --document)
+        --trace-file | --output | --document | --expect | --save)
             mapfile -t COMPREPLY < <(compgen -f -- "$word")
             return
             ;;
-        --app-key | --host | --timeout) return ;;
+        --app-key | --host | --timeout | --accept-until | --reason | --max-* | --min-spares) return ;;
     esac
     case $subcommand in
-        show) options+=" --document --smart" ;;
-        health) options+=" --document --verbose" ;;
+        show) options+=" --document --smart $judging" ;;
+        health) options+=" --document --verbose $judging" ;;
+        expect) options+=" --save --document --accept-until --reason" ;;
         capture) options+=" --redact" ;;
         diff) options+=" --all" ;;
     esac

@@ -6,9 +6,10 @@ function __mngsrvraid_subcommand
     set -e words[1]
     while set -q words[1]
         switch $words[1]
-            case --scenario --install-dir --timeout --trace --trace-file --app-key --output --host --format --document
+            case --scenario --install-dir --timeout --trace --trace-file --app-key --output --host --format --document \
+                    --expect --save --accept-until --reason --max-temperature --max-media-errors --max-media-error-growth --min-spares
                 set -e words[1]
-            case show smart health get-info get-pd-info capture diff
+            case show smart health expect get-info get-pd-info capture diff
                 echo $words[1]
                 return
         end
@@ -52,12 +53,21 @@ complete -c mngsrvraid -l format -x -a 'xml tree table json html prometheus' -d 
 complete -c mngsrvraid -n '__mngsrvraid_is ""' -a show -d 'What needs attention, then everything, in tables'
 complete -c mngsrvraid -n '__mngsrvraid_is ""' -a smart -d 'One drive with its SMART data'
 complete -c mngsrvraid -n '__mngsrvraid_is ""' -a health -d 'One line and an exit status for monitoring'
+complete -c mngsrvraid -n '__mngsrvraid_is ""' -a expect -d 'Save what this server ought to have'
 complete -c mngsrvraid -n '__mngsrvraid_is ""' -a get-info -d 'The RAID document of the server'
 complete -c mngsrvraid -n '__mngsrvraid_is ""' -a get-pd-info -d 'The document of one drive'
 complete -c mngsrvraid -n '__mngsrvraid_is ""' -a capture -d 'Record what the tool answers as a scenario'
 complete -c mngsrvraid -n '__mngsrvraid_is ""' -a diff -d 'What changed between two saved documents'
 
-complete -c mngsrvraid -n '__mngsrvraid_is show health' -l document -r -F -d 'A saved document instead of the server'
+complete -c mngsrvraid -n '__mngsrvraid_is show health expect' -l document -r -F -d 'A saved document instead of the server'
+complete -c mngsrvraid -n '__mngsrvraid_is show health' -l expect -r -F -d 'What is not as it was saved'
+complete -c mngsrvraid -n '__mngsrvraid_is show health' -l max-temperature -x -d 'Warn above these degrees Celsius'
+complete -c mngsrvraid -n '__mngsrvraid_is show health' -l max-media-errors -x -d 'Warn above so many of a drive'
+complete -c mngsrvraid -n '__mngsrvraid_is show health' -l max-media-error-growth -x -d 'Warn when so many more than when it was saved'
+complete -c mngsrvraid -n '__mngsrvraid_is show health' -l min-spares -x -d 'Fewest good spares of a controller'
+complete -c mngsrvraid -n '__mngsrvraid_is expect' -l save -r -F -d 'Save to this file'
+complete -c mngsrvraid -n '__mngsrvraid_is expect' -l accept-until -x -d 'What is not well is known up to this day'
+complete -c mngsrvraid -n '__mngsrvraid_is expect' -l reason -x -d 'Why it is accepted'
 complete -c mngsrvraid -n '__mngsrvraid_is show' -l smart -d 'With all SMART data'
 complete -c mngsrvraid -n '__mngsrvraid_is health' -l verbose -d 'Name each finding'
 complete -c mngsrvraid -n '__mngsrvraid_is capture' -l redact -d 'Without serial numbers'

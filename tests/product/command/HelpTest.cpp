@@ -91,8 +91,8 @@ std::set<std::string> OptionsIn(const std::string& text) {
     return options;
 }
 
-constexpr const char* kSubcommands[] = {"show",        "smart",   "health", "get-info",
-                                        "get-pd-info", "capture", "diff"};
+constexpr const char* kSubcommands[] = {"show",     "smart",       "health",  "expect",
+                                        "get-info", "get-pd-info", "capture", "diff"};
 
 TEST(ManualTest, HasEveryOptionAndSubcommand) {
     const std::string manual = ReadFile(COMMAND_TEST_SOURCES "/product/command/mngsrvraid.1");
@@ -167,7 +167,7 @@ std::string OfferedByBash(const std::string& words) {
 
 TEST(BashCompletion, OffersWhatMayStandThere) {
     EXPECT_EQ(OfferedByBash("s"), "show smart\n");
-    EXPECT_EQ(OfferedByBash("''"), "show smart health get-info get-pd-info capture diff\n");
+    EXPECT_EQ(OfferedByBash("''"), "show smart health expect get-info get-pd-info capture diff\n");
     EXPECT_EQ(OfferedByBash("show --format j"), "json\n");
     EXPECT_EQ(OfferedByBash("show --s"), "--scenario --smart\n");
     EXPECT_EQ(OfferedByBash("health --v"), "--version --verbose\n");

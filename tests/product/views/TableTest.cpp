@@ -132,7 +132,7 @@ TEST(TreeTest, HoldsEveryItem) {
 TEST(MonitoringLineTest, IsOneLineWithFigures) {
     EXPECT_EQ(MonitoringLine(SnapshotOf("small").TheHealth(), false),
               "RAID OK - 1 controller, 1 group, 1 logical drive, 3 drives, all well | controllers=1 groups=1 "
-              "logical_drives=1 drives=3 critical=0 warning=0 unknown=0\n");
+              "logical_drives=1 drives=3 critical=0 warning=0 unknown=0 accepted=0\n");
     const std::string line = MonitoringLine(SnapshotOf("large").TheHealth(), false);
     EXPECT_EQ(Lines(line).size(), 1U);
     EXPECT_THAT(line, testing::StartsWith("RAID CRITICAL - 2 critical, 5 warnings in "));

@@ -31,7 +31,7 @@ class Snapshot final {
     /// `controller` is the one that a document about a single drive was asked for. An answer about a drive
     /// that is not there is kept, and changes nothing else.
     explicit Snapshot(Document document, const std::string& controller = "",
-                      std::vector<DriveAnswer> answers = {});
+                      std::vector<DriveAnswer> answers = {}, const Criteria& criteria = {});
     Snapshot(Snapshot&&) = default;
     Snapshot& operator=(Snapshot&&) = default;
     Snapshot(const Snapshot&) = delete;

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace views {
+namespace inventory {
 
 /// A number as reports print it, with the unit behind it: "31 C", "20411 Hours", "000000000031".
 struct Measure {
@@ -16,6 +16,9 @@ struct Measure {
 /// Nothing for a text that is more, or other, than a decimal number and a unit: "000B", "5/10", "N/A", "nan".
 [[nodiscard]] std::optional<Measure> MeasureFrom(std::string_view text);
 
+/// A whole number, "12"; nothing for any other text.
+[[nodiscard]] std::optional<std::uint64_t> CountFrom(std::string_view text);
+
 /// Bytes of "558.406 GB" or "64 KB". The tools count by 1024, as is seen from a drive that is sold as 600 GB
 /// and told as 558.406 GB. Nothing without a unit that is known.
 [[nodiscard]] std::optional<std::uint64_t> BytesFrom(std::string_view text);
@@ -24,4 +27,4 @@ struct Measure {
 /// number without a unit is taken for Celsius.
 [[nodiscard]] std::optional<double> CelsiusFrom(std::string_view text);
 
-}  // namespace views
+}  // namespace inventory

@@ -1,8 +1,8 @@
-#include "Measure.h"
+#include "inventory/Measure.h"
 
 #include <gtest/gtest.h>
 
-namespace views::test {
+namespace inventory::test {
 namespace {
 
 struct Reading {
@@ -57,4 +57,4 @@ TEST(Temperature, IsNothingWithoutANumberOrInAnotherUnit) {
 }
 
 }  // namespace
-}  // namespace views::test
+}  // namespace inventory::test

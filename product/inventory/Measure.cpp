@@ -1,4 +1,4 @@
-#include "Measure.h"
+#include "inventory/Measure.h"
 
 #include "basics/Words.h"
 
@@ -6,7 +6,7 @@
 #include <charconv>
 #include <cmath>
 
-namespace views {
+namespace inventory {
 namespace {
 
 using basics::IsDigit;
@@ -54,6 +54,10 @@ std::optional<Measure> MeasureFrom(std::string_view text) {
     return Measure{*number, std::string(unit)};
 }
 
+std::optional<std::uint64_t> CountFrom(std::string_view text) {
+    return basics::NumberFrom<std::uint64_t>(Trimmed(text));
+}
+
 std::optional<std::uint64_t> BytesFrom(std::string_view text) {
     constexpr std::string_view kUnits[] = {"B", "KB", "MB", "GB", "TB", "PB"};
     constexpr double kStep = 1024;
@@ -91,4 +95,4 @@ std::optional<double> CelsiusFrom(std::string_view text) {
     return std::nullopt;
 }
 
-}  // namespace views
+}  // namespace inventory
