@@ -125,8 +125,8 @@ Descriptor DocumentTarget::MakeTemporary(std::string& name, mode_t mode) const {
     int error = EEXIST;
     for (int number = 0; number < kMostTries && error == EEXIST; ++number) {
         name = ".mngsrvraid." + std::to_string(::getpid()) + "." + std::to_string(number) + ".tmp";
-        Descriptor file(::openat(m_Directory.Number(), name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC,
-                                 mode));
+        Descriptor file(
+            ::openat(m_Directory.Number(), name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode));
         if (file.IsOpen()) {
             return file;
         }

@@ -44,7 +44,10 @@ std::string Code(const std::string& arguments) {
 class Capture::Work final {
   public:
     Work(CaptureRequest request, const std::string& records)
-        : m_Request(std::move(request)), m_Folder(m_Request.folder), m_Recording(records), m_Records(records) {}
+        : m_Request(std::move(request)),
+          m_Folder(m_Request.folder),
+          m_Recording(records),
+          m_Records(records) {}
 
     [[nodiscard]] Captured Run(calls::ProgressReceiver* progress);
 
@@ -87,8 +90,8 @@ Captured Capture::Work::Run(calls::ProgressReceiver* progress) {
     m_Request.inquiry.progress = progress;
     Ask();
     if (m_Recording.Commands().empty()) {
-        throw TheFailure("nothing was recorded").value_or(
-            Failure(Failure::Kind::Method, "nothing was recorded: the tool was not run"));
+        throw TheFailure("nothing was recorded")
+            .value_or(Failure(Failure::Kind::Method, "nothing was recorded: the tool was not run"));
     }
     const std::string list = Write();
     return {"recorded in " + OneLine(m_Folder.Path()) + ": " + std::to_string(m_Recording.Commands().size()) +

@@ -44,8 +44,8 @@ class CaptureFolder final {
     [[noreturn]] void Fail(const std::string& name, int error) const;
 
     std::string m_Path;
-    bool m_IsMade;                       ///< the folder was not there
-    Folder m_Above;                      ///< the one that it is in
+    bool m_IsMade;   ///< the folder was not there
+    Folder m_Above;  ///< the one that it is in
     Folder m_Folder;
     std::vector<std::string> m_Older;    ///< files of an interrupted capture
     std::vector<std::string> m_Written;  ///< files of this one

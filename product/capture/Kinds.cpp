@@ -187,29 +187,30 @@ bool StandsForNothing(std::string_view value) {
     if (rest.starts_with("0x")) {
         rest.remove_prefix(2);
     }
-    // Words of several characters of one kind, "00:00:00:00" too.
-    const bool isOneCharacter =
-        std::all_of(rest.begin(), rest.end(), [first = rest.empty() ? '\0' : rest.front()](char each) {
-            return each == first || !basics::IsAlphanumeric(each);
-        });
+    // "00:00:00:00" too; but "7" may be somebody's.
+    const bool isOneCharacter = std::all_of(rest.begin(), rest.end(),
+                                            [first = rest.empty() ? '\0' : rest.front()](char each) {
+                                                return each == first || !basics::IsAlphanumeric(each);
+                                            }) &&
+                                (rest.size() != 1 || rest == "0");
     return isOneCharacter || kWords.count(lower) > 0 || rest.starts_with("not ") || rest.starts_with("no ") ||
            rest.starts_with("to be filled");
 }
 
 bool IsReportWord(std::string_view word) {
     static const std::set<std::string, std::less<>> kWords = {
-        "absent",    "active",   "alert",        "array",      "auto",     "back",      "backplane",
-        "bad",       "battery",  "blocked",      "cache",      "charging", "controller", "copyback",
-        "critical",  "data",     "dedicated",    "default",    "degraded", "dhcp",      "direct",
-        "disabled",  "disk",     "drive",        "enabled",    "enclosure", "error",    "expander",
-        "external",  "failed",   "false",        "fast",       "foreign",  "full",      "global",
-        "good",      "group",    "hot",          "idle",       "inactive", "init",      "initializing",
-        "internal",  "learning", "linux",        "local",      "localhost", "lost",     "mirror",
-        "missing",   "normal",   "offline",      "online",     "only",     "optimal",   "partially",
-        "port",      "power",    "present",      "raid",       "read",     "ready",     "rebuild",
-        "removed",   "server",   "spare",        "standby",    "static",   "status",    "stopped",
-        "storage",   "system",   "true",         "unconfig",   "unconfigured", "unused", "warning",
-        "write",     "needs",    "attention",    "reconstruction", "failure", "unknown", "none"};
+        "absent",   "active",   "alert",     "array",          "auto",         "back",       "backplane",
+        "bad",      "battery",  "blocked",   "cache",          "charging",     "controller", "copyback",
+        "critical", "data",     "dedicated", "default",        "degraded",     "dhcp",       "direct",
+        "disabled", "disk",     "drive",     "enabled",        "enclosure",    "error",      "expander",
+        "external", "failed",   "false",     "fast",           "foreign",      "full",       "global",
+        "good",     "group",    "hot",       "idle",           "inactive",     "init",       "initializing",
+        "internal", "learning", "linux",     "local",          "localhost",    "lost",       "mirror",
+        "missing",  "normal",   "offline",   "online",         "only",         "optimal",    "partially",
+        "port",     "power",    "present",   "raid",           "read",         "ready",      "rebuild",
+        "removed",  "server",   "spare",     "standby",        "static",       "status",     "stopped",
+        "storage",  "system",   "true",      "unconfig",       "unconfigured", "unused",     "warning",
+        "write",    "needs",    "attention", "reconstruction", "failure",      "unknown",    "none"};
     const std::string lower = InLowerCase(word);
     return kWords.count(lower) > 0 || IsNameOfPart(lower);
 }

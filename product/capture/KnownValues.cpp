@@ -26,8 +26,8 @@ bool CanBeSeparator(char character) {
 
 /// The colons and dashes that do not count.
 bool IsSeparator(std::string_view text, std::size_t at) {
-    return CanBeSeparator(text[at]) && at > 0 && at + 1 < text.size() &&
-           IsAlphanumeric(text[at - 1]) && IsAlphanumeric(text[at + 1]);
+    return CanBeSeparator(text[at]) && at > 0 && at + 1 < text.size() && IsAlphanumeric(text[at - 1]) &&
+           IsAlphanumeric(text[at + 1]);
 }
 
 /// Goes through a text as values are compared.
@@ -97,6 +97,11 @@ constexpr std::size_t kShortestNumberInside = 8;
 constexpr std::size_t kShortestLetters = 4;
 constexpr std::size_t kShortestApart = 12;  ///< digits of a MAC address
 
+/// Told by their shape, whatever their length; "10.0.0.1" is another one than "10.0.0.12".
+bool IsWholeAddress(Kind kind, std::string_view squeezed) {
+    return (kind == Kind::Ip || kind == Kind::Mail) && squeezed.find_first_of(".:@") != squeezed.npos;
+}
+
 bool ReachesBeyondItsKey(std::string_view squeezed, const Make& make) {
     if (IsReportWord(squeezed)) {
         return false;
@@ -107,11 +112,8 @@ bool ReachesBeyondItsKey(std::string_view squeezed, const Make& make) {
     return make.Size() >= shortest;
 }
 
-bool ReachesIntoWords(Kind kind, const Make& make) {
-    if (kind == Kind::Ip || kind == Kind::Mail || make.digits == 0) {
-        return false;  // "10.0.0.1" is another one than "10.0.0.12".
-    }
-    return make.Size() >= (make.IsMixed() ? kShortestMixedInside : kShortestNumberInside);
+bool ReachesIntoWords(const Make& make) {
+    return make.digits > 0 && make.Size() >= (make.IsMixed() ? kShortestMixedInside : kShortestNumberInside);
 }
 
 }  // namespace
@@ -131,11 +133,12 @@ KnownValues::Index KnownValues::Add(Kind kind, std::string_view value, std::opti
     Value added;
     added.word = word ? *word : NewWord(kind);
     const bool isAnywhere = kind == Kind::Word;
-    added.isInsideToo = isAnywhere || ReachesIntoWords(kind, make);
-    added.isInNames = added.isInsideToo || make.IsMixed();
+    const bool isAddress = IsWholeAddress(kind, squeezed);
+    added.isInsideToo = isAnywhere || (!isAddress && ReachesIntoWords(make));
+    added.isInNames = added.isInsideToo || isAddress || make.IsMixed();
     added.isApart = isSeenApart || (!isAnywhere && make.Size() >= kShortestApart);
     const bool isSought =
-        squeezed.size() >= kStartLength && (isAnywhere || ReachesBeyondItsKey(squeezed, make));
+        squeezed.size() >= kStartLength && (isAnywhere || isAddress || ReachesBeyondItsKey(squeezed, make));
     const auto& entry = *m_Values.emplace(std::move(squeezed), added).first;
     if (isSought) {
         m_Sorted.push_back(&entry);
@@ -185,8 +188,8 @@ bool KnownValues::MayStandHere(const Value& value, bool isWord, Place place) con
     if (place == Place::Instruction && m_Words[value.word].name.kind == Kind::Word) {
         return false;
     }
-    return value.isInsideToo || (isWord && place != Place::Instruction &&
-                                 (place == Place::Value || value.isInNames));
+    return value.isInsideToo ||
+           (isWord && place != Place::Instruction && (place == Place::Value || value.isInNames));
 }
 
 std::optional<KnownValues::Found> KnownValues::FindAt(std::string_view text, std::size_t begin, Place place) {

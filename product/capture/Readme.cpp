@@ -20,7 +20,8 @@ constexpr std::string_view kScenario = "the scenario ";
 constexpr std::string_view kNotRedacted =
     "- Not redacted: serial numbers, addresses and names are in it as the tool told them.\n";
 constexpr std::string_view kRedacted =
-    "- Redacted: serial numbers, world-wide names, addresses, host names and the like are replaced by words.\n";
+    "- Redacted: serial numbers, world-wide names, addresses, host names and the like are replaced by "
+    "words.\n";
 constexpr std::string_view kListTitle = "\n## What was replaced\n";
 constexpr std::string_view kListIndent = "    ";
 constexpr std::string_view kPath = "(path)";
@@ -163,10 +164,11 @@ std::string ReadmeText(const Account& account) {
     text += "- Version of the tool: " + Known(account.versions) + "\n";
     text += "- Drives asked for: " + std::to_string(account.drives) + "\n";
     text += kNotRedacted;
-    text += account.failures.empty() && account.missing.empty()
-                ? "- Complete: all that could be asked was asked.\n"
-                : "- Not complete: what failed or is missing stands below. What was answered is here, and can be "
-                  "used with --scenario.\n";
+    text +=
+        account.failures.empty() && account.missing.empty()
+            ? "- Complete: all that could be asked was asked.\n"
+            : "- Not complete: what failed or is missing stands below. What was answered is here, and can be "
+              "used with --scenario.\n";
     return text + Section("What failed", account.failures) +
            Section("What is not as it was", account.changes) + Section("What is missing", account.missing);
 }

@@ -28,8 +28,8 @@ struct Account {
 /// Whether it is one of ours.
 [[nodiscard]] bool IsReadmeOfCapture(std::string_view readme);
 
-/// The same for one that is: without the scenario's name and without paths. Those in `paths` are known; others
-/// are told by their slashes. Another README.md, somebody's own, is returned as it is.
+/// The same for one that is: without the scenario's name and without paths. Those in `paths` are known;
+/// others are told by their slashes. Another README.md, somebody's own, is returned as it is.
 [[nodiscard]] std::string WithoutNames(std::string_view readme, const std::vector<std::string>& paths);
 
 using Replacements = std::vector<Redaction::Replacement>;

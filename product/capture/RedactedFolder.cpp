@@ -118,7 +118,8 @@ void Redactor::CheckNames(const std::vector<std::string>& names) const {
         return !m_Folder.IsFile(name) || (name != kReadme && !IsScenarioFileName(name));
     });
     if (!others.empty()) {
-        FailSurroundings(m_Shown + " is not redacted: it holds what is not of a capture, and may tell anything: " +
+        FailSurroundings(m_Shown +
+                         " is not redacted: it holds what is not of a capture, and may tell anything: " +
                          basics::OneLine(basics::Joined(others)) + "; move that elsewhere");
     }
 }

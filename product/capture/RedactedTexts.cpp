@@ -39,8 +39,8 @@ bool IsScenarioFileName(std::string_view name) {
         return false;
     }
     const std::vector<std::string_view> words = basics::Words(name.substr(0, dot), "_");
-    return !words.empty() && (words[0] == "v" || words[0] == "ctrlinfo" || words[0] == "ldpdinfo" ||
-                              words[0] == "pdinfo") &&
+    return !words.empty() &&
+           (words[0] == "v" || words[0] == "ctrlinfo" || words[0] == "ldpdinfo" || words[0] == "pdinfo") &&
            std::all_of(words.begin() + 1, words.end(), IsArgument);
 }
 

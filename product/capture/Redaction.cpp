@@ -133,8 +133,9 @@ std::optional<Redaction::SecretLine> Redaction::FindSecret(std::string_view line
 }
 
 void Redaction::ForEachItem(Kind kind, std::string_view value, const SeeItem& see) {
-    for (const std::string_view listed : basics::Words(value, kind == Kind::Ip ? ",;/" : ",;")) {
-        const std::string_view item = Core(listed);
+    for (const std::string_view listed : basics::Words(value, ",;")) {
+        // "10.1.2.3/24"
+        const std::string_view item = Core(kind == Kind::Ip ? listed.substr(0, listed.find('/')) : listed);
         const std::vector<std::string_view> words = basics::Words(item, " \t");
         if (words.size() < 2 || !IsOfOneWord(kind) || AreGroupsOfOne(words)) {
             if (!StandsForNothing(item)) {
@@ -171,7 +172,9 @@ void Redaction::CollectPhrase(Kind kind, std::string_view phrase) {
         (void)m_Values.Add(kind, basics::Joined(words, ""), whole);
         return;
     }
-    const auto isValue = [](std::string_view word) { return HasDigit(word) && !StandsForNothing(Core(word)); };
+    const auto isValue = [](std::string_view word) {
+        return HasDigit(word) && !StandsForNothing(Core(word));
+    };
     const bool isOne = std::count_if(words.begin(), words.end(), isValue) == 1;
     for (const std::string_view word : words) {
         if (isValue(word)) {
@@ -210,8 +213,11 @@ void Redaction::Collect(std::string_view text) {
         const bool isAboutVersions =
             isSectionAboutVersions ||
             (std::count(line.begin(), line.end(), '.') >= 3 && SpeaksOfVersions(line));
-        FindShapes(line, isAboutVersions,
-                   [this](Kind kind, std::string_view part) { (void)m_Values.Add(kind, part); });
+        FindShapes(line, isAboutVersions, [this](Kind kind, std::string_view part) {
+            if (!StandsForNothing(part)) {
+                (void)m_Values.Add(kind, part);
+            }
+        });
     });
 }
 

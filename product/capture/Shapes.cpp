@@ -40,21 +40,20 @@ std::size_t CountOf(std::string_view text, char character) {
 
 /// Whether the text is groups of hexadecimal digits of these sizes.
 bool AreGroups(std::string_view text, char between, std::initializer_list<std::size_t> sizes) {
+    bool isFirst = true;
     for (const std::size_t size : sizes) {
+        if (!isFirst && (text.empty() || text.front() != between)) {
+            return false;
+        }
+        text.remove_prefix(isFirst ? 0 : 1);
         const std::string_view group = text.substr(0, size);
         if (group.size() != size || !std::all_of(group.begin(), group.end(), IsHexadecimal)) {
             return false;
         }
         text.remove_prefix(size);
-        if (text.empty()) {
-            return &size == sizes.end() - 1;
-        }
-        if (text.front() != between) {
-            return false;
-        }
-        text.remove_prefix(1);
+        isFirst = false;
     }
-    return false;
+    return text.empty();
 }
 
 bool IsMac(std::string_view token) {
@@ -142,7 +141,8 @@ void FindShapes(std::string_view line, bool isAboutVersions, const SeeShape& see
         if (CanHaveShape(token)) {
             Judge(token, isAboutVersions, see);
             // "MAC:00:1b:44:11:3a:b7" begins with a key.
-            if (const std::size_t colon = token.find(':'); colon != token.npos && !IsHexadecimal(token.front())) {
+            if (const std::size_t colon = token.find(':');
+                colon != token.npos && !IsHexadecimal(token.front())) {
                 Judge(token.substr(colon + 1), isAboutVersions, see);
             }
         }
@@ -153,16 +153,15 @@ void FindShapes(std::string_view line, bool isAboutVersions, const SeeShape& see
 bool SpeaksOfVersions(std::string_view line) {
     const std::string lower = basics::InLowerCase(line);
     for (const std::string_view part :
-         {"version", "firmware", "bios", "uefi", "driver", "package", "build", "revision", "release", "nvdata",
-          "boot", "loader", "microcode", "software", "patch"}) {
+         {"version", "firmware", "bios", "uefi", "driver", "package", "build", "revision", "release",
+          "nvdata", "boot", "loader", "microcode", "software", "patch"}) {
         if (lower.find(part) != lower.npos) {
             return true;
         }
     }
     const std::vector<std::string_view> words = basics::Words(lower, " \t:/.()#-");
-    return std::any_of(words.begin(), words.end(), [](std::string_view word) {
-        return word == "fw" || word == "rev" || word == "ver";
-    });
+    return std::any_of(words.begin(), words.end(),
+                       [](std::string_view word) { return word == "fw" || word == "rev" || word == "ver"; });
 }
 
 bool IsLongHexadecimal(std::string_view text) {

@@ -19,8 +19,9 @@ using SeeShape = std::function<void(Kind kind, std::string_view part)>;
 ///     IPv6 addresses         fe80::21b:44ff:fe11:3ab7
 ///     IPv4 addresses         192.168.7.21
 ///
-/// Versions have four numbers, too. So what could be an IPv4 address is none where `isAboutVersions`, where its
-/// first number is below 10, where a number has zeros before it, and next to a letter, a dash or another dot.
+/// Versions have four numbers, too. So what could be an IPv4 address is none where `isAboutVersions`, where
+/// its first number is below 10, where a number has zeros before it, and next to a letter, a dash or another
+/// dot.
 void FindShapes(std::string_view line, bool isAboutVersions, const SeeShape& see);
 
 /// Whether the line, or the title above it, speaks of versions: "Firmware Version : 10.2.0.1".

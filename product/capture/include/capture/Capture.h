@@ -22,7 +22,7 @@ struct CaptureRequest {
 
 /// What came of it.
 struct Captured {
-    std::string told;                                 ///< what was recorded, in lines for people
+    std::string told;                             ///< what was recorded, in lines for people
     std::optional<basics::Failure> failure = {};  ///< of a method; what was recorded is there all the same
 };
 

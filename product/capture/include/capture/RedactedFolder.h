@@ -19,8 +19,8 @@ struct RedactRequest {
 /// whole. While that goes on the folder is marked as incomplete. Where it is broken off, the marked folder
 /// holds either all files as they were, or all that is needed to go on: the next call does.
 ///
-/// Throws basics::Failure(Surroundings) where the folder is no scenario, is an incomplete capture, holds files
-/// that are not of a scenario (nobody knows what they tell), or cannot be read or written.
+/// Throws basics::Failure(Surroundings) where the folder is no scenario, is an incomplete capture, holds
+/// files that are not of a scenario (nobody knows what they tell), or cannot be read or written.
 [[nodiscard]] std::string RedactFolder(const RedactRequest& request);
 
 }  // namespace capture
