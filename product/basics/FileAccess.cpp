@@ -68,19 +68,13 @@ mode_t ForAnotherGroup(mode_t mode) {
 
 int HandOn(int replaced, int file) {
     struct stat before {};
-    struct stat now {};
     if (::fstat(replaced, &before) != 0) {
         return errno;
     }
-    if (::fchown(file, before.st_uid, before.st_gid) != 0) {
-        // The group alone may be given to one that the caller belongs to; else it stays as it is.
-        (void)!::fchown(file, static_cast<uid_t>(-1), before.st_gid);
-    }
-    if (::fstat(file, &now) != 0) {
-        return errno;
-    }
-    const bool isGroupKept = now.st_gid == before.st_gid;
-    const bool isAllKept = isGroupKept && now.st_uid == before.st_uid;
+    // The group alone may be given to one that the caller belongs to. Whether that went well is what counts:
+    // in a user namespace all groups of others look alike.
+    const bool isAllKept = ::fchown(file, before.st_uid, before.st_gid) == 0;
+    const bool isGroupKept = isAllKept || ::fchown(file, static_cast<uid_t>(-1), before.st_gid) == 0;
     mode_t mode = before.st_mode & (isAllKept ? kAll : kAccess);
     const std::string name = NameOf(replaced);
     if (!HasSameList(name, file, isGroupKept)) {

@@ -49,6 +49,7 @@ Examples:
   mngsrvraid diff old.xml raid.xml             what has changed
   mngsrvraid capture ./my-server --redact      record this server for support
   mngsrvraid --scenario ./my-server show       show what was recorded
+  mngsrvraid redact ./my-server                for a capture that was made without --redact
   mngsrvraid --scenario small get-pd-info 0 252 0
   mngsrvraid --scenario small --trace-file trace.txt get-info)";
 
@@ -109,8 +110,9 @@ class Parser final {
                   "End the tool when it takes longer, with all that it started;\n0: never. By default 50 for "
                   "health, 300 for the others");
         AddOption("--app-key", m_Options.appKey, "KEY", "Application key of the caller");
-        AddOption("--output", m_Options.output, "FILE",
-                  "Store what is printed in this file; - is standard output");
+        AddOption(
+            "--output", m_Options.output, "FILE",
+            "Store what is printed in this file, which keeps its mode and owner;\n- is standard output");
         AddOption("--host", m_Host, "NAME",
                   "What the server is called in what is printed; by default as\nthis machine, but for "
                   "scenarios and saved documents");
@@ -240,11 +242,10 @@ class Parser final {
     }
 
     void AddRedact() {
-        CLI::App* const redact =
-            AddSubcommand("redact",
-                          "DIR: the same for a capture that was made without --redact\n"
-                          "  --redact-word WORD  as for capture",
-                          Options::Action::Redact);
+        CLI::App* const redact = AddSubcommand("redact",
+                                               "DIR: the same for a capture that was made without --redact\n"
+                                               "  --redact-word WORD  as for capture",
+                                               Options::Action::Redact);
         redact->add_option("DIR", m_Options.folder);
         AddRedactWord(redact);
     }
@@ -479,8 +480,8 @@ class Parser final {
 
     // What is asked in this server's place is another one.
     void ChooseHost() {
-        const bool isThisServer = !m_Options.scenario && !m_Options.document &&
-                                  m_Options.action != Options::Action::Redact;
+        const bool isThisServer =
+            !m_Options.scenario && !m_Options.document && m_Options.action != Options::Action::Redact;
         m_Options.host = m_Host.value_or(isThisServer ? basics::HostName() : "");
     }
 
