@@ -123,6 +123,19 @@ TEST(Show, MetricsCountEveryRunThatFailed) {
     EXPECT_THAT(ended.out, HasSubstr("\nraid_tool_failed_runs 3\n"));
 }
 
+TEST(Show, MetricsTellHowLongTheToolTook) {
+    const TempFolder folder;
+    fs::copy(fs::path(COMMAND_TEST_SCENARIOS) / "small", folder.Path() / "server", fs::copy_options::recursive);
+    folder.Write("server/v.do", "sleep 0.5\n");
+    folder.Write("server/ctrlinfo_aAll.do", "fail-first 1\n");  // The module pauses for a second.
+    const Ended ended =
+        RunCommand({"--scenario", folder / "server", "show", "--format", "prometheus"});
+    const std::string name = "\nraid_tool_duration_seconds ";
+    const std::size_t at = ended.out.find(name);
+    ASSERT_NE(at, std::string::npos) << ended.out;
+    EXPECT_GE(std::stod(ended.out.substr(at + name.size())), 1.5);
+}
+
 TEST(Health, IsAWarningWhileADriveIsRebuilt) {
     const Saved saved(Replaced(XmlOf("small"), "Value=\"NO ERROR\"", "Value=\"REBUILD\""));
     const Ended ended = RunCommand({"health", "--document", saved.Path()});
@@ -147,14 +160,16 @@ TEST(Health, IsUnknownWithoutTheModule) {
 }
 
 TEST(Health, IsUnknownWhenItIsInterrupted) {
-    const InstallRoot root;
-    const Command command{.words = {"--install-dir", root.Path(), "--scenario", "faults/slow", "health"}};
+    const TemporaryDirectory temporary;
+    const Command command{.words = {"--scenario", "faults/slow", "health"},
+                          .environment = temporary.Environment()};
     const auto running = command.Start();
-    ASSERT_TRUE(ComesTrue([&] { return !root.ResultFiles().empty(); }));
+    ASSERT_TRUE(ComesTrue([&] { return !temporary.ResultFiles().empty(); }));
     ::kill(running->Process(), SIGTERM);
     const Ended ended = running->Wait();
     EXPECT_EQ(ended.ExitStatus(), 3);
     EXPECT_EQ(ended.out, "RAID UNKNOWN - interrupted\n");
+    EXPECT_TRUE(temporary.Names().empty());
 }
 
 TEST(Health, IsNotMeantByAnArgumentOfThatName) {

@@ -250,7 +250,7 @@ TEST_F(OrdinaryUser, NeedsNoRights) {
     const Ended ended = command.Run();
     EXPECT_EQ(ended.err, "");
     EXPECT_EQ(ended.out, RunCommand({"--scenario", "small", "get-info"}).out);
-    EXPECT_TRUE(root.ResultFiles().empty());
+    EXPECT_TRUE(root.IsUntouched());
     EXPECT_EQ(Shell("ls -laR --time-style=full-iso /opt"), before);
 }
 
