@@ -1,11 +1,11 @@
 #include "Redaction.h"
 
 #include "KeyLines.h"
+#include "basics/Identifiers.h"
 #include "basics/Words.h"
 
 #include <algorithm>
 #include <optional>
-#include <set>
 
 namespace capture {
 namespace {
@@ -47,19 +47,9 @@ std::string_view Core(std::string_view text) {
     return text;
 }
 
-// "N/A", "Unknown", 0000000000000000, FFFFFFFFFFFFFFFF: shared by all that have none.
+// Shared by all that have no such number, or too short to be one.
 bool IsPlaceholder(const std::string& value) {
-    static const std::set<std::string> kWords = {
-        "none",        "null",         "unknown",       "not available", "not supported", "unavailable",
-        "unsupported", "not present",  "not installed", "unspecified",   "absent",        "default string",
-        "n/a",         "not reported", "empty",         "invalid"};
-    std::string_view digits = value;
-    if (digits.starts_with("0x")) {
-        digits.remove_prefix(2);
-    }
-    const bool isOneCharacter =
-        std::all_of(digits.begin(), digits.end(), [&](char each) { return each == digits.front(); });
-    return value.size() < kShortest || isOneCharacter || kWords.count(value) > 0;
+    return value.size() < kShortest || basics::StandsForNothing(value);
 }
 
 std::size_t AlphanumericLength(std::string_view text) {

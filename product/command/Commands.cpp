@@ -154,17 +154,6 @@ int TellHealth(const Options& options, const basics::DocumentTarget& target, con
     return inventory::PlugInStatusOf(health.level);
 }
 
-int ShowChanges(const Options& options, const basics::DocumentTarget& target) {
-    const inventory::Document before = ReadDocument(ReadFile(options.before), options.before);
-    const inventory::Document after = ReadDocument(ReadFile(options.after), options.after);
-    std::vector<inventory::Change> changes = inventory::ChangesBetween(before, after);
-    if (!options.hasAll) {
-        std::erase_if(changes, inventory::IsOnlyMovement);
-    }
-    target.Store(views::Differences(changes));
-    return changes.empty() ? 0 : 1;
-}
-
 }  // namespace
 
 int RunCommand(const Options& options, const basics::DocumentTarget& target, const Criteria& criteria) {
@@ -174,8 +163,6 @@ int RunCommand(const Options& options, const basics::DocumentTarget& target, con
         case Options::Action::Expect:
             SaveExpectations(TakeSnapshot(options, criteria), options, criteria, target);
             return 0;
-        case Options::Action::Diff:
-            return ShowChanges(options, target);
         case Options::Action::Show:
             Store(Show(options, criteria), target);
             return 0;

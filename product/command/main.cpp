@@ -1,6 +1,7 @@
 // The command mngsrvraid: hosts the RAID provider module in a process of its own.
 
 #include "Commands.h"
+#include "Diff.h"
 #include "ExitStatus.h"
 #include "Judging.h"
 #include "Options.h"
@@ -96,19 +97,20 @@ void WarnOfOddParameters(const Options& options) {
 
 /// Whether the subcommand runs the tool, here or in a scenario.
 bool AsksTheServer(const Options& options) {
-    return options.action != Options::Action::Diff && !options.document;
+    return !options.document;
 }
 
 // In the worker: the folder for records of a capture.
 std::string StartWorker(const Options& options) {
     const bool isCapture = options.action == Options::Action::Capture;
+    const bool isDiff = options.action == Options::Action::Diff;
     return supervision::Supervise(
         {.resultDirectory = calls::ResultDirectory(),
          .drawsProgress = ShowsProgress(options),
          .program = "mngsrvraid",
          .remains = isCapture ? "; the capture in " + basics::OneLine(options.folder) + " is incomplete" : "",
          .timeLimit = options.timeLimit,
-         .overtimeStatus = static_cast<int>(ExitStatus::MethodFailed),
+         .overtimeStatus = static_cast<int>(isDiff ? ExitStatus::Surroundings : ExitStatus::MethodFailed),
          .tellEnd = options.action == Options::Action::Health ? TellUnknownHealth : nullptr,
          .privateFolder = isCapture ? "mngsrvraid.records" : nullptr});
 }
@@ -119,11 +121,25 @@ std::string RunCapture(capture::Capture& capture, const Options& options) {
     return capture.Run(progress.get());
 }
 
+/// To be opened before the view of the file system changes.
+basics::DocumentTarget TargetOf(const Options& options) {
+    return options.output ? basics::DocumentTarget(*options.output)
+                          : basics::DocumentTarget::StandardOutput();
+}
+
+int AnswerDiff(const Options& options) {
+    const basics::DocumentTarget target = TargetOf(options);
+    Diff diff(options, Simulation());
+    if (diff.RunsTool()) {
+        (void)StartWorker(options);
+    }
+    StartTrace(options);
+    return diff.Run(target);
+}
+
 int Answer(const Options& options) {
     const std::string records = AsksTheServer(options) ? StartWorker(options) : "";
-    // Before the view of the file system changes.
-    const basics::DocumentTarget target =
-        options.output ? basics::DocumentTarget(*options.output) : basics::DocumentTarget::StandardOutput();
+    const basics::DocumentTarget target = TargetOf(options);
     const inventory::Criteria criteria = CriteriaFor(options);
     StartTrace(options);
     const bool isMadeUp = options.scenario && AsksTheServer(options);
@@ -169,6 +185,8 @@ int Run(const Options& options) {
         case Options::Action::Version:
             basics::DocumentTarget::StandardOutput().Store(VersionText());
             return 0;
+        case Options::Action::Diff:
+            return AnswerDiff(options);
         default:
             return Answer(options);
     }

@@ -11,11 +11,13 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <string>
 #include <system_error>
 #include <utility>
+#include <vector>
 
 namespace sandbox {
 namespace {
@@ -34,6 +36,9 @@ constexpr const char* kRemedy =
 
 // Only where UseScenario would otherwise change the real tool's directory.
 bool g_hasScenario = false;
+
+/// Scenarios for later, opened before the tool's directory was covered.
+std::vector<std::pair<fs::path, basics::Descriptor>> g_others;
 
 [[noreturn]] void FailKernel(const std::string& what, int error) {
     const bool isRefusal =
@@ -220,12 +225,17 @@ void WithPlainErrors(Work work) {
 
 }  // namespace
 
-void EnterSandbox(const fs::path& simulatorFile, const fs::path& scenarioDir) {
+void EnterSandbox(const fs::path& simulatorFile, const fs::path& scenarioDir,
+                  const std::vector<fs::path>& others) {
     WithPlainErrors([&] {
         EnterNamespace();
         // Only now: the kernel binds nothing that was opened outside.
         const basics::Descriptor simulator = OpenPlace("the simulator cannot be opened:", simulatorFile, 0);
         const basics::Descriptor scenario = OpenScenario(scenarioDir);
+        g_others.clear();
+        for (const fs::path& other : others) {
+            g_others.emplace_back(other, OpenScenario(other));
+        }
         CoverToolDirectory();
         for (const char* const name : {"cli", "scenario", "state", "lib"}) {
             fs::create_directory(kToolDirectory / name);
@@ -249,7 +259,10 @@ void UseScenario(const fs::path& scenarioDir) {
         throw SandboxError("there is no scenario to take the place of: EnterSandbox has not been called");
     }
     WithPlainErrors([&] {
-        const basics::Descriptor scenario = OpenScenario(scenarioDir);
+        const auto known = std::find_if(g_others.begin(), g_others.end(),
+                                        [&](const auto& other) { return other.first == scenarioDir; });
+        const basics::Descriptor scenario =
+            OpenScenario(known == g_others.end() ? scenarioDir : PathOf(known->second));
         if (::umount2(kScenario.c_str(), MNT_DETACH) != 0) {
             FailKernel("umount of " + kScenario.string(), errno);
         }

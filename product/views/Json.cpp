@@ -1,10 +1,9 @@
+#include "JsonValue.h"
 #include "basics/Time.h"
 #include "basics/Words.h"
 #include "inventory/Measure.h"
 #include "inventory/Smart.h"
 #include "views/Views.h"
-
-#include <nlohmann/json.hpp>
 
 #include <cmath>
 
@@ -12,15 +11,8 @@ namespace views {
 namespace {
 
 using inventory::NameOf;
-using Value = nlohmann::ordered_json;
 
 constexpr int kSchemaVersion = 2;
-constexpr int kIndentation = 2;
-
-// What was not told is null, so that nobody takes it for an empty text.
-Value Told(const std::string& text) {
-    return text.empty() ? Value(nullptr) : Value(text);
-}
 
 /// Null for what is no whole number.
 Value Count(const std::string& text) {
@@ -45,16 +37,6 @@ Value Number(const std::optional<double>& number) {
 
 Value Number(const std::optional<inventory::Measure>& measure) {
     return Number(measure ? std::optional(measure->number) : std::nullopt);
-}
-
-/// An array with what `make` makes of each.
-template <typename Parts, typename Make>
-Value Each(const Parts& parts, Make make) {
-    Value array = Value::array();
-    for (const auto& part : parts) {
-        array.push_back(make(part));
-    }
-    return array;
 }
 
 Value FromFinding(const inventory::Finding& finding) {
@@ -244,8 +226,7 @@ std::string Json(const inventory::Snapshot& snapshot, bool isCompact) {
     value["controllers"] = Each(snapshot.TheServer().controllers, FromController);
     value["items"] = isCompact ? Value() : Each(snapshot.Main().Roots(), FromItem);
     value["drive_documents"] = isCompact ? Value() : Each(snapshot.Answers(), FromAnswer);
-    // Bytes that are no UTF-8 become U+FFFD; they may come with what was asked for, too.
-    return value.dump(kIndentation, ' ', false, Value::error_handler_t::replace) + '\n';
+    return TextOf(value);
 }
 
 }  // namespace views

@@ -39,7 +39,9 @@ _mngsrvraid() {
     COMPREPLY=()
     case $previous in
         --format)
-            mapfile -t COMPREPLY < <(compgen -W "xml tree table json html prometheus" -- "$word")
+            local formats="xml tree table json html prometheus"
+            [[ $subcommand == diff ]] && formats="table json"
+            mapfile -t COMPREPLY < <(compgen -W "$formats" -- "$word")
             return
             ;;
         --trace)
@@ -75,7 +77,8 @@ _mngsrvraid() {
     elif [[ $subcommand == capture ]]; then
         mapfile -t COMPREPLY < <(compgen -d -- "$word")
     elif [[ $subcommand == diff ]]; then
-        mapfile -t COMPREPLY < <(compgen -f -- "$word")
+        mapfile -t COMPREPLY < <(compgen -f -- "$word"
+            compgen -W "$scenarios" -- "$word")
     fi
 }
 

@@ -48,7 +48,7 @@ complete -c mngsrvraid -l app-key -x -d 'Application key of the caller'
 complete -c mngsrvraid -l host -x -d 'What the server is called'
 complete -c mngsrvraid -l compact -d 'JSON without the items of the documents'
 complete -c mngsrvraid -l output -r -F -d 'Store what is printed in this file'
-complete -c mngsrvraid -l format -x -a 'xml tree table json html prometheus' -d 'Format of what is printed'
+complete -c mngsrvraid -n 'not __mngsrvraid_is diff' -l format -x -a 'xml tree table json html prometheus' -d 'Format of what is printed'
 
 complete -c mngsrvraid -n '__mngsrvraid_is ""' -a show -d 'What needs attention, then everything, in tables'
 complete -c mngsrvraid -n '__mngsrvraid_is ""' -a smart -d 'One drive with its SMART data'
@@ -57,7 +57,7 @@ complete -c mngsrvraid -n '__mngsrvraid_is ""' -a expect -d 'Save what this serv
 complete -c mngsrvraid -n '__mngsrvraid_is ""' -a get-info -d 'The RAID document of the server'
 complete -c mngsrvraid -n '__mngsrvraid_is ""' -a get-pd-info -d 'The document of one drive'
 complete -c mngsrvraid -n '__mngsrvraid_is ""' -a capture -d 'Record what the tool answers as a scenario'
-complete -c mngsrvraid -n '__mngsrvraid_is ""' -a diff -d 'What changed between two saved documents'
+complete -c mngsrvraid -n '__mngsrvraid_is ""' -a diff -d 'What changed between two documents or captures'
 
 complete -c mngsrvraid -n '__mngsrvraid_is show health expect' -l document -r -F -d 'A saved document instead of the server'
 complete -c mngsrvraid -n '__mngsrvraid_is show health' -l expect -r -F -d 'What is not as it was saved'
@@ -73,4 +73,5 @@ complete -c mngsrvraid -n '__mngsrvraid_is health' -l verbose -d 'Name each find
 complete -c mngsrvraid -n '__mngsrvraid_is capture' -l redact -d 'Without serial numbers'
 complete -c mngsrvraid -n '__mngsrvraid_is capture' -x -a '(__fish_complete_directories)'
 complete -c mngsrvraid -n '__mngsrvraid_is diff' -l all -d 'With what always moves'
-complete -c mngsrvraid -n '__mngsrvraid_is diff' -F
+complete -c mngsrvraid -n '__mngsrvraid_is diff' -l format -x -a 'table json' -d 'Format of what is printed'
+complete -c mngsrvraid -n '__mngsrvraid_is diff' -F -a "$scenarios"

@@ -1,5 +1,6 @@
-// What people and monitoring systems ask for: show, smart, health, diff, and the formats.
+// What people and monitoring systems ask for: show, smart, health, and the formats.
 
+#include "SavedDocument.h"
 #include "basics/Text.h"
 #include "test_support/Command.h"
 #include "test_support/Waiting.h"
@@ -28,26 +29,6 @@ namespace fs = std::filesystem;
 using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
-
-std::string XmlOf(const std::string& scenario) {
-    return RunCommand({"--scenario", scenario, "get-info"}).out;
-}
-
-/// A saved document.
-class Saved final {
-  public:
-    explicit Saved(const std::string& xml) { WriteFile(Path(), xml); }
-    [[nodiscard]] std::string Path() const { return m_Folder / "saved.xml"; }
-
-  private:
-    TempFolder m_Folder;
-};
-
-std::string Replaced(std::string text, const std::string& old, const std::string& now) {
-    const std::size_t at = text.find(old);
-    EXPECT_NE(at, std::string::npos);
-    return text.replace(at, old.size(), now);
-}
 
 struct HealthCase {
     const char* scenario;
@@ -318,21 +299,6 @@ TEST(Format, OfATreeIsEveryItemIndented) {
     EXPECT_EQ(std::to_string(CountLines(tree)), testsupport::EvaluateXPath(XmlOf("small"), "count(//Item)"));
 }
 
-TEST(Diff, SaysWhatChangedAndWhetherAnythingDid) {
-    const std::string xml = XmlOf("small");
-    const Saved before(xml);
-    const Saved after(Replaced(xml, "Value=\"31 C\"", "Value=\"45 C\""));
-    const Ended same = RunCommand({"diff", before.Path(), before.Path()});
-    EXPECT_EQ(same.ExitStatus(), 0);
-    EXPECT_EQ(same.out, "no difference\n");
-    const Ended changed = RunCommand({"diff", "--all", before.Path(), after.Path()});
-    EXPECT_EQ(changed.ExitStatus(), 1);
-    EXPECT_EQ(changed.out,
-              "changed   controller 0, the drive in enclosure 252 slot 0: General Information / Temperature: "
-              "\"31 C\" -> "
-              "\"45 C\"\n0 appeared, 0 vanished, 1 changed\n");
-}
-
 TEST(Show, RefusesWhatIsNoDocumentInEveryFormat) {
     const Saved page("<html/>");
     for (const char* const format : {"xml", "table", "json"}) {
@@ -343,36 +309,10 @@ TEST(Show, RefusesWhatIsNoDocumentInEveryFormat) {
     }
 }
 
-TEST(Diff, LeavesOutWhatAlwaysMovesUnlessAsked) {
-    const Saved before(
-        "<RAID version=\"1\"><Item Name=\"Controller Information\" Valid=\"TRUE\">"
-        "<Item Name=\"Voltage\" Value=\"4053 mV\" Valid=\"TRUE\"/></Item></RAID>");
-    const Saved after(
-        "<RAID version=\"1\"><Item Name=\"Controller Information\" Valid=\"TRUE\">"
-        "<Item Name=\"Voltage\" Value=\"4050 mV\" Valid=\"TRUE\"/></Item></RAID>");
-    const Ended ended = RunCommand({"diff", before.Path(), after.Path()});
-    EXPECT_EQ(ended.ExitStatus(), 0);
-    EXPECT_EQ(ended.out, "no difference\n");
-    const Ended all = RunCommand({"diff", "--all", before.Path(), after.Path()});
-    EXPECT_EQ(all.ExitStatus(), 1);
-    EXPECT_THAT(all.out, HasSubstr("Voltage: \"4053 mV\" -> \"4050 mV\""));
-}
-
-TEST(Diff, FailsOnWhatIsNoDocument) {
-    const Saved before("<RAID version=\"1\"/>");
-    const Saved broken("<RAID version=\"1\">");
-    EXPECT_EQ(RunCommand({"diff", before.Path(), broken.Path()}).ExitStatus(), 4);
-    EXPECT_THAT(RunCommand({"diff", before.Path(), broken.Path()}).err,
-                HasSubstr(" is no RAID document: it is no XML"));
-    EXPECT_THAT(RunCommand({"diff", before.Path(), "/nowhere"}).err,
-                HasSubstr("/nowhere cannot be read: No such file or directory"));
-}
-
 TEST(WrongUse, OfWhatDoesNotGoTogether) {
     const std::vector<std::pair<std::vector<std::string>, std::string>> cases = {
         {{"show", "--format", "yaml"},
          "--format takes xml, tree, table, json, html or prometheus, not \"yaml\""},
-        {{"diff", "--format", "json", "a", "b"}, "--format does not go with diff"},
         {{"--scenario", "small", "show", "--document", "a"},
          "--scenario is a server to ask, which --document leaves alone"},
         {{"show", "--smart", "--document", "a"}, "--smart asks the server, which --document leaves alone"},
@@ -380,7 +320,6 @@ TEST(WrongUse, OfWhatDoesNotGoTogether) {
          "--smart has no xml: the document of a server holds none; get-pd-info has it drive by drive"},
         {{"show", "--compact"}, "--compact goes with --format json alone"},
         {{"get-info", "--compact"}, "--compact goes with --format json alone"},
-        {{"diff", "a"}, "diff needs two saved documents: OLD NEW"},
         {{"capture"}, "capture needs a folder to make: DIR"},
         {{"smart", "0"}, "smart needs a drive: CTRL ENCL PD, or CTRL ENCL:PD"},
         {{"get-info", "--document", "a"}, "unknown option \"--document\""},

@@ -223,17 +223,5 @@ TEST(MonitoringLineTest, AReportCannotBeginTheFigures) {
     EXPECT_EQ(Lines(line).size(), 1U);
 }
 
-TEST(DifferencesTest, AreOneALine) {
-    using Kind = inventory::Change::Kind;
-    EXPECT_EQ(Differences({{Kind::Appeared, "controller 0, RG1", "", "", ""},
-                           {Kind::Vanished, "controller 0", "General Information / Rate", "30 %", ""},
-                           {Kind::Changed, "controller 0", "a\tb", "", "x"}}),
-              "appeared  controller 0, RG1\n"
-              "vanished  controller 0: General Information / Rate: \"30 %\"\n"
-              "changed   controller 0: a b: \"\" -> \"x\"\n"
-              "1 appeared, 1 vanished, 1 changed\n");
-    EXPECT_EQ(Differences({}), "no difference\n");
-}
-
 }  // namespace
 }  // namespace views::test
