@@ -63,6 +63,7 @@ std::string InFormat(std::string xml, const std::string& source, const inventory
         isDrive ? std::to_string(CStringUtil::TStringToNumber(options.parameters.front().text)) : "";
     Snapshot snapshot(ReadDocument(xml, source), controller, {}, criteria);
     snapshot.runs = runs;
+    snapshot.host = options.host;
     if (options.document) {
         snapshot.takenAt.reset();
     }
@@ -121,6 +122,7 @@ Shown AskWithSmart(const Options& options, const Criteria& criteria) {
         AskForDrives(inquiry, calls::DrivePlaces(inventory::Survey(document)), answers);
     Snapshot snapshot(std::move(document), "", std::move(answers), criteria);
     snapshot.runs = inquiry->Runs();
+    snapshot.host = options.host;
     return {Present(snapshot, options), failure};
 }
 

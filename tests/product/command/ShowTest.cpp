@@ -13,6 +13,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <csignal>
 #include <filesystem>
@@ -230,6 +231,23 @@ TEST(Show, StoresWhatItShows) {
     EXPECT_EQ(ReadFile(folder / "shown.txt"), RunCommand({"--scenario", "small", "show"}).out);
 }
 
+TEST(Show, TellsWhichServerItIs) {
+    const auto in = [](const std::vector<std::string>& words) {
+        std::vector<std::string> all = {"--scenario", "small", "--host", "storage7"};
+        all.insert(all.end(), words.begin(), words.end());
+        return RunCommand(all).out;
+    };
+    EXPECT_THAT(in({"show"}), StartsWith("OK on storage7: 1 controller, "));
+    EXPECT_THAT(in({"show", "--smart"}), StartsWith("OK on storage7: 1 controller, "));
+    EXPECT_THAT(in({"smart", "0", "252:1"}), StartsWith("OK on storage7: PD1 in "));
+    EXPECT_THAT(in({"get-info", "--format", "html"}), HasSubstr("<h1>RAID report of storage7</h1>"));
+    EXPECT_THAT(in({"show", "--format", "json"}), HasSubstr("\n  \"host\": \"storage7\",\n"));
+    for (const std::vector<std::string>& elsewhere :
+         {std::vector<std::string>{"health"}, {"show", "--format", "prometheus"}, {"get-info"}}) {
+        EXPECT_THAT(in(elsewhere), Not(HasSubstr("storage7"))) << elsewhere.front();
+    }
+}
+
 TEST(Smart, ShowsOneDrive) {
     const Ended ended = RunCommand({"--scenario", "large", "smart", "0", "16", "2"});
     EXPECT_EQ(ended.ExitStatus(), 0);
@@ -315,7 +333,8 @@ TEST(WrongUse, OfWhatDoesNotGoTogether) {
 }
 
 /// What a terminal of that width gets to see of `show`.
-std::string OnTerminal(std::map<std::string, std::string> environment, unsigned short columns) {
+std::string OnTerminal(std::map<std::string, std::string> environment, unsigned short columns,
+                       const char* scenario = "small") {
     const int controller = ::posix_openpt(O_RDWR | O_NOCTTY);
     EXPECT_EQ(::grantpt(controller), 0);
     EXPECT_EQ(::unlockpt(controller), 0);
@@ -324,15 +343,18 @@ std::string OnTerminal(std::map<std::string, std::string> environment, unsigned 
     const std::string name = ::ptsname(controller);
     environment.insert({"TERM", "xterm"});
     const Command command{
-        .words = {"--scenario", "small", "show"}, .environment = std::move(environment), .inChild = [&] {
+        .words = {"--scenario", scenario, "show"}, .environment = std::move(environment), .inChild = [&] {
             ::unsetenv("COLUMNS");
             ::dup2(::open(name.c_str(), O_RDWR | O_NOCTTY), STDOUT_FILENO);
         }};
     EXPECT_EQ(command.Run().ExitStatus(), 0);
-    std::string seen(1 << 16, '\0');
-    const ssize_t count = ::read(controller, seen.data(), seen.size());
+    std::string seen;
+    std::array<char, 4096> part{};
+    for (ssize_t count = 0; (count = ::read(controller, part.data(), part.size())) > 0;) {
+        seen.append(part.data(), static_cast<std::size_t>(count));
+    }
     ::close(controller);
-    seen.resize(static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+    seen.erase(std::remove(seen.begin(), seen.end(), '\r'), seen.end());
     return seen;
 }
 
@@ -355,8 +377,17 @@ TEST(Terminal, IsFilledAndNotOverrun) {
     const std::map<std::string, std::string> plain = {{"NO_COLOR", "1"}};
     EXPECT_LE(LongestLine(OnTerminal(plain, 60)), 60U);
     EXPECT_GT(LongestLine(OnTerminal(plain, 60)), 55U);
-    EXPECT_THAT(OnTerminal(plain, 60), Not(HasSubstr("SERIAL NUMBER")));
-    EXPECT_THAT(OnTerminal(plain, 200), HasSubstr("SERIAL NUMBER"));
+    EXPECT_THAT(OnTerminal(plain, 60), HasSubstr("MODEL,\n  SERIAL NUMBER\n")) << "not shown";
+    EXPECT_THAT(OnTerminal(plain, 60), Not(HasSubstr("7K00025200C4")));
+    EXPECT_THAT(OnTerminal(plain, 200), HasSubstr("7K00025200C4"));
+}
+
+TEST(Terminal, OfEightyColumnsShowsWhichDriveToReplace) {
+    const std::string seen = OnTerminal({{"NO_COLOR", "1"}}, 80, "large");
+    EXPECT_LE(LongestLine(seen), 80U);
+    EXPECT_THAT(seen, HasSubstr("PD13 in enclosure 16 slot 5: OFFLINE (TF800P,\n"
+                                "            serial number 7K1301605C4)\n"));
+    EXPECT_THAT(seen, HasSubstr("\n  not shown for lack of width: ")) << "the table's own column has no room";
 }
 
 }  // namespace
