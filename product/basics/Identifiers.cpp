@@ -8,10 +8,11 @@
 namespace basics {
 namespace {
 
-constexpr std::string_view kFillers[] = {"none",          "null",         "unknown",     "not available",
-                                         "not supported", "unavailable",  "unsupported", "not present",
-                                         "not installed", "unspecified",  "absent",      "default string",
-                                         "n/a",           "not reported", "empty",       "invalid"};
+constexpr std::string_view kFillers[] = {
+    "none",       "null",      "unknown",     "unavailable",    "unsupported",
+    "unassigned", "undefined", "unspecified", "absent",         "n/a",
+    "empty",      "invalid",   "default",     "default string", "system serial number"};
+constexpr std::string_view kFillerFronts[] = {"not ", "no ", "to be filled"};
 
 constexpr std::string_view kRedactedKinds[] = {"serial-", "wwn-"};
 constexpr std::size_t kFewestDigits = 4;
@@ -20,12 +21,19 @@ constexpr std::size_t kFewestDigits = 4;
 
 bool StandsForNothing(std::string_view value) {
     const std::string lower = InLowerCase(Trimmed(value));
-    std::string_view digits = lower;
-    if (digits.starts_with("0x")) {
-        digits.remove_prefix(2);
+    std::string_view rest = lower;
+    if (rest.starts_with("0x")) {
+        rest.remove_prefix(2);
     }
-    return std::all_of(digits.begin(), digits.end(), [&](char each) { return each == digits.front(); }) ||
-           std::find(std::begin(kFillers), std::end(kFillers), lower) != std::end(kFillers);
+    // "00:00:00:00" too; but "7" may be somebody's.
+    const bool isOneOfSome = rest.size() == 1 && IsAlphanumeric(rest.front()) && rest != "0";
+    const bool isOneCharacter = !isOneOfSome && std::all_of(rest.begin(), rest.end(), [rest](char each) {
+        return each == rest.front() || !IsAlphanumeric(each);
+    });
+    return isOneCharacter ||
+           std::find(std::begin(kFillers), std::end(kFillers), lower) != std::end(kFillers) ||
+           std::any_of(std::begin(kFillerFronts), std::end(kFillerFronts),
+                       [&lower](std::string_view front) { return lower.starts_with(front); });
 }
 
 bool IsRedacted(std::string_view value) {

@@ -49,6 +49,7 @@ Examples:
   mngsrvraid diff old.xml raid.xml             what has changed
   mngsrvraid capture ./my-server --redact      record this server for support
   mngsrvraid --scenario ./my-server show       show what was recorded
+  mngsrvraid redact ./my-server                for a capture that was made without --redact
   mngsrvraid diff ./my-server raid.xml         what has changed since then
   mngsrvraid --scenario small get-pd-info 0 252 0
   mngsrvraid --scenario small --trace-file trace.txt get-info)";
@@ -110,8 +111,9 @@ class Parser final {
                   "End the tool when it takes longer, with all that it started;\n0: never. By default 50 for "
                   "health, 300 for the others");
         AddOption("--app-key", m_Options.appKey, "KEY", "Application key of the caller");
-        AddOption("--output", m_Options.output, "FILE",
-                  "Store what is printed in this file; - is standard output");
+        AddOption(
+            "--output", m_Options.output, "FILE",
+            "Store what is printed in this file, which keeps its mode and owner;\n- is standard output");
         AddOption("--host", m_Host, "NAME",
                   "What the server is called in what is printed; by default as\nthis machine, but for "
                   "scenarios and saved documents");
@@ -129,6 +131,7 @@ class Parser final {
         AddDrive("get-pd-info", "CTRL ENCL PD: the document of one drive, with its SMART data",
                  Options::Action::GetPDInfo);
         AddCapture();
+        AddRedact();
         AddDiff();
     }
     Parser(const Parser&) = delete;
@@ -232,10 +235,25 @@ class Parser final {
         CLI::App* const capture =
             AddSubcommand("capture",
                           "DIR: record what the tool answers, as a scenario in this new folder\n"
-                          "  --redact         without serial numbers and world-wide names",
+                          "  --redact         without serial numbers, addresses and the like\n"
+                          "  --redact-word WORD  and without this word; more than once for more",
                           Options::Action::Capture);
         capture->add_option("DIR", m_Options.folder);
         capture->add_flag("--redact", m_Options.isRedacted);
+        AddRedactWord(capture);
+    }
+
+    void AddRedact() {
+        CLI::App* const redact = AddSubcommand("redact",
+                                               "DIR: the same for a capture that was made without --redact\n"
+                                               "  --redact-word WORD  as for capture",
+                                               Options::Action::Redact);
+        redact->add_option("DIR", m_Options.folder);
+        AddRedactWord(redact);
+    }
+
+    void AddRedactWord(CLI::App* subcommand) {
+        subcommand->add_option("--redact-word", m_Options.redactWords)->allow_extra_args(false);
     }
 
     void AddDiff() {
@@ -349,6 +367,11 @@ class Parser final {
                 break;
             case Options::Action::Capture:
                 Need(m_Options.folder, "capture needs a folder to make: DIR");
+                CheckRedactWords();
+                break;
+            case Options::Action::Redact:
+                Need(m_Options.folder, "redact needs the folder of a capture: DIR");
+                CheckRedactWords();
                 break;
             case Options::Action::Diff:
                 CheckSides();
@@ -486,7 +509,8 @@ class Parser final {
 
     // What is asked in this server's place is another one.
     void ChooseHost() {
-        const bool isThisServer = !m_Options.scenario && !m_Options.document;
+        const bool isThisServer =
+            !m_Options.scenario && !m_Options.document && m_Options.action != Options::Action::Redact;
         m_Options.host = m_Host.value_or(isThisServer ? basics::HostName() : "");
     }
 
@@ -500,6 +524,22 @@ class Parser final {
         if (m_Options.hasSmart && m_Options.format == Options::Format::Xml) {
             Reject(
                 "--smart has no xml: the document of a server holds none; get-pd-info has it drive by drive");
+        }
+    }
+
+    void CheckRedactWords() const {
+        constexpr std::size_t kShortest = 3;
+        const bool isRedacted = m_Options.isRedacted || m_Options.action == Options::Action::Redact;
+        if (!isRedacted && !m_Options.redactWords.empty()) {
+            Reject("--redact-word goes with --redact");
+        }
+        for (const std::string& word : m_Options.redactWords) {
+            const bool hasLetter = std::any_of(word.begin(), word.end(), [](char each) {
+                return basics::IsAlphanumeric(each) || static_cast<signed char>(each) < 0;
+            });
+            if (word.size() < kShortest || !hasLetter) {
+                Reject("--redact-word takes a word of three characters or more, not " + Quoted(word));
+            }
         }
     }
 

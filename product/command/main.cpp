@@ -13,6 +13,7 @@
 #include "calls/Inquiry.h"
 #include "calls/Module.h"
 #include "capture/Capture.h"
+#include "capture/RedactedFolder.h"
 #include "sandbox/Sandbox.h"
 #include "scenario/ScenarioFolder.h"
 #include "supervision/Supervisor.h"
@@ -97,7 +98,7 @@ void WarnOfOddParameters(const Options& options) {
 
 /// Whether the subcommand runs the tool, here or in a scenario.
 bool AsksTheServer(const Options& options) {
-    return !options.document;
+    return options.action != Options::Action::Redact && !options.document;
 }
 
 // In the worker: the folder for records of a capture.
@@ -115,10 +116,24 @@ std::string StartWorker(const Options& options) {
          .privateFolder = isCapture ? "mngsrvraid.records" : nullptr});
 }
 
-// What is drawn on the terminal is gone when this returns.
-std::string RunCapture(capture::Capture& capture, const Options& options) {
-    const std::unique_ptr<Progress> progress = ProgressFor(options);
-    return capture.Run(progress.get());
+capture::CaptureRequest CaptureRequestFor(const Options& options) {
+    return {.folder = options.folder,
+            .isRedacted = options.isRedacted,
+            .words = options.redactWords,
+            .scenario = options.scenario.value_or(""),
+            .host = options.host,
+            .inquiry = InquiryRequestFor(options)};
+}
+
+// What is drawn on the terminal is gone before anything is printed.
+void RunCapture(capture::Capture& capture, const Options& options, const basics::DocumentTarget& target) {
+    std::unique_ptr<Progress> progress = ProgressFor(options);
+    const capture::Captured captured = capture.Run(progress.get());
+    progress.reset();
+    target.Store(captured.told);
+    if (captured.failure) {
+        throw basics::Failure(*captured.failure);
+    }
 }
 
 /// To be opened before the view of the file system changes.
@@ -147,16 +162,18 @@ int Answer(const Options& options) {
         isMadeUp ? scenario::FindScenario(*options.scenario, Simulation() / "scenarios") : fs::path();
     std::optional<capture::Capture> capture;
     if (options.action == Options::Action::Capture) {
-        capture.emplace(capture::CaptureRequest{options.folder, options.isRedacted,
-                                                options.scenario.value_or(""), InquiryRequestFor(options)},
-                        records);
+        capture.emplace(CaptureRequestFor(options), records);
     }
     if (isMadeUp) {
         sandbox::EnterSandbox(Simulation() / "vdkcli", scenario);
     }
     WarnOfOddParameters(options);
     if (capture) {
-        target.Store(RunCapture(*capture, options));
+        RunCapture(*capture, options, target);
+        return 0;
+    }
+    if (options.action == Options::Action::Redact) {
+        target.Store(capture::RedactFolder({options.folder, options.redactWords, options.host}));
         return 0;
     }
     return RunCommand(options, target, criteria);

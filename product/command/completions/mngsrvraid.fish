@@ -6,10 +6,10 @@ function __mngsrvraid_subcommand
     set -e words[1]
     while set -q words[1]
         switch $words[1]
-            case --scenario --install-dir --timeout --trace --trace-file --app-key --output --host --format --document \
+            case --scenario --install-dir --timeout --trace --trace-file --app-key --output --host --format --document --redact-word \
                     --expect --save --accept-until --reason --max-temperature --max-media-errors --max-media-error-growth --min-spares
                 set -e words[1]
-            case show smart health expect get-info get-pd-info capture diff
+            case show smart health expect get-info get-pd-info capture redact diff
                 echo $words[1]
                 return
         end
@@ -57,6 +57,7 @@ complete -c mngsrvraid -n '__mngsrvraid_is ""' -a expect -d 'Save what this serv
 complete -c mngsrvraid -n '__mngsrvraid_is ""' -a get-info -d 'The RAID document of the server'
 complete -c mngsrvraid -n '__mngsrvraid_is ""' -a get-pd-info -d 'The document of one drive'
 complete -c mngsrvraid -n '__mngsrvraid_is ""' -a capture -d 'Record what the tool answers as a scenario'
+complete -c mngsrvraid -n '__mngsrvraid_is ""' -a redact -d 'Replace serial numbers and the like in a capture'
 complete -c mngsrvraid -n '__mngsrvraid_is ""' -a diff -d 'What changed between two documents or captures'
 
 complete -c mngsrvraid -n '__mngsrvraid_is show health expect' -l document -r -F -d 'A saved document instead of the server'
@@ -71,7 +72,8 @@ complete -c mngsrvraid -n '__mngsrvraid_is expect' -l reason -x -d 'Why it is ac
 complete -c mngsrvraid -n '__mngsrvraid_is show' -l smart -d 'With all SMART data'
 complete -c mngsrvraid -n '__mngsrvraid_is health' -l verbose -d 'Name each finding'
 complete -c mngsrvraid -n '__mngsrvraid_is capture' -l redact -d 'Without serial numbers'
-complete -c mngsrvraid -n '__mngsrvraid_is capture' -x -a '(__fish_complete_directories)'
+complete -c mngsrvraid -n '__mngsrvraid_is capture redact' -l redact-word -x -d 'And without this word'
+complete -c mngsrvraid -n '__mngsrvraid_is capture redact' -x -a '(__fish_complete_directories)'
 complete -c mngsrvraid -n '__mngsrvraid_is diff' -l all -d 'With what always moves'
 complete -c mngsrvraid -n '__mngsrvraid_is diff' -l format -x -a 'table json' -d 'Format of what is printed'
 complete -c mngsrvraid -n '__mngsrvraid_is diff' -F -a "$scenarios"

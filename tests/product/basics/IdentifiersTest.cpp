@@ -8,11 +8,13 @@ namespace basics::test {
 namespace {
 
 TEST(IdentifiersTest, FillersStandForNothing) {
-    for (const char* const value : {"", " ", "-", "---", "N/A", "n/a", "Unknown", " none ", "Not Available",
-                                    "0000000000000000", "0x0", "0xFFFFFFFF", "ffff"}) {
+    for (const char* const value :
+         {"", " ", "-", "---", "N/A", "n/a", "Unknown", " none ", "Not Available", "0000000000000000", "0x0",
+          "0xFFFFFFFF", "ffff", "00:00:00:00", "To be filled by O.E.M."}) {
         EXPECT_TRUE(StandsForNothing(value)) << value;
     }
-    for (const char* const value : {"7K00025200C4", "0x5000C500", "10", "no", "serial-0001", "Unknown2"}) {
+    for (const char* const value :
+         {"7K00025200C4", "0x5000C500", "10", "7", "no", "Nothing7", "serial-0001", "Unknown2"}) {
         EXPECT_FALSE(StandsForNothing(value)) << value;
     }
 }

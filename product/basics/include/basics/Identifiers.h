@@ -6,7 +6,7 @@ namespace basics {
 
 // Values of keys such as "Serial Number", which are to tell one piece of hardware from all others.
 
-/// Whether all that have no such number share it: "N/A", "Unknown", "-", 0000000000000000, 0xFFFFFFFF. In any
+/// Whether all that have no such number share it: "N/A", "Unknown", "-", 0000000000000000, 0xFFFFFFFF, "Not Available". In any
 /// letter case.
 [[nodiscard]] bool StandsForNothing(std::string_view value);
 
