@@ -110,7 +110,7 @@ void CheckComplaint(const ScenarioError& error) {
 
 /// What the scenario says about the command, as a text that two readings can be compared by.
 std::string Answer(const Command& command, std::string_view ownText) {
-    const Scenario scenario(Folder::Place());
+    const Scenario scenario({Folder::Place()});
     CheckInstructions(scenario.InstructionsFor(command));
     const std::optional<Scenario::Text> text = scenario.TextOf(command);
     if (!text) {
@@ -146,7 +146,7 @@ void Read(const fuzzing::Sections& sections) {
     folder.Write("server.conf", SectionOf(sections, 1));
     folder.Write("v.txt", SectionOf(sections, 2));
     folder.Write("any.do", SectionOf(sections, 5));
-    const std::string version = Scenario(Folder::Place()).Version();
+    const std::string version = Scenario({Folder::Place()}).Version();
     const auto parsed = vdksim::ParseCommand(words, vdksim::VersionTakesNoSmart(version));
     if (const auto* const rejected = std::get_if<Rejected>(&parsed)) {
         Require(std::find(words.begin(), words.end(), rejected->token) != words.end(),

@@ -24,6 +24,7 @@ namespace fs = std::filesystem;
 using basics::ErrorText;
 
 const fs::path kToolDirectory = "/opt/zorbalt/vdk";
+const fs::path kServer = kToolDirectory / "server";
 const fs::path kScenario = kToolDirectory / "scenario";
 const fs::path kState = kToolDirectory / "state";
 
@@ -111,12 +112,25 @@ basics::Descriptor OpenPlace(const std::string& what, const fs::path& path, int 
     return place;
 }
 
-basics::Descriptor OpenScenario(const fs::path& directory) {
-    return OpenPlace("the scenario cannot be opened:", directory, O_DIRECTORY);
-}
-
 fs::path PathOf(const basics::Descriptor& place) {
     return "/proc/self/fd/" + std::to_string(place.Number());
+}
+
+struct OpenedScenario {
+    basics::Descriptor folder;
+    fs::path stage;  // The name of the scenario itself where the folder is the one above it.
+};
+
+// A stage of a timeline, which is in the folder above, takes from there what it lacks.
+OpenedScenario OpenScenario(const fs::path& directory) {
+    constexpr const char* kFailure = "the scenario cannot be opened:";
+    basics::Descriptor folder = OpenPlace(kFailure, directory, O_DIRECTORY);
+    const fs::path above = PathOf(folder) / "..";
+    std::error_code ignored;  // What cannot be looked into has nothing to give.
+    if (!fs::exists(above / "timeline", ignored)) {
+        return {std::move(folder), {}};
+    }
+    return {OpenPlace(kFailure, above, O_DIRECTORY), fs::read_symlink(PathOf(folder)).filename()};
 }
 
 void MakeFile(const fs::path& path) {
@@ -193,9 +207,10 @@ unsigned long FlagsOf(const fs::path& mounted) {
     return flags;
 }
 
-void MountScenario(const basics::Descriptor& scenario) {
-    Mount(PathOf(scenario), kScenario, nullptr, MS_BIND | MS_REC);
-    Mount("none", kScenario, nullptr, MS_BIND | MS_REMOUNT | MS_RDONLY | FlagsOf(kScenario));
+void MountScenario(const OpenedScenario& scenario) {
+    Mount(PathOf(scenario.folder), kServer, nullptr, MS_BIND | MS_REC);
+    Mount("none", kServer, nullptr, MS_BIND | MS_REMOUNT | MS_RDONLY | FlagsOf(kServer));
+    fs::create_directory_symlink(kServer.filename() / scenario.stage, kScenario);
 }
 
 void MountSimulator(const basics::Descriptor& simulator) {
@@ -225,9 +240,9 @@ void EnterSandbox(const fs::path& simulatorFile, const fs::path& scenarioDir) {
         EnterNamespace();
         // Only now: the kernel binds nothing that was opened outside.
         const basics::Descriptor simulator = OpenPlace("the simulator cannot be opened:", simulatorFile, 0);
-        const basics::Descriptor scenario = OpenScenario(scenarioDir);
+        const OpenedScenario scenario = OpenScenario(scenarioDir);
         CoverToolDirectory();
-        for (const char* const name : {"cli", "scenario", "state", "lib"}) {
+        for (const char* const name : {"cli", "server", "state", "lib"}) {
             fs::create_directory(kToolDirectory / name);
         }
         MountSimulator(simulator);
@@ -249,10 +264,11 @@ void UseScenario(const fs::path& scenarioDir) {
         throw SandboxError("there is no scenario to take the place of: EnterSandbox has not been called");
     }
     WithPlainErrors([&] {
-        const basics::Descriptor scenario = OpenScenario(scenarioDir);
-        if (::umount2(kScenario.c_str(), MNT_DETACH) != 0) {
-            FailKernel("umount of " + kScenario.string(), errno);
+        const OpenedScenario scenario = OpenScenario(scenarioDir);
+        if (::umount2(kServer.c_str(), MNT_DETACH) != 0) {
+            FailKernel("umount of " + kServer.string(), errno);
         }
+        fs::remove(kScenario);
         MountScenario(scenario);
         for (const fs::directory_entry& entry : fs::directory_iterator(kState)) {
             fs::remove_all(entry.path());
