@@ -64,6 +64,7 @@ TEST(Timelines, DriveIsLostAndReplaced) {
           "media errors from 0 to 14 ",
           "CRITICAL changed: controller 0, RG1, PD3 in enclosure 252 slot 3: FAILED, failure predicted (2) ",
           "CRITICAL began: controller 0, RG1, LD1: DEGRADED, nothing is being rebuilt",
+          "controller 0, RG1, PD3 in enclosure 252 slot 3: its group names it, no drive is reported",
           "WARNING went: controller 0, RG1, PD3 in enclosure 252 slot 3 (MARLE HD2000N7, serial number "
           "WMY413072)",
           "OK came: controller 0, RG1, PD3 in enclosure 252 slot 3 (MARLE HD2000N7, serial number WMY620855)",
