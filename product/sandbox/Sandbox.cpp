@@ -11,11 +11,13 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <string>
 #include <system_error>
 #include <utility>
+#include <vector>
 
 namespace sandbox {
 namespace {
@@ -35,6 +37,9 @@ constexpr const char* kRemedy =
 
 // Only where UseScenario would otherwise change the real tool's directory.
 bool g_hasScenario = false;
+
+/// Scenarios for later, opened before the tool's directory was covered.
+std::vector<std::pair<fs::path, basics::Descriptor>> g_others;
 
 [[noreturn]] void FailKernel(const std::string& what, int error) {
     const bool isRefusal =
@@ -116,6 +121,10 @@ fs::path PathOf(const basics::Descriptor& place) {
     return "/proc/self/fd/" + std::to_string(place.Number());
 }
 
+basics::Descriptor OpenFolder(const fs::path& directory) {
+    return OpenPlace("the scenario cannot be opened:", directory, O_DIRECTORY);
+}
+
 struct OpenedScenario {
     basics::Descriptor folder;
     fs::path stage;  // The name of the scenario itself where the folder is the one above it.
@@ -123,14 +132,13 @@ struct OpenedScenario {
 
 // A stage of a timeline, which is in the folder above, takes from there what it lacks.
 OpenedScenario OpenScenario(const fs::path& directory) {
-    constexpr const char* kFailure = "the scenario cannot be opened:";
-    basics::Descriptor folder = OpenPlace(kFailure, directory, O_DIRECTORY);
+    basics::Descriptor folder = OpenFolder(directory);
     const fs::path above = PathOf(folder) / "..";
     std::error_code ignored;  // What cannot be looked into has nothing to give.
     if (!fs::exists(above / "timeline", ignored)) {
         return {std::move(folder), {}};
     }
-    return {OpenPlace(kFailure, above, O_DIRECTORY), fs::read_symlink(PathOf(folder)).filename()};
+    return {OpenFolder(above), fs::read_symlink(PathOf(folder)).filename()};
 }
 
 void MakeFile(const fs::path& path) {
@@ -235,12 +243,17 @@ void WithPlainErrors(Work work) {
 
 }  // namespace
 
-void EnterSandbox(const fs::path& simulatorFile, const fs::path& scenarioDir) {
+void EnterSandbox(const fs::path& simulatorFile, const fs::path& scenarioDir,
+                  const std::vector<fs::path>& others) {
     WithPlainErrors([&] {
         EnterNamespace();
         // Only now: the kernel binds nothing that was opened outside.
         const basics::Descriptor simulator = OpenPlace("the simulator cannot be opened:", simulatorFile, 0);
         const OpenedScenario scenario = OpenScenario(scenarioDir);
+        g_others.clear();
+        for (const fs::path& other : others) {
+            g_others.emplace_back(other, OpenFolder(other));
+        }
         CoverToolDirectory();
         for (const char* const name : {"cli", "server", "state", "lib"}) {
             fs::create_directory(kToolDirectory / name);
@@ -264,7 +277,10 @@ void UseScenario(const fs::path& scenarioDir) {
         throw SandboxError("there is no scenario to take the place of: EnterSandbox has not been called");
     }
     WithPlainErrors([&] {
-        const OpenedScenario scenario = OpenScenario(scenarioDir);
+        const auto known = std::find_if(g_others.begin(), g_others.end(),
+                                        [&](const auto& other) { return other.first == scenarioDir; });
+        const OpenedScenario scenario =
+            OpenScenario(known == g_others.end() ? scenarioDir : PathOf(known->second));
         if (::umount2(kServer.c_str(), MNT_DETACH) != 0) {
             FailKernel("umount of " + kServer.string(), errno);
         }

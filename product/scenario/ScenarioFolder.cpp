@@ -91,6 +91,10 @@ fs::path FindScenario(const std::string& name, const fs::path& shipped) {
         Fail("the scenario " + name + " cannot be read: " + basics::ErrorText(errno), shipped);
     }
     if (fs::exists(folder / kIncompleteMark, error)) {
+        if (fs::file_size(folder / kIncompleteMark, error) > 0 && !error) {
+            basics::FailSurroundings("the redaction of " + name +
+                                     " has not come to its end; repeat it: mngsrvraid redact " + name);
+        }
         Fail(name +
                  " is an incomplete capture; make another one, or, to use what is there, delete its file " +
                  kIncompleteMark,

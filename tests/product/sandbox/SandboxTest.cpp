@@ -196,6 +196,22 @@ TEST(Sandbox, ScenarioMayLieInTheCoveredDirectory) {
     EXPECT_EQ(seen, "3.9 3.9");
 }
 
+TEST(Sandbox, ScenariosForLaterMayLieInTheToolsDirectory) {
+    const std::string seen = InChild([]() -> std::string {
+        MakeOptWithoutTool();
+        const fs::path inTool = "/opt/zorbalt/vdk/mine";
+        fs::create_directories(inTool.parent_path());
+        fs::copy(kScenarios / "large", inTool, fs::copy_options::recursive);
+        EnterSandbox(kSimulator, kScenarios / "small", {inTool});
+        std::string text = ToolVersion() + (fs::exists(inTool) ? " seen" : " covered");
+        UseScenario(inTool);
+        text += " " + ToolVersion();
+        UseScenario(kScenarios / "old");
+        return text + " " + ToolVersion();
+    });
+    EXPECT_EQ(seen, "3.9 covered 4.1 3.5");
+}
+
 TEST(Sandbox, WhatIsInTheWayOfTheToolsDirectoryIsLeftOut) {
     const std::string seen = InChild([] {
         MakeOptWithoutTool();
@@ -279,7 +295,7 @@ TEST_F(OrdinaryUser, NeedsNoRights) {
     const Ended ended = command.Run();
     EXPECT_EQ(ended.err, "");
     EXPECT_EQ(ended.out, RunCommand({"--scenario", "small", "get-info"}).out);
-    EXPECT_TRUE(root.ResultFiles().empty());
+    EXPECT_TRUE(root.IsUntouched());
     EXPECT_EQ(Shell("ls -laR --time-style=full-iso /opt"), before);
 }
 

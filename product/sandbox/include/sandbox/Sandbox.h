@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <stdexcept>
+#include <vector>
 
 namespace sandbox {
 
@@ -30,7 +31,11 @@ class SandboxError final : public std::runtime_error {
 /// working directory stay what they are. Paths may be relative and may lead through symbolic links. Throws
 /// SandboxError, which may leave the process in a half-built view of its own; nothing outside it is ever
 /// changed.
-void EnterSandbox(const std::filesystem::path& simulatorFile, const std::filesystem::path& scenarioDir);
+///
+/// `others` are scenarios that are to be used later: `UseScenario` finds them by the same paths, also where
+/// the tool's directory holds them and is covered.
+void EnterSandbox(const std::filesystem::path& simulatorFile, const std::filesystem::path& scenarioDir,
+                  const std::vector<std::filesystem::path>& others = {});
 
 /// The same with an empty directory in the tool's place: the tool is not installed.
 void EnterSandboxWithoutTool();

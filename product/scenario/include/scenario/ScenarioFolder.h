@@ -6,8 +6,12 @@
 
 namespace scenario {
 
-/// The file that marks a folder whose capture has not come to its end.
+/// The file that marks a folder whose capture, or whose redaction, has not come to its end.
 inline constexpr const char* kIncompleteMark = "INCOMPLETE";
+
+/// What the file says in the latter case; in the former it is empty.
+inline constexpr const char* kUnderRedaction =
+    "The redaction of this folder has not come to its end. Repeat it: mngsrvraid redact FOLDER\n";
 
 /// The folder that `--scenario NAME` means: NAME itself, else a scenario of that name in `shipped`.
 /// A stage of a scenario with a timeline is one by itself: "watch/loses-drive/failed". Throws
