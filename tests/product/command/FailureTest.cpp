@@ -90,7 +90,7 @@ TEST(MethodFailure, StoppedToolIsAFailedRun) {
 TEST(SurroundingsFailure, FolderThatIsNoScenario) {
     const TempFolder folder;
     ExpectFailureLike(RunCommand({"--scenario", folder.Path().string(), "get-info"}), 4,
-                      "is no scenario: it has neither v.txt nor server.conf; shipped scenarios: ");
+                      "is no scenario: it has no v.txt, server.conf or timeline; shipped scenarios: ");
 }
 
 TEST(MethodFailure, ReportCannotBeUnderstood) {
@@ -247,15 +247,17 @@ TEST(Surroundings, ModuleGivesNoProvider) {
 TEST(Surroundings, ScenarioIsMissing) {
     const Ended ended = RunCommand({"--scenario", "no\nsuch", "get-info"});
     ExpectFailureLike(ended, 4, "there is no scenario no\\nsuch; shipped scenarios: awkward, empty, faults/");
-    EXPECT_THAT(ended.err, HasSubstr(", small, well\n"));
+    EXPECT_THAT(ended.err, HasSubstr(", watch/moves/by-inquiry, well\n"));
 }
 
 TEST(Surroundings, ScenarioIsMisspelt) {
-    constexpr std::pair<const char*, const char*> kNames[] = {{"lrage", "large"},
-                                                              {"Small", "small"},
-                                                              {"faults/flakey", "faults/flaky"},
-                                                              {"falts/flaky", "faults/flaky"},
-                                                              {"flaky", "faults/flaky"}};
+    constexpr std::pair<const char*, const char*> kNames[] = {
+        {"lrage", "large"},
+        {"Small", "small"},
+        {"faults/flakey", "faults/flaky"},
+        {"falts/flaky", "faults/flaky"},
+        {"flaky", "faults/flaky"},
+        {"watch/loses-drive/fialed", "watch/loses-drive/failed"}};
     for (const auto& [typed, meant] : kNames) {
         ExpectFailure(RunCommand({"--scenario", typed, "get-info"}), 4,
                       std::string("there is no scenario ") + typed + "; did you mean " + meant + "?");

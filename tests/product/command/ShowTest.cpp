@@ -96,12 +96,40 @@ constexpr std::pair<const char*, int> kRules[] = {
     {"levels/raid60-one-gone", 1},
     {"levels/raid60-two-gone", 2},
     {"levels/unused-bad", 1},
+    {"watch/flaps", 0},
+    {"watch/flaps/back", 1},
+    {"watch/flaps/gone", 2},
+    {"watch/grows-errors", 0},
+    {"watch/grows-errors/errors-4", 0},
+    {"watch/grows-errors/errors-8", 0},
+    {"watch/grows-errors/errors-12", 0},
+    {"watch/grows-errors/errors-16", 0},
+    {"watch/grows-errors/errors-20", 0},
+    {"watch/half-told", 0},
+    {"watch/half-told/lost", 3},
+    {"watch/hangs", 0},
+    {"watch/loses-drive", 0},
+    {"watch/loses-drive/well", 0},
+    {"watch/loses-drive/announced", 1},
+    {"watch/loses-drive/failed", 2},
+    {"watch/loses-drive/pulled", 2},
+    {"watch/loses-drive/rebuilding", 1},
+    {"watch/loses-drive/mended", 0},
+    {"watch/moves", 0},
+    {"watch/moves/moved", 0},
+    {"watch/moves/swapped", 0},
 };
 
 TEST(Health, OfEachRuleIsAsItsScenarioSays) {
     for (const auto& [scenario, status] : kRules) {
         EXPECT_EQ(RunCommand({"--scenario", scenario, "health"}).ExitStatus(), status) << scenario;
     }
+}
+
+TEST(Health, OfAToolThatHangsIsUnknown) {
+    const Ended ended = RunCommand({"--scenario", "watch/hangs/hung", "--timeout", "1", "health"});
+    EXPECT_EQ(ended.ExitStatus(), 3);
+    EXPECT_EQ(ended.out, "RAID UNKNOWN - vdkcli -v did not end within 1 s, and was ended\n");
 }
 
 TEST(Show, FailureBearsItsOwnNameAndItsReport) {
