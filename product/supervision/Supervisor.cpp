@@ -2,6 +2,7 @@
 
 #include "basics/Descriptor.h"
 #include "basics/Failure.h"
+#include "basics/Processes.h"
 #include "basics/Signal.h"
 #include "basics/Words.h"
 #include "supervision/Descendants.h"
@@ -155,7 +156,7 @@ class Parent final {
             m_End = std::nullopt;
             return;
         }
-        const std::vector<pid_t> tools = ChildrenOf(m_Worker);
+        const std::vector<pid_t> tools = basics::ChildrenOf(m_Worker);
         const std::string tool = tools.empty() ? "" : CommandOf(tools.front());
         m_Overtime = (tool.empty() ? "the module" : tool) + " did not end within " +
                      std::to_string(m_Supervision.timeLimit.count()) + " s, and was ended";
