@@ -20,6 +20,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace telling {
@@ -89,12 +90,13 @@ std::string SendToJournal(SendFunction send, const Message& message) {
         std::string("MESSAGE_ID=") + kMessageIds.at(static_cast<std::size_t>(message.event.kind)),
         "SYSLOG_IDENTIFIER=mngsrvraidd",
     };
-    for (const auto& [name, value] : FieldsOf(message)) {
-        if (!value.empty()) {
-            fields.push_back(name + '=' + value);
+    for (std::string& field : FieldsOf(message)) {
+        if (!field.ends_with('=')) {  // It has a value.
+            fields.push_back(std::move(field));
         }
     }
     std::vector<iovec> pieces;
+    pieces.reserve(fields.size());
     for (std::string& field : fields) {
         pieces.push_back({field.data(), field.size()});
     }

@@ -34,15 +34,15 @@ std::string JsonLineOf(const Message& message) {
     return line + '\n';
 }
 
-std::vector<std::pair<std::string, std::string>> FieldsOf(const Message& message) {
-    std::vector<std::pair<std::string, std::string>> fields;
+std::vector<std::string> FieldsOf(const Message& message) {
+    std::vector<std::string> fields;
     const FieldsJson object = FieldsJson::parse(JsonLineOf(message));
     for (const auto& [key, value] : object.items()) {
         const std::string text = value.is_string() ? value.get<std::string>()
                                  : value.is_null() ? ""
                                                    : value.dump();
-        fields.emplace_back(FieldName(key),
-                            basics::Printable(std::string_view(text).substr(0, kMostOfAField)));
+        fields.push_back(FieldName(key) + '=' +
+                         basics::Printable(std::string_view(text).substr(0, kMostOfAField)));
     }
     return fields;
 }

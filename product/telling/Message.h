@@ -5,7 +5,6 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 namespace telling {
@@ -20,9 +19,9 @@ struct Message {
 /// One line of JSON with its line feed: that of the event, and "dropped" where it is not 0.
 [[nodiscard]] std::string JsonLineOf(const Message& message);
 
-/// The same as "MNGSRVRAID_SERIAL", "7K00025200C4" and so on, also those that are empty. The values are
+/// The same as "MNGSRVRAID_SERIAL=7K00025200C4" and so on, also those that are empty. The values are
 /// printable and of bounded size.
-[[nodiscard]] std::vector<std::pair<std::string, std::string>> FieldsOf(const Message& message);
+[[nodiscard]] std::vector<std::string> FieldsOf(const Message& message);
 
 /// "storage7: CRITICAL began: controller 0, RG2, LD4: OFFLINE", printable.
 [[nodiscard]] std::string TitleOf(const Message& message);

@@ -58,7 +58,7 @@ bool IsForTheServiceAlone(std::string_view variable) {
                        [variable](std::string_view prefix) { return variable.starts_with(prefix); });
 }
 
-std::vector<std::string> EnvironmentWith(const std::vector<std::pair<std::string, std::string>>& more) {
+std::vector<std::string> EnvironmentWith(const std::vector<std::string>& more) {
     std::vector<std::string> variables;
     bool hasPath = false;
     for (char** variable = environ; variable != nullptr && *variable != nullptr; ++variable) {
@@ -70,14 +70,13 @@ std::vector<std::string> EnvironmentWith(const std::vector<std::pair<std::string
     if (!hasPath) {
         variables.emplace_back("PATH=/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin");
     }
-    for (const auto& [name, value] : more) {
-        variables.push_back(name + '=' + value);
-    }
+    variables.insert(variables.end(), more.begin(), more.end());
     return variables;
 }
 
 std::vector<char*> PointersTo(std::vector<std::string>& texts) {
     std::vector<char*> pointers;
+    pointers.reserve(texts.size() + 1);
     for (std::string& text : texts) {
         pointers.push_back(text.data());
     }

@@ -3,7 +3,6 @@
 #include "Errand.h"
 
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace telling {
@@ -12,8 +11,8 @@ namespace telling {
 struct ProgramRun {
     std::string path;
     std::vector<std::string> arguments = {};
-    std::string input = {};                                             ///< on its standard input
-    std::vector<std::pair<std::string, std::string>> environment = {};  ///< beside that of the service
+    std::string input = {};                     ///< on its standard input
+    std::vector<std::string> environment = {};  ///< "NAME=value", beside that of the service
 
     /// The work of an errand: runs it and keeps the end of what it prints. True when it ended with status 0;
     /// what is said is its last line then, else "/usr/local/bin/notify ended with status 3: no such pager".

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Message.h"
+#include "basics/Processes.h"
 #include "basics/Time.h"
 #include "inventory/Finding.h"
 #include "telling/Courier.h"
@@ -10,6 +11,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <sys/wait.h>
 
 #include <algorithm>
@@ -94,11 +96,17 @@ struct Bench {
 
     /// A child that ends.
     void WaitForOne() {
+        std::vector<basics::Descriptor> opened;
+        std::vector<pollfd> watched;
         const std::vector<pid_t> processes = courier.Processes();
-        EXPECT_TRUE(testsupport::ComesTrue([&] {
-            return std::any_of(processes.begin(), processes.end(),
-                               [&](pid_t process) { return Reap(process); });
-        }));
+        for (const pid_t process : processes) {
+            opened.push_back(basics::OpenProcess(process));
+            watched.push_back({opened.back().Number(), POLLIN, 0});
+        }
+        constexpr int kPatience = 120'000;
+        ASSERT_GT(::poll(watched.data(), watched.size(), kPatience), 0) << "nobody ends";
+        EXPECT_TRUE(
+            std::any_of(processes.begin(), processes.end(), [this](pid_t process) { return Reap(process); }));
         Take();
     }
 
