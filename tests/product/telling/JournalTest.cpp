@@ -129,6 +129,7 @@ TEST(JournalEntry, HasThePriorityOfItsLevelAndAnIdOfItsKind) {
     const std::string seen = InChild([] {
         EnterEmptyRun();
         const FakeJournal journal;
+        const std::string documentation = testsupport::ReadFile(TELLING_TEST_DOCUMENTATION);
         std::string ids;
         std::string priorities;
         for (int kind = 0; watch::EventKindFrom("test") >= static_cast<watch::EventKind>(kind); ++kind) {
@@ -143,6 +144,8 @@ TEST(JournalEntry, HasThePriorityOfItsLevelAndAnIdOfItsKind) {
                        ? "new "
                        : "old ";
             ids += id;
+            const std::string row = "| `" + std::string(NameOf(message.event.kind)) + "` | `" + id + "` |";
+            Require(documentation.find(row) != std::string::npos, "it is not documented");
             priorities += entry[entry.find("PRIORITY=") + 9];
         }
         std::size_t count = 0;
