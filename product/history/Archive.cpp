@@ -113,9 +113,11 @@ void Archive::Impl::EnsureOpen(TimePoint now) {
 
 void Archive::Impl::OpenFile(TimePoint now) {
     Database database(m_Path, Database::Mode::Write);
+    database.SetTidyAtClose(false);
     const FileKind kind = KindOf(database);
     if (kind == FileKind::Newer) {
         const std::string version = std::to_string(VersionOf(database));
+        database.SetTidyAtClose(true);
         database = Database::InMemory();
         PutAside("version-" + version,
                  "was written by a newer version of this service (" + version +
@@ -132,6 +134,7 @@ void Archive::Impl::OpenFile(TimePoint now) {
     auto opened = std::make_unique<Opened>(std::move(database));
     opened->store.Load(m_Ledger);
     opened->identity = IdentityOf(m_Path);
+    opened->database.SetTidyAtClose(true);
     m_Opened = std::move(opened);
 }
 
@@ -143,6 +146,9 @@ void Archive::Impl::PutAside(const std::string& why, const std::string& words, T
 
 void Archive::Impl::GiveUp(const DatabaseError& error) {
     if (error.WhatKind() == Kind::Unavailable || error.WhatKind() == Kind::Damaged) {
+        if (m_Opened) {
+            m_Opened->database.SetTidyAtClose(error.WhatKind() != Kind::Damaged);
+        }
         m_Opened.reset();
     }
     m_Ledger.Trim();

@@ -168,6 +168,10 @@ std::string Database::Text(std::string_view sql) {
     return text;
 }
 
+void Database::SetTidyAtClose(bool isTidy) noexcept {
+    (void)sqlite3_db_config(m_Handle.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, isTidy ? 0 : 1, nullptr);
+}
+
 std::int64_t Database::Changes() const {
     return sqlite3_changes64(m_Handle.get());
 }

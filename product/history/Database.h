@@ -132,6 +132,9 @@ class Database final {
     /// Rows that the last statement has changed.
     [[nodiscard]] std::int64_t Changes() const;
 
+    /// Whether the last one to close it writes what stands beside the file into it. Damage is left as it is.
+    void SetTidyAtClose(bool isTidy) noexcept;
+
     /// Gives back memory that only makes it quicker.
     void Shrink() noexcept { (void)sqlite3_db_release_memory(m_Handle.get()); }
 

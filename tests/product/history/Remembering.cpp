@@ -17,8 +17,9 @@ std::string ItemsOf(const std::vector<MadeUpDrive>& drives) {
                                          Key("Temperature", std::to_string(drive.temperature) + " C") +
                                          Key("Media Error Count", std::to_string(drive.mediaErrors)),
                                      "-", "None");
-        items += drive.smart.empty() ? item
-                                     : item.insert(item.rfind("</Item>"), Node("### SMART Information ###", drive.smart));
+        items += drive.smart.empty()
+                     ? item
+                     : item.insert(item.rfind("</Item>"), Node("### SMART Information ###", drive.smart));
     }
     return items;
 }
@@ -102,7 +103,11 @@ std::int64_t Count(const std::string& path, const std::string& sql) {
 }
 
 void Change(const std::string& path, const std::string& sql) {
-    Database(path, Database::Mode::Write).Run(sql);
+    sqlite3* database = nullptr;
+    ASSERT_EQ(sqlite3_open(path.c_str(), &database), SQLITE_OK);
+    EXPECT_EQ(sqlite3_exec(database, sql.c_str(), nullptr, nullptr, nullptr), SQLITE_OK)
+        << sqlite3_errmsg(database);
+    EXPECT_EQ(sqlite3_close(database), SQLITE_OK);
 }
 
 std::vector<std::string> Remembering::StatesOf(const std::string& key) const {

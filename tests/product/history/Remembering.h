@@ -71,7 +71,8 @@ class Remembering : public testing::Test {
         return Open();
     }
     /// Five minutes later.
-    [[nodiscard]] Outcome Sees(const std::vector<MadeUpDrive>& drives, std::vector<watch::Event> events = {}) {
+    [[nodiscard]] Outcome Sees(const std::vector<MadeUpDrive>& drives,
+                               std::vector<watch::Event> events = {}) {
         m_Now += minutes(5);
         const Snapshot snapshot = SnapshotOf(drives);
         Entry entry = EntryOf(snapshot, m_Now);
