@@ -1,5 +1,6 @@
 #include "Commands.h"
 
+#include "Judging.h"
 #include "Screen.h"
 #include "ServerInquiry.h"
 #include "basics/Descriptor.h"
@@ -28,6 +29,7 @@ using basics::Failure;
 using basics::ReadFile;
 using calls::DrivePlace;
 using calls::ReadDocument;
+using inventory::Criteria;
 using inventory::Level;
 using inventory::Snapshot;
 
@@ -52,7 +54,7 @@ constexpr const char* kFromModule = "what the module returned";
 
 /// A document in the format that is wanted: XML is passed on as it is.
 std::string InFormat(std::string xml, const std::string& source, const inventory::ToolRuns& runs,
-                     const Options& options) {
+                     const Options& options, const Criteria& criteria) {
     if (options.format == Options::Format::Xml) {
         if (options.document) {
             (void)ReadDocument(xml, source);  // Nothing else has seen that it is one.
@@ -63,8 +65,9 @@ std::string InFormat(std::string xml, const std::string& source, const inventory
     // As the module reads it: "x" is 0.
     const std::string controller =
         isDrive ? std::to_string(CStringUtil::TStringToNumber(options.parameters.front().text)) : "";
-    Snapshot snapshot(ReadDocument(xml, source), controller);
+    Snapshot snapshot(ReadDocument(xml, source), controller, {}, criteria);
     snapshot.runs = runs;
+    snapshot.host = options.host;
     if (options.document) {
         snapshot.takenAt.reset();
     }
@@ -76,11 +79,11 @@ DrivePlace DriveOf(const Options& options) {
 }
 
 /// What the inquiry draws on the terminal is gone when this returns.
-std::string AskOnce(const Options& options) {
+std::string AskOnce(const Options& options, const Criteria& criteria) {
     ServerInquiry inquiry(options);
     std::string xml =
         options.parameters.empty() ? inquiry->AskForServer() : inquiry->AskForDrive(DriveOf(options));
-    return InFormat(std::move(xml), kFromModule, inquiry->Runs(), options);
+    return InFormat(std::move(xml), kFromModule, inquiry->Runs(), options, criteria);
 }
 
 /// What is to be printed, and what failed besides.
@@ -154,22 +157,23 @@ inventory::ToolRuns AskForDrives(ServerInquiry& inquiry, std::size_t jobs, Smart
     return inquiry->Runs();
 }
 
-Shown AskWithSmart(const Options& options) {
+Shown AskWithSmart(const Options& options, const Criteria& criteria) {
     ServerInquiry inquiry(options);
     inventory::Document document = ReadDocument(inquiry->AskForServer(), kFromModule);
     SmartAnswers answers(calls::DrivePlaces(inventory::Survey(document)));
     const inventory::ToolRuns runs = AskForDrives(inquiry, options.jobs, answers);
     const std::optional<Failure> failure = answers.TheFailure();
-    Snapshot snapshot(std::move(document), "", std::move(answers).All());
+    Snapshot snapshot(std::move(document), "", std::move(answers).All(), criteria);
     snapshot.runs = runs;
+    snapshot.host = options.host;
     return {Present(snapshot, options), failure};
 }
 
-Shown Show(const Options& options) {
+Shown Show(const Options& options, const Criteria& criteria) {
     if (options.document) {
-        return {InFormat(ReadFile(*options.document), *options.document, {}, options)};
+        return {InFormat(ReadFile(*options.document), *options.document, {}, options, criteria)};
     }
-    return options.hasSmart ? AskWithSmart(options) : Shown{AskOnce(options)};
+    return options.hasSmart ? AskWithSmart(options, criteria) : Shown{AskOnce(options, criteria)};
 }
 
 /// Stores what there is before it tells what is missing.
@@ -180,39 +184,33 @@ void Store(const Shown& shown, const basics::DocumentTarget& target) {
     }
 }
 
-int TellHealth(const Options& options, const basics::DocumentTarget& target) {
+Snapshot TakeSnapshot(const Options& options, const Criteria& criteria) {
     const std::string xml =
         options.document ? ReadFile(*options.document) : ServerInquiry(options)->AskForServer();
-    const Snapshot snapshot(ReadDocument(xml, options.document.value_or(kFromModule)));
+    return Snapshot(ReadDocument(xml, options.document.value_or(kFromModule)), "", {}, criteria);
+}
+
+int TellHealth(const Options& options, const basics::DocumentTarget& target, const Criteria& criteria) {
+    const Snapshot snapshot = TakeSnapshot(options, criteria);
     const inventory::Health& health = snapshot.TheHealth();
     target.Store(views::MonitoringLine(health, options.isVerbose));
     return inventory::PlugInStatusOf(health.level);
 }
 
-int ShowChanges(const Options& options, const basics::DocumentTarget& target) {
-    const inventory::Document before = ReadDocument(ReadFile(options.before), options.before);
-    const inventory::Document after = ReadDocument(ReadFile(options.after), options.after);
-    std::vector<inventory::Change> changes = inventory::ChangesBetween(before, after);
-    if (!options.hasAll) {
-        std::erase_if(changes, inventory::IsOnlyMovement);
-    }
-    target.Store(views::Differences(changes));
-    return changes.empty() ? 0 : 1;
-}
-
 }  // namespace
 
-int RunCommand(const Options& options, const basics::DocumentTarget& target) {
+int RunCommand(const Options& options, const basics::DocumentTarget& target, const Criteria& criteria) {
     switch (options.action) {
         case Options::Action::Health:
-            return TellHealth(options, target);
-        case Options::Action::Diff:
-            return ShowChanges(options, target);
+            return TellHealth(options, target, criteria);
+        case Options::Action::Expect:
+            SaveExpectations(TakeSnapshot(options, criteria), options, criteria, target);
+            return 0;
         case Options::Action::Show:
-            Store(Show(options), target);
+            Store(Show(options, criteria), target);
             return 0;
         default:
-            target.Store(AskOnce(options));
+            target.Store(AskOnce(options, criteria));
             return 0;
     }
 }

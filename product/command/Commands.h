@@ -2,13 +2,15 @@
 
 #include "Options.h"
 #include "basics/DocumentTarget.h"
+#include "inventory/Criteria.h"
 
 namespace command {
 
 /// Does what the subcommand says, in the install root and under the trace that `options` name already, and
 /// prints it when it is whole. What fails is thrown as basics::Failure, but for `health`: that prints why
 /// nothing is known.
-[[nodiscard]] int RunCommand(const Options& options, const basics::DocumentTarget& target);
+[[nodiscard]] int RunCommand(const Options& options, const basics::DocumentTarget& target,
+                             const inventory::Criteria& criteria);
 
 /// For `health`, when not even the command line or the server's surroundings are right: says so in the way of
 /// monitoring plug-ins, on standard output, and gives their exit status for "unknown".

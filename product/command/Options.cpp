@@ -29,16 +29,18 @@ NO_COLOR.
 Exit status:
   0  success
   1  the method failed; standard error has its return value and the reasons.
-     Of diff: there are differences
+     Of diff: there are differences; of expect: the server is not well
   2  the command line is wrong
   3  the call failed with a WBEM status, or gave no result
   4  the surroundings failed: the module, the scenario, the private view of the
-     file system, a file to read, or the output
+     file system, a file to read, or the output. Of diff: the method, too
   Of health: 0 well, 1 warning, 2 critical, 3 unknown, as monitoring plug-ins have it
 
 Examples:
   mngsrvraid show                              is everything well, and what is there
   mngsrvraid health                            one line for a monitoring system
+  mngsrvraid --scenario small expect --save well.json      what ought to be there
+  mngsrvraid health --expect well.json --max-temperature 50
   mngsrvraid smart 0 252:3                     drive in slot 3 of enclosure 252, controller 0
   mngsrvraid --output raid.html show --smart --format html
   mngsrvraid get-info                          the RAID document of this server
@@ -47,6 +49,8 @@ Examples:
   mngsrvraid diff old.xml raid.xml             what has changed
   mngsrvraid capture ./my-server --redact      record this server for support
   mngsrvraid --scenario ./my-server show       show what was recorded
+  mngsrvraid redact ./my-server                for a capture that was made without --redact
+  mngsrvraid diff ./my-server raid.xml         what has changed since then
   mngsrvraid --scenario small get-pd-info 0 252 0
   mngsrvraid --scenario small --trace-file trace.txt get-info)";
 
@@ -107,23 +111,27 @@ class Parser final {
                   "End the tool when it takes longer, with all that it started;\n0: never. By default 50 for "
                   "health, 300 for the others");
         AddOption("--app-key", m_Options.appKey, "KEY", "Application key of the caller");
-        AddOption("--output", m_Options.output, "FILE",
-                  "Store what is printed in this file; - is standard output");
+        AddOption(
+            "--output", m_Options.output, "FILE",
+            "Store what is printed in this file, which keeps its mode and owner;\n- is standard output");
         AddOption("--host", m_Host, "NAME",
                   "What the server is called in what is printed; by default as\nthis machine, but for "
                   "scenarios and saved documents");
         AddOption("--format", m_Format, "FORMAT",
-                  "Of show, smart, get-info and get-pd-info: xml, tree, table, json,\nhtml or prometheus");
+                  "Of show, smart, get-info and get-pd-info: xml, tree, table, json,\nhtml or prometheus; "
+                  "of diff: table or json");
         m_App.add_flag("--compact", m_Options.isCompact,
                        "Of the format json: without the items of the documents");
         AddShow();
         AddDrive("smart", "CTRL ENCL PD: one drive, its SMART values and its attribute table",
                  Options::Action::Smart);
         AddHealth();
+        AddExpect();
         AddSubcommand("get-info", "The RAID document: controllers, groups, drives", Options::Action::GetInfo);
         AddDrive("get-pd-info", "CTRL ENCL PD: the document of one drive, with its SMART data",
                  Options::Action::GetPDInfo);
         AddCapture();
+        AddRedact();
         AddDiff();
     }
     Parser(const Parser&) = delete;
@@ -170,9 +178,11 @@ class Parser final {
                                              "What needs attention, then everything, in tables\n"
                                              "  --document FILE  of this saved document, not of the server\n"
                                              "  --smart          with the SMART data of all drives\n"
-                                             "  --jobs N         asking for N of them at a time, up to 64",
+                                             "  --jobs N         asking for N of them at a time, up to 64\n"
+                                             "  and with what health is told to judge by",
                                              Options::Action::Show);
         AddOption("--document", m_Options.document, "FILE", "", show);
+        AddJudging(show);
         show->add_flag("--smart", m_Options.hasSmart);
         AddOption("--jobs", m_Jobs, "N", "", show);
     }
@@ -182,10 +192,37 @@ class Parser final {
             AddSubcommand("health",
                           "One line and an exit status for monitoring systems\n"
                           "  --document FILE  of this saved document, not of the server\n"
-                          "  --verbose        with a line for each finding",
+                          "  --verbose        with a line for each finding\n"
+                          "  --expect FILE    with what is not as expect has saved it\n"
+                          "  --max-temperature C  --max-media-errors N\n"
+                          "  --max-media-error-growth N  since it was saved\n"
+                          "  --min-spares N   fewest good spares of a controller",
                           Options::Action::Health);
         AddOption("--document", m_Options.document, "FILE", "", health);
         health->add_flag("--verbose", m_Options.isVerbose);
+        AddJudging(health);
+    }
+
+    void AddJudging(CLI::App* subcommand) {
+        AddOption("--expect", m_Options.expect, "FILE", "", subcommand);
+        for (auto& [name, text] : m_Limits) {
+            AddOption(name, text, "NUMBER", "", subcommand);
+        }
+    }
+
+    void AddExpect() {
+        CLI::App* const expect =
+            AddSubcommand("expect",
+                          "Save what this server has, as what it ought to have\n"
+                          "  --save FILE      into this file, for health and show --expect\n"
+                          "  --document FILE  of this saved document, not of the server\n"
+                          "  --accept-until DAY --reason TEXT  what is not well now is\n"
+                          "                   known, and does not count up to that day",
+                          Options::Action::Expect);
+        AddOption("--save", m_Save, "FILE", "", expect);
+        AddOption("--document", m_Options.document, "FILE", "", expect);
+        AddOption("--accept-until", m_Options.acceptUntil, "DAY", "", expect);
+        AddOption("--reason", m_Options.acceptReason, "TEXT", "", expect);
     }
 
     void AddDrive(const char* name, const char* help, Options::Action action) {
@@ -200,16 +237,32 @@ class Parser final {
         CLI::App* const capture =
             AddSubcommand("capture",
                           "DIR: record what the tool answers, as a scenario in this new folder\n"
-                          "  --redact         without serial numbers and world-wide names",
+                          "  --redact         without serial numbers, addresses and the like\n"
+                          "  --redact-word WORD  and without this word; more than once for more",
                           Options::Action::Capture);
         capture->add_option("DIR", m_Options.folder);
         capture->add_flag("--redact", m_Options.isRedacted);
+        AddRedactWord(capture);
+    }
+
+    void AddRedact() {
+        CLI::App* const redact = AddSubcommand("redact",
+                                               "DIR: the same for a capture that was made without --redact\n"
+                                               "  --redact-word WORD  as for capture",
+                                               Options::Action::Redact);
+        redact->add_option("DIR", m_Options.folder);
+        AddRedactWord(redact);
+    }
+
+    void AddRedactWord(CLI::App* subcommand) {
+        subcommand->add_option("--redact-word", m_Options.redactWords)->allow_extra_args(false);
     }
 
     void AddDiff() {
         CLI::App* const diff =
             AddSubcommand("diff",
-                          "OLD NEW: what changed from one saved document to another\n"
+                          "OLD NEW: what changed between two documents,\n"
+                          "captures or scenarios\n"
                           "  --all            with what always moves, such as temperatures",
                           Options::Action::Diff);
         diff->add_flag("--all", m_Options.hasAll);
@@ -266,6 +319,9 @@ class Parser final {
         RejectEmpty("--trace-file", m_Options.traceFile);
         RejectEmpty("--output", m_Options.output);
         RejectEmpty("--document", m_Options.document);
+        RejectEmpty("--expect", m_Options.expect);
+        RejectEmpty("--save", m_Save);
+        ChooseLimits();
         if (m_Options.output == "-") {
             m_Options.output.reset();
         }
@@ -304,12 +360,24 @@ class Parser final {
             case Options::Action::Show:
             case Options::Action::Health:
                 CheckDocument();
+                if (m_Options.limits.mediaErrorGrowth && !m_Options.expect) {
+                    Reject("--max-media-error-growth needs to know since when: --expect FILE");
+                }
+                break;
+            case Options::Action::Expect:
+                CheckDocument();
+                ChooseSaving();
                 break;
             case Options::Action::Capture:
                 Need(m_Options.folder, "capture needs a folder to make: DIR");
+                CheckRedactWords();
+                break;
+            case Options::Action::Redact:
+                Need(m_Options.folder, "redact needs the folder of a capture: DIR");
+                CheckRedactWords();
                 break;
             case Options::Action::Diff:
-                Need(m_Options.after, "diff needs two saved documents: OLD NEW");
+                CheckSides();
                 break;
             default:
                 break;
@@ -333,6 +401,29 @@ class Parser final {
         }
     }
 
+    void CheckSides() const {
+        for (const std::string& side : {m_Options.before, m_Options.after}) {
+            Need(side, "diff needs two saved documents, captures or scenarios: OLD NEW");
+        }
+        if (m_Options.before == "-" && m_Options.after == "-") {
+            Reject("standard input is one document: - can be OLD or NEW, not both");
+        }
+        if (m_Options.scenario) {
+            Reject("--scenario does not go with diff, which takes a scenario as OLD or NEW");
+        }
+    }
+
+    void ChooseDiffFormat() {
+        const std::string format = m_Format.value_or("table");
+        if (format != "table" && format != "json") {
+            Reject("--format of diff takes table or json, not " + Quoted(format));
+        }
+        if (m_Options.isCompact) {
+            Reject("--compact does not go with diff");
+        }
+        m_Options.format = format == "json" ? Options::Format::Json : Options::Format::Table;
+    }
+
     void ChooseFormat() {
         switch (m_Options.action) {
             case Options::Action::Show:
@@ -343,6 +434,9 @@ class Parser final {
             case Options::Action::GetPDInfo:
                 m_Options.format = Options::Format::Xml;
                 break;
+            case Options::Action::Diff:
+                ChooseDiffFormat();
+                return;
             default:
                 if (m_Format) {
                     Reject("--format does not go with " + m_Options.subcommand);
@@ -402,9 +496,39 @@ class Parser final {
         }
     }
 
+    void ChooseLimits() {
+        const auto numberOf = [this](std::size_t limit) -> std::optional<std::uint32_t> {
+            const auto& [name, text] = m_Limits.at(limit);
+            const auto number = basics::NumberFrom<std::uint32_t>(text.value_or("0"));
+            if (!number) {
+                Reject(std::string(name) + " takes a whole number, not " + Quoted(*text));
+            }
+            return text ? number : std::nullopt;
+        };
+        m_Options.limits = {numberOf(0), numberOf(1), numberOf(2), numberOf(3)};
+    }
+
+    void ChooseSaving() {
+        if (!m_Save || m_Options.output) {
+            Reject(m_Save ? "expect takes --save FILE, not --output"
+                          : "expect needs a file to save to: --save FILE");
+        }
+        if (m_Save != "-") {
+            m_Options.output = m_Save;
+        }
+        const std::optional<std::string>& until = m_Options.acceptUntil;
+        if (until.has_value() != m_Options.acceptReason.has_value()) {
+            Reject("--accept-until DAY and --reason TEXT go together");
+        }
+        if (until && (!inventory::IsDay(*until) || m_Options.acceptReason->empty())) {
+            Reject("--accept-until takes a day such as 2031-06-30, and --reason some words");
+        }
+    }
+
     // What is asked in this server's place is another one.
     void ChooseHost() {
-        const bool isThisServer = !m_Options.scenario && !m_Options.document;
+        const bool isThisServer =
+            !m_Options.scenario && !m_Options.document && m_Options.action != Options::Action::Redact;
         m_Options.host = m_Host.value_or(isThisServer ? basics::HostName() : "");
     }
 
@@ -418,6 +542,22 @@ class Parser final {
         if (m_Options.hasSmart && m_Options.format == Options::Format::Xml) {
             Reject(
                 "--smart has no xml: the document of a server holds none; get-pd-info has it drive by drive");
+        }
+    }
+
+    void CheckRedactWords() const {
+        constexpr std::size_t kShortest = 3;
+        const bool isRedacted = m_Options.isRedacted || m_Options.action == Options::Action::Redact;
+        if (!isRedacted && !m_Options.redactWords.empty()) {
+            Reject("--redact-word goes with --redact");
+        }
+        for (const std::string& word : m_Options.redactWords) {
+            const bool hasLetter = std::any_of(word.begin(), word.end(), [](char each) {
+                return basics::IsAlphanumeric(each) || static_cast<signed char>(each) < 0;
+            });
+            if (word.size() < kShortest || !hasLetter) {
+                Reject("--redact-word takes a word of three characters or more, not " + Quoted(word));
+            }
         }
     }
 
@@ -445,6 +585,13 @@ class Parser final {
     std::optional<std::string> m_Timeout;
     std::optional<std::string> m_Jobs;
     std::optional<std::string> m_Host;
+    std::optional<std::string> m_Save;
+    /// In the order of inventory::Limits.
+    std::array<std::pair<const char*, std::optional<std::string>>, 4> m_Limits = {
+        {{"--max-temperature", {}},
+         {"--max-media-errors", {}},
+         {"--max-media-error-growth", {}},
+         {"--min-spares", {}}}};
     std::array<std::optional<std::string>, 3> m_Drive;
     bool m_Version = false;
     CLI::App m_App{kDescription, kName};

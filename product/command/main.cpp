@@ -1,7 +1,9 @@
 // The command mngsrvraid: hosts the RAID provider module in a process of its own.
 
 #include "Commands.h"
+#include "Diff.h"
 #include "ExitStatus.h"
+#include "Judging.h"
 #include "Options.h"
 #include "ServerInquiry.h"
 #include "basics/Descriptor.h"
@@ -11,6 +13,7 @@
 #include "calls/InstallRoot.h"
 #include "calls/Module.h"
 #include "capture/Capture.h"
+#include "capture/RedactedFolder.h"
 #include "sandbox/Sandbox.h"
 #include "scenario/ScenarioFolder.h"
 #include "supervision/Supervisor.h"
@@ -110,18 +113,19 @@ void WarnOfOddParameters(const Options& options) {
 
 /// Whether the subcommand runs the tool, here or in a scenario.
 bool AsksTheServer(const Options& options) {
-    return options.action != Options::Action::Diff && !options.document;
+    return options.action != Options::Action::Redact && !options.document;
 }
 
 // In the worker: a folder for what it alone may see.
 std::string StartWorker(const Options& options) {
     const bool isCapture = options.action == Options::Action::Capture;
+    const bool isDiff = options.action == Options::Action::Diff;
     return supervision::Supervise(
         {.drawsProgress = ShowsProgress(options),
          .program = "mngsrvraid",
          .remains = isCapture ? "; the capture in " + basics::OneLine(options.folder) + " is incomplete" : "",
          .timeLimit = options.timeLimit,
-         .overtimeStatus = static_cast<int>(ExitStatus::MethodFailed),
+         .overtimeStatus = static_cast<int>(isDiff ? ExitStatus::Surroundings : ExitStatus::MethodFailed),
          .tellEnd = options.action == Options::Action::Health ? TellUnknownHealth : nullptr,
          .privateFolder = "mngsrvraid",
          .otherPlaces = {calls::InstallRoot() + "/tmp", "/dev/shm"}});
@@ -133,10 +137,40 @@ std::string MakeRecordFolder(const fs::path& folder) {
     return records.string();
 }
 
-// What is drawn on the terminal is gone when this returns.
-std::string RunCapture(capture::Capture& capture, const Options& options) {
-    const std::unique_ptr<Progress> progress = ProgressFor(options);
-    return capture.Run(progress.get());
+capture::CaptureRequest CaptureRequestFor(const Options& options) {
+    return {.folder = options.folder,
+            .isRedacted = options.isRedacted,
+            .words = options.redactWords,
+            .scenario = options.scenario.value_or(""),
+            .host = options.host,
+            .inquiry = InquiryRequestFor(options)};
+}
+
+// What is drawn on the terminal is gone before anything is printed.
+void RunCapture(capture::Capture& capture, const Options& options, const basics::DocumentTarget& target) {
+    std::unique_ptr<Progress> progress = ProgressFor(options);
+    const capture::Captured captured = capture.Run(progress.get());
+    progress.reset();
+    target.Store(captured.told);
+    if (captured.failure) {
+        throw basics::Failure(*captured.failure);
+    }
+}
+
+/// To be opened before the view of the file system changes.
+basics::DocumentTarget TargetOf(const Options& options) {
+    return options.output ? basics::DocumentTarget(*options.output)
+                          : basics::DocumentTarget::StandardOutput();
+}
+
+int AnswerDiff(const Options& options) {
+    const basics::DocumentTarget target = TargetOf(options);
+    Diff diff(options, Simulation());
+    if (diff.RunsTool()) {
+        calls::UsePrivateRoot(StartWorker(options));
+    }
+    StartTrace(options);
+    return diff.Run(target);
 }
 
 int Answer(const Options& options) {
@@ -144,28 +178,29 @@ int Answer(const Options& options) {
     if (!folder.empty()) {
         calls::UsePrivateRoot(folder);
     }
-    // Before the view of the file system changes.
-    const basics::DocumentTarget target =
-        options.output ? basics::DocumentTarget(*options.output) : basics::DocumentTarget::StandardOutput();
+    const basics::DocumentTarget target = TargetOf(options);
+    const inventory::Criteria criteria = CriteriaFor(options);
     StartTrace(options);
     const bool isMadeUp = options.scenario && AsksTheServer(options);
     const fs::path scenario =
         isMadeUp ? scenario::FindScenario(*options.scenario, Simulation() / "scenarios") : fs::path();
     std::optional<capture::Capture> capture;
     if (options.action == Options::Action::Capture) {
-        capture.emplace(capture::CaptureRequest{options.folder, options.isRedacted,
-                                                options.scenario.value_or(""), InquiryRequestFor(options)},
-                        MakeRecordFolder(folder));
+        capture.emplace(CaptureRequestFor(options), MakeRecordFolder(folder));
     }
     if (isMadeUp) {
         sandbox::EnterSandbox(Simulation() / "vdkcli", scenario);
     }
     WarnOfOddParameters(options);
     if (capture) {
-        target.Store(RunCapture(*capture, options));
+        RunCapture(*capture, options, target);
         return 0;
     }
-    return RunCommand(options, target);
+    if (options.action == Options::Action::Redact) {
+        target.Store(capture::RedactFolder({options.folder, options.redactWords, options.host}));
+        return 0;
+    }
+    return RunCommand(options, target, criteria);
 }
 
 std::string VersionText() {
@@ -191,6 +226,8 @@ int Run(const Options& options) {
         case Options::Action::Version:
             basics::DocumentTarget::StandardOutput().Store(VersionText());
             return 0;
+        case Options::Action::Diff:
+            return AnswerDiff(options);
         default:
             return Answer(options);
     }

@@ -1,5 +1,6 @@
 #include "inventory/Health.h"
 
+#include "Comparison.h"
 #include "CrossChecks.h"
 #include "Redundancy.h"
 #include "States.h"
@@ -7,6 +8,7 @@
 #include "inventory/Smart.h"
 
 #include <algorithm>
+#include <iterator>
 #include <unordered_map>
 #include <utility>
 
@@ -29,6 +31,7 @@ class Inspection final {
     void Inspect(Controller& controller) {
         const CrossChecks checks(controller);
         m_Controller = controller.number;
+        controller.health = Level::Ok;
         m_Standings.clear();
         for (const Group& group : controller.groups) {
             m_Standings.push_back(StandingOf(controller, group));
@@ -36,7 +39,7 @@ class Inspection final {
         InspectItself(checks, controller);
         for (BackupUnit& unit : controller.backupUnits) {
             unit.health = Level::Ok;
-            Note(LevelOfUnit(unit), WhatOf(unit), {.part = unit.name}, unit.health);
+            Note(LevelOfUnit(unit), WhatOf(unit), {.kind = PartKind::Unit, .part = unit.name}, unit.health);
         }
         for (Drive& drive : controller.drives) {
             Inspect(drive, checks, controller);
@@ -44,18 +47,16 @@ class Inspection final {
         for (Group& group : controller.groups) {
             Inspect(group, checks, controller);
         }
-        RollUp(controller);
     }
 
     /// A drive of which alone is known: nothing else can confirm what it says.
     void InspectAlone(Controller& controller) {
         m_Controller = controller.number;
-        controller.statusHealth = Level::Ok;
+        controller.health = controller.statusHealth = Level::Ok;
         Drive& drive = controller.drives.front();
         Reasons reasons;
         AddStates(drive, Standing(), drive.membership.starts_with("LD"), reasons);
         Note(drive, reasons);
-        RollUp(controller);
     }
 
   private:
@@ -106,7 +107,7 @@ class Inspection final {
         group.health = Level::Ok;
         Reasons reasons;
         reasons.AddUnknown(checks.Of(group));
-        Note(reasons, {.group = group.number}, group.health);
+        Note(reasons, {.kind = PartKind::Group, .group = group.number}, group.health);
         for (const Member& member : group.members) {
             InspectMember(member, controller, group);
         }
@@ -117,19 +118,20 @@ class Inspection final {
 
     // A drive that its group names and that nobody reports may be anything, or gone.
     void InspectMember(const Member& member, const Controller& controller, Group& group) {
-        if (const Drive* const drive = DriveOf(controller, member)) {
-            group.health = std::max(group.health, drive->health);
+        if (DriveOf(controller, member) != nullptr) {
             return;
         }
         Note(Level::Unknown, "its group names it, no drive is reported",
-             {.group = group.number,
+             {.kind = PartKind::Drive,
+              .group = group.number,
               .part = NameOr(member.number, "a drive"),
               .enclosure = member.enclosure,
               .slot = member.slot},
              group.health);
     }
 
-    void Inspect(LogicalDrive& drive, const Standing& standing, const CrossChecks& checks, Group& group) {
+    void Inspect(LogicalDrive& drive, const Standing& standing, const CrossChecks& checks,
+                 const Group& group) {
         Reasons reasons;
         if (IsDegraded(drive)) {
             reasons.Add(LevelOf(standing.risk), drive.state + ", " + Describe(standing));
@@ -139,8 +141,11 @@ class Inspection final {
         }
         reasons.AddUnknown(checks.Of(drive));
         drive.health = Level::Ok;
-        Note(reasons, {.group = group.number, .part = NameOr(drive.number, "a logical drive")}, drive.health);
-        group.health = std::max(group.health, drive.health);
+        Note(reasons,
+             {.kind = PartKind::LogicalDrive,
+              .group = group.number,
+              .part = NameOr(drive.number, "a logical drive")},
+             drive.health);
     }
 
     void Inspect(Drive& drive, const CrossChecks& checks, const Controller& controller) {
@@ -192,23 +197,11 @@ class Inspection final {
         reasons.Add(level, Reason(StatusOf(drive), level));
     }
 
-    static void RollUp(Controller& controller) {
-        Level level = controller.statusHealth;
-        const auto add = [&level](const auto& parts) {
-            for (const auto& part : parts) {
-                level = std::max(level, part.health);
-            }
-        };
-        add(controller.backupUnits);
-        add(controller.groups);
-        add(controller.drives);
-        controller.health = level;
-    }
-
     void Note(Drive& drive, const Reasons& reasons) {
         drive.health = Level::Ok;
         Note(reasons,
-             {.group = drive.group,
+             {.kind = PartKind::Drive,
+              .group = drive.group,
               .part = NameOr(drive.number, "a drive"),
               .enclosure = drive.enclosure,
               .slot = drive.slot,
@@ -249,6 +242,7 @@ std::vector<Finding> JudgeRepeats(Server& server) {
         if (count > 1 && !controller.number.empty()) {
             Finding finding;
             finding.level = Level::Unknown;
+            finding.rule = Rule::Repetition;
             finding.controller = controller.number;
             finding.what = kRepeated;
             findings.push_back(std::move(finding));
@@ -257,6 +251,48 @@ std::vector<Finding> JudgeRepeats(Server& server) {
         }
     }
     return findings;
+}
+
+/// A part is no better than what belongs to it.
+void RollUp(Server& server) {
+    const auto raise = [](Level& level, const auto& parts) {
+        for (const auto& part : parts) {
+            level = std::max(level, part.health);
+        }
+    };
+    for (Controller& controller : server.controllers) {
+        for (Group& group : controller.groups) {
+            raise(group.health, group.logicalDrives);
+            for (const Member& member : group.members) {
+                const Drive* const drive = DriveOf(controller, member);
+                group.health = std::max(group.health, drive == nullptr ? Level::Ok : drive->health);
+            }
+        }
+        controller.health = std::max(controller.health, controller.statusHealth);
+        raise(controller.health, controller.backupUnits);
+        raise(controller.health, controller.groups);
+        raise(controller.health, controller.drives);
+    }
+}
+
+void Append(std::vector<Finding> more, std::vector<Finding>& findings) {
+    std::move(more.begin(), more.end(), std::back_inserter(findings));
+}
+
+/// Of several that fit, the one that holds longest.
+void Accept(Finding& finding, const Criteria& criteria) {
+    if (!criteria.expectations) {
+        return;
+    }
+    const std::string place = PlaceOf(finding);
+    for (const Acceptance& each : criteria.expectations->accepted) {
+        if (each.place == place && each.what == finding.what && each.until > finding.until &&
+            (each.serial.empty() || each.serial == finding.serial)) {
+            finding.until = each.until;
+            finding.reason = each.reason;
+            finding.isAccepted = each.until >= criteria.today;
+        }
+    }
 }
 
 Counts CountAll(const Server& server) {
@@ -272,91 +308,39 @@ Counts CountAll(const Server& server) {
     return counts;
 }
 
-std::string Number(std::size_t count, const char* one) {
-    return std::to_string(count) + " " + one + (count == 1 ? "" : "s");
-}
-
 }  // namespace
 
-std::string PlaceOf(const Finding& finding) {
-    std::string place;
-    const auto add = [&place](const std::string& before, const std::string& text) {
-        if (!text.empty()) {
-            place += (place.empty() ? "" : ", ") + before + text;
-        }
-    };
-    add("controller ", finding.controller);
-    add("", finding.group);
-    add("", finding.part);
-    if (!finding.enclosure.empty() || !finding.slot.empty()) {
-        place += " in";
-        place += finding.enclosure.empty() ? "" : " enclosure " + finding.enclosure;
-        place += finding.slot.empty() ? "" : " slot " + finding.slot;
-    }
-    return place.empty() ? "a part without a name" : place;
-}
-
-std::string IdentityOf(const Finding& finding) {
-    const std::string serial = finding.serial.empty() ? "" : "serial number " + finding.serial;
-    return finding.product + (finding.product.empty() || serial.empty() ? "" : ", ") + serial;
-}
-
-std::string Describe(const Finding& finding) {
-    const std::string identity = IdentityOf(finding);
-    return PlaceOf(finding) + ": " + finding.what + (identity.empty() ? "" : " (" + identity + ")");
-}
-
-Health Judge(Server& server) {
+Health Judge(Server& server, const Criteria& criteria) {
     Health health;
     Inspection inspection(health.findings);
     const bool isAboutDrive = OnlyDriveOf(server) != nullptr;
     for (Controller& controller : server.controllers) {
         isAboutDrive ? inspection.InspectAlone(controller) : inspection.Inspect(controller);
     }
-    for (Finding& finding : JudgeRepeats(server)) {
-        health.findings.push_back(std::move(finding));
+    Append(JudgeRepeats(server), health.findings);
+    Append(Compare(server, criteria), health.findings);
+    RollUp(server);
+    for (Finding& finding : health.findings) {
+        Accept(finding, criteria);
+        health.level = finding.isAccepted ? health.level : std::max(health.level, finding.level);
     }
-    std::stable_sort(health.findings.begin(), health.findings.end(),
-                     [](const Finding& one, const Finding& other) { return one.level > other.level; });
+    std::stable_sort(
+        health.findings.begin(), health.findings.end(), [](const Finding& one, const Finding& other) {
+            return std::pair(one.isAccepted, other.level) < std::pair(other.isAccepted, one.level);
+        });
     health.counts = CountAll(server);
-    if (!health.findings.empty()) {
-        health.level = health.findings.front().level;
-    } else if (health.counts.drives == 0) {
-        health.level = Level::Unknown;
+    if (health.counts.drives == 0) {
+        health.level = std::max(health.level, Level::Unknown);
     }
     return health;
 }
 
-std::string Describe(const Counts& counts) {
-    if (counts.controllers == 0 && counts.drives == 0) {
-        return "no controller";
-    }
-    std::string text = counts.controllers == 0 ? "" : Number(counts.controllers, "controller") + ", ";
-    if (counts.groups > 0) {
-        text += Number(counts.groups, "group") + ", " + Number(counts.logicalDrives, "logical drive") + ", ";
-    }
-    return text + (counts.drives == 0 ? "no drive" : Number(counts.drives, "drive"));
+bool IsBusy(const Drive& drive) {
+    return drive.health == Level::Ok && IsWork(drive.detail);
 }
 
-std::string Headline(const Health& health) {
-    if (health.findings.empty()) {
-        return Describe(health.counts) + (health.level == Level::Ok ? ", all well" : ", nothing to judge");
-    }
-    std::string text;
-    for (const Level level : {Level::Critical, Level::Warning, Level::Unknown}) {
-        if (const std::size_t count = CountOf(health, level); count > 0) {
-            text += (text.empty() ? "" : ", ") + std::to_string(count) + " ";
-            text += level == Level::Critical ? "critical" : level == Level::Unknown ? "unknown" : "warning";
-            text += level == Level::Warning && count > 1 ? "s" : "";
-        }
-    }
-    return text + " in " + Describe(health.counts);
-}
-
-std::size_t CountOf(const Health& health, Level level) {
-    return static_cast<std::size_t>(
-        std::count_if(health.findings.begin(), health.findings.end(),
-                      [level](const Finding& each) { return each.level == level; }));
+bool IsBusy(const BackupUnit& unit) {
+    return unit.health == Level::Ok && IsWork(unit.status);
 }
 
 }  // namespace inventory

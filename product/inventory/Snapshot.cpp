@@ -23,14 +23,15 @@ void Hang(const DriveAnswer& answer, Server& server) {
 
 }  // namespace
 
-Snapshot::Snapshot(Document document, const std::string& controller, std::vector<DriveAnswer> answers)
+Snapshot::Snapshot(Document document, const std::string& controller, std::vector<DriveAnswer> answers,
+                   const Criteria& criteria)
     : m_Document(std::move(document)),
       m_Answers(std::move(answers)),
       m_Server(Survey(m_Document, controller)) {
     for (const DriveAnswer& answer : m_Answers) {
         Hang(answer, m_Server);
     }
-    m_Health = Judge(m_Server);
+    m_Health = Judge(m_Server, criteria);
 }
 
 }  // namespace inventory

@@ -2,6 +2,7 @@
 
 #include "basics/Descriptor.h"
 #include "basics/Failure.h"
+#include "basics/Processes.h"
 #include "basics/Signal.h"
 #include "supervision/Descendants.h"
 

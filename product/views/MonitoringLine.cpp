@@ -25,23 +25,25 @@ std::string Figures(const inventory::Health& health) {
            figure("logical_drives", health.counts.logicalDrives) + figure("drives", health.counts.drives) +
            figure("critical", CountOf(health, inventory::Level::Critical)) +
            figure("warning", CountOf(health, inventory::Level::Warning)) +
-           figure("unknown", CountOf(health, inventory::Level::Unknown));
+           figure("unknown", CountOf(health, inventory::Level::Unknown)) +
+           figure("accepted", CountAccepted(health));
 }
 
 }  // namespace
 
 std::string MonitoringLine(const inventory::Health& health, bool isVerbose) {
     std::string text = "RAID " + std::string(NameOf(health.level)) + " - " + Headline(health);
-    const std::size_t told = isVerbose ? 0 : std::min(health.findings.size(), kMostFindings);
+    const std::size_t counted = health.findings.size() - CountAccepted(health);
+    const std::size_t told = isVerbose ? 0 : std::min(counted, kMostFindings);
     for (std::size_t number = 0; number < told; ++number) {
         text += "; " + Told(health.findings[number]);
     }
-    if (!isVerbose && told < health.findings.size()) {
-        text += "; and " + std::to_string(health.findings.size() - told) + " more";
+    if (!isVerbose && told < counted) {
+        text += "; and " + std::to_string(counted - told) + " more";
     }
     text += Figures(health) + '\n';
     for (const inventory::Finding& finding : health.findings) {
-        text += isVerbose ? std::string(NameOf(finding.level)) + ": " + Told(finding) + '\n' : "";
+        text += isVerbose ? std::string(NameOfLevel(finding)) + ": " + Told(finding) + '\n' : "";
     }
     return text;
 }

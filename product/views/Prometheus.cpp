@@ -1,6 +1,6 @@
 #include "Exposition.h"
-#include "Measure.h"
 #include "basics/Words.h"
+#include "inventory/Measure.h"
 #include "inventory/Smart.h"
 #include "views/Views.h"
 
@@ -107,6 +107,8 @@ class Series final {
             m_Exposition.Add(kFindings, Labels().With("level", name),
                              static_cast<double>(CountOf(health, level)));
         }
+        m_Exposition.Add(kFindings, Labels().With("level", "accepted"),
+                         static_cast<double>(CountAccepted(health)));
     }
 
     void AddPart(const Metric& healthMetric, const Metric& infoMetric, const Labels& part, Level level,
@@ -170,7 +172,7 @@ class Series final {
                  {"media", drive.media},
                  {"capacity", drive.capacity},
                  {"power", drive.power}});
-        if (const std::optional<double> celsius = CelsiusFrom(drive.temperature)) {
+        if (const std::optional<double> celsius = inventory::CelsiusFrom(drive.temperature)) {
             m_Exposition.Add(kTemperature, labels, *celsius);
         }
         AddCount(kMediaErrors, labels, drive.mediaErrors);
@@ -184,7 +186,7 @@ class Series final {
     /// A count is a whole number and nothing else: "12 K" is better not told than told as 12.
     void AddCount(const Metric& metric, const Labels& labels, const std::string& text) {
         const bool isWhole = text.find_first_not_of("0123456789") == std::string::npos;
-        if (const std::optional<Measure> count = MeasureFrom(text); count && isWhole) {
+        if (const std::optional<inventory::Measure> count = inventory::MeasureFrom(text); count && isWhole) {
             m_Exposition.Add(metric, labels, count->number);
         }
     }
@@ -192,7 +194,7 @@ class Series final {
     void Add(const inventory::Smart& smart, const Labels& labels) {
         DistinctLabels keys("repeat");
         for (const auto& [name, value] : smart.keys) {
-            AddSmart(kSmartKey, keys, labels.With("attribute", name), value);
+            AddSmart(kSmartKey, keys, labels.With("attribute", name), inventory::MeasureFrom(value));
         }
         DistinctLabels cells("repeat");
         for (const std::vector<std::string>& row : smart.rows) {
@@ -200,22 +202,23 @@ class Series final {
         }
     }
 
-    /// What a row is about stands in its columns "Attribute" and "ID"; "Flag" is a pattern of bits.
+    /// What a row is about stands in its columns "Attribute" and "ID".
     void Add(const std::vector<std::string>& columns, const std::vector<std::string>& row,
              DistinctLabels& cells, const Labels& drive) {
         const Labels labels =
             drive.With("attribute", CellOf(columns, row, "Attribute")).With("id", CellOf(columns, row, "ID"));
         for (std::size_t column = 0; column < row.size(); ++column) {
             const std::string& name = columns[column];
-            if (name != "Attribute" && name != "ID" && name != "Flag") {
-                AddSmart(kSmartTable, cells, labels.With("column", name), row[column]);
+            if (name != "Attribute" && name != "ID") {
+                AddSmart(kSmartTable, cells, labels.With("column", name),
+                         inventory::MeasureFrom(row[column], name));
             }
         }
     }
 
     void AddSmart(const Metric& metric, DistinctLabels& distinct, const Labels& labels,
-                  const std::string& value) {
-        if (const std::optional<Measure> measure = MeasureFrom(value)) {
+                  const std::optional<inventory::Measure>& measure) {
+        if (measure) {
             m_Exposition.Add(metric, distinct.Distinct(labels.With("unit", measure->unit)), measure->number);
         }
     }

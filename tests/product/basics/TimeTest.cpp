@@ -19,5 +19,20 @@ TEST(Time, IsToldToTheSecondInUtcWhateverTheTimeZone) {
     ::tzset();
 }
 
+TEST(Time, IsReadAsItIsWritten) {
+    for (const char* const text :
+         {"2031-04-05T06:07:08Z", "1970-01-01T00:00:00Z", "2032-02-29T23:59:59Z", "2261-12-31T23:59:59Z"}) {
+        const auto time = TimeFromUtcText(text);
+        ASSERT_TRUE(time) << text;
+        EXPECT_EQ(UtcText(*time), text);
+    }
+    for (const char* const other :
+         {"", "2031-04-05", "2031-04-05T06:07:08", "2031-04-05 06:07:08Z", "2031-02-29T00:00:00Z",
+          "2031-04-05T24:00:00Z", "2031-04-05T06:60:08Z", "2031-04-05T06:07:60Z", "+031-04-05T06:07:08Z",
+          "9999-01-01T00:00:00Z", "1969-12-31T23:59:59Z", "2031-04-05T06:07:08ZZ"}) {
+        EXPECT_FALSE(TimeFromUtcText(other)) << other;
+    }
+}
+
 }  // namespace
 }  // namespace basics::test

@@ -6,6 +6,7 @@
 #include <chrono>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace inventory {
@@ -39,7 +40,7 @@ class Snapshot final {
     /// `controller` is the one that a document about a single drive was asked for. An answer about a drive
     /// that is not there is kept, and changes nothing else.
     explicit Snapshot(Document document, const std::string& controller = "",
-                      std::vector<DriveAnswer> answers = {});
+                      std::vector<DriveAnswer> answers = {}, const Criteria& criteria = {});
     Snapshot(Snapshot&&) = default;
     Snapshot& operator=(Snapshot&&) = default;
     Snapshot(const Snapshot&) = delete;
@@ -51,9 +52,13 @@ class Snapshot final {
     [[nodiscard]] const Server& TheServer() const { return m_Server; }
     [[nodiscard]] const Health& TheHealth() const { return m_Health; }
 
+    /// The answers, for another snapshot; this one is of no use then.
+    [[nodiscard]] std::vector<DriveAnswer> TakeAnswers() && { return std::move(m_Answers); }
+
     ToolRuns runs;
     /// When the server was asked; nothing where that is not known, of a saved document say.
     std::optional<std::chrono::system_clock::time_point> takenAt = std::chrono::system_clock::now();
+    std::string host;  ///< what the server is called; empty where that is not known
 
   private:
     Document m_Document;

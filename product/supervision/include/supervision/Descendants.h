@@ -3,12 +3,8 @@
 #include <sys/types.h>
 
 #include <string>
-#include <vector>
 
 namespace supervision {
-
-/// Processes whose parent is that one, by what /proc says; empty where it says nothing.
-[[nodiscard]] std::vector<pid_t> ChildrenOf(pid_t parent);
 
 /// What a process runs, as one would type it: "vdkcli -pdinfo -a0", also while its shell still does; empty
 /// where nothing says so.
