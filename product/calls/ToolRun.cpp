@@ -94,19 +94,6 @@ std::string NameOf(int signal) {
     return name == nullptr ? "signal " + std::to_string(signal) : std::string("SIG") + name;
 }
 
-std::string DescribeStatus(int status) {
-    if (WIFSIGNALED(status)) {
-        return "ended by " + NameOf(WTERMSIG(status));
-    }
-    if (WIFSTOPPED(status)) {
-        return "stopped by " + NameOf(WSTOPSIG(status));
-    }
-    const int number = WEXITSTATUS(status);
-    const int signal = number - basics::kSignalStatusBase;
-    return "exit status " + std::to_string(number) +
-           (signal > 0 && ::sigabbrev_np(signal) != nullptr ? " (" + NameOf(signal) + ")" : "");
-}
-
 }  // namespace
 
 void ForgetRun() noexcept {
@@ -130,6 +117,19 @@ ToolRun SeeRun() {
         run.lastLine = LastLineOf(report);
     }
     return run;
+}
+
+std::string DescribeStatus(int status) {
+    if (WIFSIGNALED(status)) {
+        return "ended by " + NameOf(WTERMSIG(status));
+    }
+    if (WIFSTOPPED(status)) {
+        return "stopped by " + NameOf(WSTOPSIG(status));
+    }
+    const int number = WEXITSTATUS(status);
+    const int signal = number - basics::kSignalStatusBase;
+    return "exit status " + std::to_string(number) +
+           (signal > 0 && ::sigabbrev_np(signal) != nullptr ? " (" + NameOf(signal) + ")" : "");
 }
 
 std::string DescribeRun(const ToolRun& run) {

@@ -23,6 +23,9 @@ void ForgetRun() noexcept;
 /// The run that the calling thread has just waited for. To be called while the result file is still there.
 [[nodiscard]] ToolRun SeeRun();
 
+/// "exit status 3", "ended by SIGSEGV", "stopped by SIGSTOP".
+[[nodiscard]] std::string DescribeStatus(int status);
+
 /// `exit status 3: "Error - The controller is busy."`, `ended by SIGSEGV, nothing printed`; empty where
 /// nothing is known.
 [[nodiscard]] std::string DescribeRun(const ToolRun& run);

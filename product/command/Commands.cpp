@@ -8,6 +8,7 @@
 #include "basics/Failure.h"
 #include "basics/SavedFile.h"
 #include "basics/Text.h"
+#include "calls/ManyDrives.h"
 #include "views/Views.h"
 
 #include "qel/CStringUtil.h"
@@ -15,8 +16,11 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <functional>
+#include <limits>
 #include <new>
 #include <optional>
+#include <utility>
 
 namespace command {
 namespace {
@@ -88,40 +92,79 @@ struct Shown {
     std::optional<Failure> failure = {};
 };
 
-/// Asks for the SMART data of every drive whose place is known. A drive that cannot answer is not to hide the
-/// others: the first failure is returned.
-std::optional<Failure> AskForDrives(ServerInquiry& inquiry, const std::vector<DrivePlace>& places,
-                                    std::vector<inventory::DriveAnswer>& answers) {
-    std::optional<Failure> failure;
-    for (std::size_t number = 0; number < places.size(); ++number) {
-        const DrivePlace& place = places[number];
-        inquiry->ShowDone(number, places.size());
-        if (!place.IsKnown()) {
-            continue;
-        }
+/// The SMART data of drives as they come, and what failed. A drive that cannot answer is not to hide the
+/// others: of the failures that of the first one in the document is told.
+class SmartAnswers final {
+  public:
+    explicit SmartAnswers(std::vector<DrivePlace> places)
+        : m_Places(std::move(places)), m_Documents(m_Places.size()) {}
+
+    [[nodiscard]] const std::vector<DrivePlace>& Places() const { return m_Places; }
+
+    void Take(std::size_t number, const std::function<std::string()>& answer) {
+        const DrivePlace& place = m_Places.at(number);
         try {
-            const std::string xml = inquiry->AskForDrive(place);
-            answers.push_back(
-                {place.controller, place.enclosure, place.slot, ReadDocument(xml, kFromModule)});
+            m_Documents.at(number) = ReadDocument(answer(), kFromModule);
         } catch (const Failure& error) {
-            if (!failure) {
-                failure = Failure(error.WhatKind(), "SMART data are missing: controller " + place.controller +
-                                                        ", drive in enclosure " + place.enclosure + " slot " +
-                                                        place.slot + ": " + error.what());
+            if (number <= m_Failed) {
+                m_Failed = number;
+                m_Failure =
+                    Failure(error.WhatKind(), "SMART data are missing: controller " + place.controller +
+                                                  ", drive in enclosure " + place.enclosure + " slot " +
+                                                  place.slot + ": " + error.what());
             }
         }
     }
-    return failure;
+
+    [[nodiscard]] const std::optional<Failure>& TheFailure() const { return m_Failure; }
+
+    /// In the order of the document.
+    [[nodiscard]] std::vector<inventory::DriveAnswer> All() && {
+        std::vector<inventory::DriveAnswer> all;
+        for (std::size_t number = 0; number < m_Places.size(); ++number) {
+            if (m_Documents[number]) {
+                const DrivePlace& place = m_Places[number];
+                all.push_back(
+                    {place.controller, place.enclosure, place.slot, std::move(*m_Documents[number])});
+            }
+        }
+        return all;
+    }
+
+  private:
+    std::vector<DrivePlace> m_Places;
+    std::vector<std::optional<inventory::Document>> m_Documents;
+    std::size_t m_Failed = std::numeric_limits<std::size_t>::max();
+    std::optional<Failure> m_Failure;
+};
+
+/// Asks for every drive whose place is known; what the tool ran for it, in this process and in others.
+inventory::ToolRuns AskForDrives(ServerInquiry& inquiry, std::size_t jobs, SmartAnswers& answers) {
+    const std::vector<DrivePlace>& places = answers.Places();
+    inventory::ToolRuns runs = inquiry->Runs();
+    if (jobs > 1) {
+        runs += calls::AskForDrives(
+            inquiry.Request(), places, jobs,
+            [&](std::size_t number, const auto& answer) { answers.Take(number, answer); });
+        return runs;
+    }
+    for (std::size_t number = 0; number < places.size(); ++number) {
+        inquiry->ShowDone(number, places.size());
+        if (places[number].IsKnown()) {
+            answers.Take(number, [&] { return inquiry->AskForDrive(places[number]); });
+        }
+    }
+    return inquiry->Runs();
 }
 
 Shown AskWithSmart(const Options& options, const Criteria& criteria) {
     ServerInquiry inquiry(options);
     inventory::Document document = ReadDocument(inquiry->AskForServer(), kFromModule);
-    std::vector<inventory::DriveAnswer> answers;
-    const std::optional<Failure> failure =
-        AskForDrives(inquiry, calls::DrivePlaces(inventory::Survey(document)), answers);
-    Snapshot snapshot(std::move(document), "", std::move(answers), criteria);
-    snapshot.runs = inquiry->Runs();
+    SmartAnswers answers(calls::DrivePlaces(inventory::Survey(document)));
+    const inventory::ToolRuns runs = AskForDrives(inquiry, options.jobs, answers);
+    const std::optional<Failure> failure = answers.TheFailure();
+    Snapshot snapshot(std::move(document), "", std::move(answers).All(), criteria);
+    snapshot.runs = runs;
     snapshot.host = options.host;
     return {Present(snapshot, options), failure};
 }

@@ -178,11 +178,13 @@ class Parser final {
                                              "What needs attention, then everything, in tables\n"
                                              "  --document FILE  of this saved document, not of the server\n"
                                              "  --smart          with the SMART data of all drives\n"
+                                             "  --jobs N         asking for N of them at a time, up to 64\n"
                                              "  and with what health is told to judge by",
                                              Options::Action::Show);
         AddOption("--document", m_Options.document, "FILE", "", show);
         AddJudging(show);
         show->add_flag("--smart", m_Options.hasSmart);
+        AddOption("--jobs", m_Jobs, "N", "", show);
     }
 
     void AddHealth() {
@@ -349,6 +351,7 @@ class Parser final {
         ChooseFormat();
         ChooseTimeLimit();
         ChooseHost();
+        ChooseJobs();
         switch (m_Options.action) {
             case Options::Action::Smart:
             case Options::Action::GetPDInfo:
@@ -478,6 +481,21 @@ class Parser final {
         m_Options.timeLimit = std::chrono::seconds(seconds);
     }
 
+    void ChooseJobs() {
+        constexpr std::size_t kMostJobs = 64;
+        if (!m_Jobs) {
+            return;
+        }
+        if (!m_Options.hasSmart) {
+            Reject("--jobs goes with --smart alone");
+        }
+        m_Options.jobs = basics::NumberFrom<std::size_t>(*m_Jobs).value_or(0);
+        if (m_Options.jobs < 1 || m_Options.jobs > kMostJobs) {
+            Reject("--jobs takes a number from 1 to " + std::to_string(kMostJobs) + ", not " +
+                   Quoted(*m_Jobs));
+        }
+    }
+
     void ChooseLimits() {
         const auto numberOf = [this](std::size_t limit) -> std::optional<std::uint32_t> {
             const auto& [name, text] = m_Limits.at(limit);
@@ -565,6 +583,7 @@ class Parser final {
     std::optional<std::string> m_Trace;
     std::optional<std::string> m_Format;
     std::optional<std::string> m_Timeout;
+    std::optional<std::string> m_Jobs;
     std::optional<std::string> m_Host;
     std::optional<std::string> m_Save;
     /// In the order of inventory::Limits.

@@ -53,6 +53,7 @@ struct Options {
     inventory::Limits limits;             ///< of Show and Health
     std::optional<std::string> acceptUntil, acceptReason;  ///< of Expect: what is not well is known
     bool hasSmart = false;                                 ///< of Show: every drive's SMART data as well
+    std::size_t jobs = 1;                                  ///< of Show: for how many drives to ask at a time
     bool isCompact = false;                ///< of the format Json: without the documents' items
     bool isVerbose = false;                ///< of Health
     std::string folder;                    ///< of Capture and Redact

@@ -37,6 +37,8 @@ std::unique_ptr<Progress> ProgressFor(const Options& options) {
 }
 
 ServerInquiry::ServerInquiry(const Options& options)
-    : m_Progress(ProgressFor(options)), m_Inquiry(RequestWith(options, m_Progress.get())) {}
+    : m_Progress(ProgressFor(options)),
+      m_Request(RequestWith(options, m_Progress.get())),
+      m_Inquiry(m_Request) {}
 
 }  // namespace command

@@ -24,8 +24,12 @@ class ServerInquiry final {
 
     calls::Inquiry* operator->() { return &m_Inquiry; }
 
+    /// For further inquiries, with the same progress; not to be used when this is gone.
+    [[nodiscard]] const calls::InquiryRequest& Request() const { return m_Request; }
+
   private:
     std::unique_ptr<Progress> m_Progress;
+    calls::InquiryRequest m_Request;
     calls::Inquiry m_Inquiry;
 };
 

@@ -3,7 +3,7 @@
 _mngsrvraid() {
     local subcommands="show smart health expect get-info get-pd-info capture redact diff"
     local options="--help --version --scenario --install-dir --timeout --trace --trace-file --app-key --output --host --format --compact"
-    local valued="--scenario --install-dir --timeout --trace --trace-file --app-key --output --host --format --document --redact-word
+    local valued="--scenario --install-dir --timeout --trace --trace-file --app-key --output --host --format --document --redact-word --jobs
         --expect --save --accept-until --reason --max-temperature --max-media-errors --max-media-error-growth --min-spares"
     local judging="--expect --max-temperature --max-media-errors --max-media-error-growth --min-spares"
     local scenarios="awkward empty half-failed huge large old small well
@@ -64,10 +64,10 @@ _mngsrvraid() {
             mapfile -t COMPREPLY < <(compgen -f -- "$word")
             return
             ;;
-        --app-key | --host | --timeout | --redact-word | --accept-until | --reason | --max-* | --min-spares) return ;;
+        --app-key | --host | --timeout | --jobs | --redact-word | --accept-until | --reason | --max-* | --min-spares) return ;;
     esac
     case $subcommand in
-        show) options+=" --document --smart $judging" ;;
+        show) options+=" --document --smart --jobs $judging" ;;
         health) options+=" --document --verbose $judging" ;;
         expect) options+=" --save --document --accept-until --reason" ;;
         capture) options+=" --redact --redact-word" ;;

@@ -6,7 +6,7 @@ function __mngsrvraid_subcommand
     set -e words[1]
     while set -q words[1]
         switch $words[1]
-            case --scenario --install-dir --timeout --trace --trace-file --app-key --output --host --format --document --redact-word \
+            case --scenario --install-dir --timeout --trace --trace-file --app-key --output --host --format --document --redact-word --jobs \
                     --expect --save --accept-until --reason --max-temperature --max-media-errors --max-media-error-growth --min-spares
                 set -e words[1]
             case show smart health expect get-info get-pd-info capture redact diff
@@ -73,6 +73,7 @@ complete -c mngsrvraid -n '__mngsrvraid_is expect' -l save -r -F -d 'Save to thi
 complete -c mngsrvraid -n '__mngsrvraid_is expect' -l accept-until -x -d 'What is not well is known up to this day'
 complete -c mngsrvraid -n '__mngsrvraid_is expect' -l reason -x -d 'Why it is accepted'
 complete -c mngsrvraid -n '__mngsrvraid_is show' -l smart -d 'With all SMART data'
+complete -c mngsrvraid -n '__mngsrvraid_is show' -l jobs -x -d 'With so many drives at a time'
 complete -c mngsrvraid -n '__mngsrvraid_is health' -l verbose -d 'Name each finding'
 complete -c mngsrvraid -n '__mngsrvraid_is capture' -l redact -d 'Without serial numbers'
 complete -c mngsrvraid -n '__mngsrvraid_is capture redact' -l redact-word -x -d 'And without this word'

@@ -170,6 +170,9 @@ TEST(BashCompletion, OffersWhatMayStandThere) {
     EXPECT_EQ(OfferedByBash("''"), "show smart health expect get-info get-pd-info capture redact diff\n");
     EXPECT_EQ(OfferedByBash("show --format j"), "json\n");
     EXPECT_EQ(OfferedByBash("show --s"), "--scenario --smart\n");
+    EXPECT_EQ(OfferedByBash("show --j"), "--jobs\n");
+    EXPECT_EQ(OfferedByBash("--jobs show s"), "show smart\n");
+    EXPECT_EQ(OfferedByBash("health --j"), "\n");
     EXPECT_EQ(OfferedByBash("health --v"), "--version --verbose\n");
     EXPECT_EQ(OfferedByBash("get-info --v"), "--version\n");
     EXPECT_EQ(OfferedByBash("capture --r"), "--redact --redact-word\n");
@@ -209,6 +212,8 @@ std::vector<std::string> OfferedByFish(const std::string& words) {
 TEST(FishCompletion, OffersWhatMayStandThere) {
     EXPECT_THAT(OfferedByFish("s"), testing::UnorderedElementsAre("show", "smart"));
     EXPECT_THAT(OfferedByFish("show --s"), testing::UnorderedElementsAre("--scenario", "--smart"));
+    EXPECT_THAT(OfferedByFish("show --j"), testing::ElementsAre("--jobs"));
+    EXPECT_THAT(OfferedByFish("health --j"), testing::IsEmpty());
     EXPECT_THAT(OfferedByFish("show --format=j"), testing::ElementsAre("--format=json"));
     EXPECT_THAT(OfferedByFish("--scenario faults/la"), testing::ElementsAre("faults/late"));
     EXPECT_THAT(OfferedByFish("get-info --re"), testing::IsEmpty());

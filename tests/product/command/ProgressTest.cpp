@@ -142,6 +142,18 @@ TEST(Progress, CaptureTellsHowManyDrivesAreDone) {
     EXPECT_EQ(Screen(sent).line, "");
 }
 
+TEST(Progress, OfSeveralJobsIsThatOfAllDrives) {
+    const TempFolder folder;
+    const std::filesystem::path server = folder.Path() / "server";
+    std::filesystem::copy(std::filesystem::path(COMMAND_TEST_SCENARIOS) / "small", server,
+                          std::filesystem::copy_options::recursive);
+    WriteFile(server / "pdinfo_pd252.1_a0.do", "sleep 1.5");
+    const std::string sent = Watch({"--scenario", server.string(), "show", "--smart", "--jobs", "2"}, 120);
+    EXPECT_THAT(sent, HasSubstr("\r0 of 3 done, controller 0: drive 252:"));
+    EXPECT_THAT(sent, HasSubstr("\r2 of 3 done, controller 0: drive 252:"));
+    EXPECT_EQ(Screen(sent).line, "");
+}
+
 TEST(Progress, IsSilentWhenTheTraceGoesToTheTerminal) {
     EXPECT_THAT(Watch({"--scenario", "small", "--trace", "2", "get-info"}, 80), testing::StrEq(""));
 }

@@ -1,6 +1,7 @@
 #include "supervision/Supervisor.h"
 
 #include "basics/Failure.h"
+#include "supervision/Descendants.h"
 #include "test_support/InChild.h"
 #include "test_support/Processes.h"
 #include "test_support/TempFolder.h"
@@ -224,6 +225,29 @@ TEST_F(Supervisor, PrivateFolderThatCannotBeMadeIsToldOf) {
     });
     EXPECT_TRUE(seen.starts_with("a folder for temporary files cannot be made: ")) << seen;
     EXPECT_NE(seen.find("TMPDIR"), std::string::npos) << seen;
+}
+
+TEST(Descendants, CommandBelowIsThatOfTheFirstOtherProgram) {
+    const pid_t worker = ::fork();
+    if (worker == 0) {
+        const pid_t job = ::fork();
+        if (job == 0) {
+            if (::fork() == 0) {
+                ::execl("/bin/sleep", "/bin/sleep", "61", static_cast<char*>(nullptr));
+                ::_exit(127);
+            }
+            ::pause();
+        }
+        ::pause();
+    }
+    EXPECT_TRUE(ComesTrue([&] { return CommandBelow(worker) == "sleep 61"; })) << CommandBelow(worker);
+    EXPECT_EQ(CommandBelow(::getpid()), "sleep 61");
+    for (const Process& process : DescendantsOf(worker)) {
+        ::kill(process.id, SIGKILL);
+    }
+    EXPECT_EQ(CommandBelow(worker), "");
+    ::kill(worker, SIGKILL);
+    EXPECT_EQ(::waitpid(worker, nullptr, 0), worker);
 }
 
 }  // namespace

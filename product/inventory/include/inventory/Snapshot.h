@@ -17,6 +17,14 @@ struct ToolRuns {
     std::size_t failures = 0;    ///< commands that came to no good end
     std::size_t failedRuns = 0;  ///< runs that failed, those that another run mended included
     std::chrono::duration<double> duration{0};
+
+    ToolRuns& operator+=(const ToolRuns& more) {
+        commands += more.commands;
+        failures += more.failures;
+        failedRuns += more.failedRuns;
+        duration += more.duration;
+        return *this;
+    }
 };
 
 /// The answer about one drive, SMART data included, with what was asked for.
