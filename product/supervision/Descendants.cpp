@@ -25,6 +25,11 @@ constexpr std::chrono::seconds kTimeToEnd{1};
 constexpr std::chrono::seconds kTimeToBeKilled{5};
 constexpr std::chrono::milliseconds kLook{10};
 
+fs::path ProgramOf(pid_t process) {
+    std::error_code gone;
+    return fs::read_symlink(fs::path("/proc") / std::to_string(process) / "exe", gone);
+}
+
 // False when there is no child left to wait for.
 bool Reap() noexcept {
     pid_t child = 0;
@@ -48,6 +53,16 @@ std::string CommandOf(pid_t process) {
     const std::size_t end = command.find(' ');
     const std::size_t folder = command.substr(0, end).rfind('/');
     return folder == std::string::npos ? command : command.substr(folder + 1);
+}
+
+std::string CommandBelow(pid_t process) {
+    std::string command;
+    for (const pid_t child : basics::ChildrenOf(process)) {
+        if (command.empty()) {
+            command = ProgramOf(child) == ProgramOf(process) ? CommandBelow(child) : CommandOf(child);
+        }
+    }
+    return command;
 }
 
 bool EndDescendants() {
