@@ -89,7 +89,7 @@ struct Bench {
 
     /// Until nothing runs and nothing is due.
     void Settle() {
-        for (Work(); !courier.Processes().empty(); Work()) {
+        for (Work(); !courier.Processes().empty() && !testing::Test::HasFatalFailure(); Work()) {
             WaitForOne();
         }
     }

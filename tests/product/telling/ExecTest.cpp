@@ -226,7 +226,7 @@ TEST_F(ExecTest, HasNothingOfTheService) {
     ::sigprocmask(SIG_BLOCK, &blocked, nullptr);
     ::signal(SIGPIPE, SIG_IGN);
     Run("for file in /proc/$$/fd/*; do readlink $file; done > " + Mark() + "\n" +
-        "grep -E 'Sig(Blk|Ign)' /proc/$$/status >> " + Mark() + "\npwd >> " + Mark() + "\n" +
+        "grep -E 'Sig(Blk|Ign)' /proc/self/status >> " + Mark() + "\npwd >> " + Mark() + "\n" +
         "test $(cut -d' ' -f6 /proc/$$/stat) -ne " + std::to_string(::getsid(0)) +
         " && echo 'a session of its own' >> " + Mark() + "\n");
     ::sigprocmask(SIG_UNBLOCK, &blocked, nullptr);
