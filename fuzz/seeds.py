@@ -196,7 +196,7 @@ def drive_calls(scenarios):
 
 
 def scenario_files(scenarios):
-    """Arguments, then server.conf, v.txt, the command's own instructions and text, and any.do."""
+    """Arguments, then server.conf, v.txt, the command's own instructions and text, any.do, timeline and inquiries."""
     inputs = []
     commands = (b"-v", b"-ctrlinfo -a0", b"-ctrlinfo -aAll", b"-ldpdinfo -a1", b"-pdinfo -a0", b"-pdinfo -nosmart -a0",
                 b"-pdinfo -pd[8:3] -a0", b"-pdinfo -x")
@@ -211,6 +211,16 @@ def scenario_files(scenarios):
             server = servers[(number + other) % len(servers)]
             texts = [words, server, b"Product Version : 4.1\n", lines, report if other % 2 else b"", b"" if other % 3 else lines]
             inputs.append(SECTION.join(texts))
+    inquiries = b"".join(b"%015d\n" % time for time in (5000, 9000, 27000))
+    timelines = [b"0 well\n20 failed # for good\n", b"count inquiries\n0 .\n1 failed\n2 well\nrepeat 3\n",
+                 b"count seconds\n0 failed\n30 well\nrepeat 31\n", b"5 well\n", b"0 ../well\n", b"0 well\n10 faild\n",
+                 b"0 well\nrepeat 0\n", b"repeat 3\n0 well\n", b"0 well\n5 .\n5 failed\n", b"count days\n", b"#\n"]
+    for timeline in timelines:
+        for state in (b"", inquiries, inquiries[:40], b"soon, very soon\n"):
+            inputs.append(SECTION.join([b"-pdinfo -a0", b"drives 2\n", b"", b"", report, b"", timeline, state]))
+    drive = b" Enclosure No. : 8\n Slot No. : 3\n"
+    for text in (report + drive, b"PD0(LD0)\n" + drive + b"PD1(GHS)\n" + drive, drive):
+        inputs.append(SECTION.join([b"-pdinfo -pd[8:3] -a0", b"", b"", b"", text]))
     return inputs
 
 

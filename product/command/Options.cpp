@@ -138,12 +138,12 @@ class Parser final {
     Parser& operator=(const Parser&) = delete;
 
     [[nodiscard]] Options Parse(int count, const char* const* words) {
-        // Before parsing: afterwards it would be the help of the subcommand alone.
-        m_Options.helpText = m_App.help();
         try {
             m_App.parse(count, words);
         } catch (const CLI::CallForHelp&) {
             m_Options.action = Options::Action::Help;
+            // Of one that has parsed nothing: of this one it would be the help of the subcommand alone.
+            m_Options.helpText = Parser().m_App.help();
             return m_Options;
         } catch (const CLI::ArgumentMismatch& error) {
             Reject(InOwnWords(error));

@@ -34,7 +34,10 @@ set -l scenarios awkward empty half-failed huge large old small well \
     levels/raid10-pulled-while-rebuilding levels/raid10-rebuilding levels/raid5-gone \
     levels/raid5-pulled levels/raid5-rebuilding levels/raid50-gone levels/raid6-one-gone \
     levels/raid6-one-gone-one-rebuilding levels/raid6-two-gone levels/raid60-one-gone \
-    levels/raid60-two-gone levels/unused-bad
+    levels/raid60-two-gone levels/unused-bad watch/flaps watch/flaps/by-inquiry watch/grows-errors \
+    watch/grows-errors/by-inquiry watch/half-told watch/half-told/by-inquiry watch/hangs \
+    watch/hangs/by-inquiry watch/loses-drive watch/loses-drive/by-inquiry watch/moves \
+    watch/moves/by-inquiry
 complete -c mngsrvraid -f
 
 complete -c mngsrvraid -s h -l help -d 'Print a summary with examples'

@@ -151,7 +151,9 @@ class RedactedScenario : public testing::TestWithParam<std::string> {
     /// The scenario, less what the tool does but say, and of many controllers that are alike the first four.
     void CopyServer(const fs::path& scenario) const {
         for (const auto& file : fs::directory_iterator(scenario)) {
-            if (file.path().extension() != ".do") {
+            if (file.is_directory()) {  // a stage of a server that changes
+                fs::copy(file.path(), m_Server.Path() / file.path().filename(), fs::copy_options::recursive);
+            } else if (file.path().extension() != ".do") {
                 const std::string text = ReadFile(file.path());
                 WriteFile(m_Server.Path() / file.path().filename(),
                           file.path().filename() == "server.conf"

@@ -96,12 +96,40 @@ constexpr std::pair<const char*, int> kRules[] = {
     {"levels/raid60-one-gone", 1},
     {"levels/raid60-two-gone", 2},
     {"levels/unused-bad", 1},
+    {"watch/flaps", 0},
+    {"watch/flaps/back", 1},
+    {"watch/flaps/gone", 2},
+    {"watch/grows-errors", 0},
+    {"watch/grows-errors/errors-4", 0},
+    {"watch/grows-errors/errors-8", 0},
+    {"watch/grows-errors/errors-12", 0},
+    {"watch/grows-errors/errors-16", 0},
+    {"watch/grows-errors/errors-20", 0},
+    {"watch/half-told", 0},
+    {"watch/half-told/lost", 3},
+    {"watch/hangs", 0},
+    {"watch/loses-drive", 0},
+    {"watch/loses-drive/well", 0},
+    {"watch/loses-drive/announced", 1},
+    {"watch/loses-drive/failed", 2},
+    {"watch/loses-drive/pulled", 2},
+    {"watch/loses-drive/rebuilding", 1},
+    {"watch/loses-drive/mended", 0},
+    {"watch/moves", 0},
+    {"watch/moves/moved", 0},
+    {"watch/moves/swapped", 0},
 };
 
 TEST(Health, OfEachRuleIsAsItsScenarioSays) {
     for (const auto& [scenario, status] : kRules) {
         EXPECT_EQ(RunCommand({"--scenario", scenario, "health"}).ExitStatus(), status) << scenario;
     }
+}
+
+TEST(Health, OfAToolThatHangsIsUnknown) {
+    const Ended ended = RunCommand({"--scenario", "watch/hangs/hung", "--timeout", "1", "health"});
+    EXPECT_EQ(ended.ExitStatus(), 3);
+    EXPECT_EQ(ended.out, "RAID UNKNOWN - vdkcli -v did not end within 1 s, and was ended\n");
 }
 
 TEST(Show, FailureBearsItsOwnNameAndItsReport) {
@@ -121,6 +149,19 @@ TEST(Show, MetricsCountEveryRunThatFailed) {
     EXPECT_EQ(ended.ExitStatus(), 0);
     EXPECT_THAT(ended.out, HasSubstr("\nraid_tool_failed_commands 1\n"));
     EXPECT_THAT(ended.out, HasSubstr("\nraid_tool_failed_runs 3\n"));
+}
+
+TEST(Show, MetricsTellHowLongTheToolTook) {
+    const TempFolder folder;
+    fs::copy(fs::path(COMMAND_TEST_SCENARIOS) / "small", folder.Path() / "server",
+             fs::copy_options::recursive);
+    folder.Write("server/v.do", "sleep 0.5\n");
+    folder.Write("server/ctrlinfo_aAll.do", "fail-first 1\n");  // The module pauses for a second.
+    const Ended ended = RunCommand({"--scenario", folder / "server", "show", "--format", "prometheus"});
+    const std::string name = "\nraid_tool_duration_seconds ";
+    const std::size_t at = ended.out.find(name);
+    ASSERT_NE(at, std::string::npos) << ended.out;
+    EXPECT_GE(std::stod(ended.out.substr(at + name.size())), 1.5);
 }
 
 TEST(Health, IsAWarningWhileADriveIsRebuilt) {
@@ -147,14 +188,16 @@ TEST(Health, IsUnknownWithoutTheModule) {
 }
 
 TEST(Health, IsUnknownWhenItIsInterrupted) {
-    const InstallRoot root;
-    const Command command{.words = {"--install-dir", root.Path(), "--scenario", "faults/slow", "health"}};
+    const TemporaryDirectory temporary;
+    const Command command{.words = {"--scenario", "faults/slow", "health"},
+                          .environment = temporary.Environment()};
     const auto running = command.Start();
-    ASSERT_TRUE(ComesTrue([&] { return !root.ResultFiles().empty(); }));
+    ASSERT_TRUE(ComesTrue([&] { return !temporary.ResultFiles().empty(); }));
     ::kill(running->Process(), SIGTERM);
     const Ended ended = running->Wait();
     EXPECT_EQ(ended.ExitStatus(), 3);
     EXPECT_EQ(ended.out, "RAID UNKNOWN - interrupted\n");
+    EXPECT_TRUE(temporary.Names().empty());
 }
 
 TEST(Health, IsNotMeantByAnArgumentOfThatName) {

@@ -16,13 +16,16 @@ class SandboxError final : public std::runtime_error {
 /// which the RAID tool's directory is
 ///
 ///     /opt/zorbalt/vdk/cli/vdkcli    the simulator
-///     /opt/zorbalt/vdk/scenario      the scenario, read-only
+///     /opt/zorbalt/vdk/scenario      the scenario, read-only; of a stage, the folder above it comes along
 ///     /opt/zorbalt/vdk/state         empty and writable: what the simulator remembers from run to run
 ///     /opt/zorbalt/vdk/lib           empty
 ///
 /// A tool that is installed stays as it is for everybody else, and where there is no such directory none is
 /// made: the nearest directory above it is covered, with its other entries brought back in. Where the process
 /// is not root it enters a user namespace of its own, in which its user and group are the only ones known.
+///
+/// The state, and with it the time of a scenario that changes, lasts as long as a process lives that has this
+/// view: whoever calls this starts over.
 ///
 /// There is no way back. To be called while the process has one thread; descriptors that are open and the
 /// working directory stay what they are. Paths may be relative and may lead through symbolic links. Throws
