@@ -121,8 +121,7 @@ ExitStatus Test(const Options& options) {
 /// A folder that goes with the process, for what a made-up server's history is.
 class TemporaryFolder final {
   public:
-    TemporaryFolder() {
-        m_Path = (fs::temp_directory_path() / "mngsrvraidd.XXXXXX").string();
+    TemporaryFolder() : m_Path((fs::temp_directory_path() / "mngsrvraidd.XXXXXX").string()) {
         if (::mkdtemp(m_Path.data()) == nullptr) {
             basics::FailSurroundings("no folder for the history can be made: " + basics::ErrorText(errno));
         }

@@ -86,7 +86,12 @@ class Serving : public testing::Test {
 
     // Until all channels have been told.
     void Deliver() {
-        for (m_Service->Work(m_Now); m_Service->HasChildren(); m_Service->Work(m_Now)) {
+        for (;;) {
+            m_Service->Work(m_Now);
+            m_Service->Work(m_Now);  // What has become of the last may be something to tell.
+            if (!m_Service->HasChildren()) {
+                return;
+            }
             int status = 0;
             const pid_t child = ::waitpid(-1, &status, 0);
             ASSERT_GT(child, 0);
@@ -264,12 +269,14 @@ TEST_F(Serving, NothingGrowsInTwentyFourDays) {
     liveADay();
     liveADay();
     const std::size_t descriptors = OpenDescriptors();
-    const std::size_t pages = ResidentPages();
+    [[maybe_unused]] const std::size_t pages = ResidentPages();
     for (int day = 2; day < kDays; ++day) {
         liveADay();
     }
     EXPECT_EQ(OpenDescriptors(), descriptors);
+#if !defined(__SANITIZE_ADDRESS__)            // The sanitizer keeps what is freed.
     EXPECT_LT(ResidentPages(), pages + 512);  // two megabytes, for what the allocator keeps
+#endif
     EXPECT_EQ(m_Service->WaitingFor("pager"), 0U);
     EXPECT_EQ(Told().size(), 24U * 4);  // a drive and a logical drive, begun and ended, each day
     EXPECT_LE(::waitpid(-1, nullptr, WNOHANG), 0);
