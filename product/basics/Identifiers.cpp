@@ -14,8 +14,22 @@ constexpr std::string_view kFillers[] = {
     "empty",      "invalid",   "default",     "default string", "system serial number"};
 constexpr std::string_view kFillerFronts[] = {"not ", "no ", "to be filled"};
 
-constexpr std::string_view kRedactedKinds[] = {"serial-", "wwn-"};
+// Fronts of words; no other word ends so, or else one must not go on there: "ghost-0001" is somebody's own.
+constexpr std::string_view kRedactedKinds[] = {"serial-", "wwn-", "uuid-", "licence-"};
+constexpr std::string_view kRedactedEverydayKinds[] = {"tag-", "host-", "ip-", "mac-", "mail-", "word-"};
 constexpr std::size_t kFewestDigits = 4;
+
+bool HoldsWord(std::string_view text, std::string_view kind, bool mayGoOn) {
+    for (std::size_t at = text.find(kind); at != std::string_view::npos; at = text.find(kind, at + 1)) {
+        const std::string_view number = text.substr(at + kind.size());
+        const auto end = std::find_if_not(number.begin(), number.end(), IsDigit);
+        if (static_cast<std::size_t>(end - number.begin()) >= kFewestDigits &&
+            (mayGoOn || at == 0 || !IsLetter(text[at - 1]))) {
+            return true;
+        }
+    }
+    return false;
+}
 
 }  // namespace
 
@@ -37,11 +51,10 @@ bool StandsForNothing(std::string_view value) {
 }
 
 bool IsRedacted(std::string_view value) {
-    return std::any_of(std::begin(kRedactedKinds), std::end(kRedactedKinds), [&](std::string_view kind) {
-        const std::string_view number = value.substr(std::min(kind.size(), value.size()));
-        return value.starts_with(kind) && number.size() >= kFewestDigits &&
-               std::all_of(number.begin(), number.end(), IsDigit);
-    });
+    return std::any_of(std::begin(kRedactedKinds), std::end(kRedactedKinds),
+                       [value](std::string_view kind) { return HoldsWord(value, kind, true); }) ||
+           std::any_of(std::begin(kRedactedEverydayKinds), std::end(kRedactedEverydayKinds),
+                       [value](std::string_view kind) { return HoldsWord(value, kind, false); });
 }
 
 }  // namespace basics

@@ -20,11 +20,13 @@ TEST(IdentifiersTest, FillersStandForNothing) {
 }
 
 TEST(IdentifiersTest, RedactedWordsAreKnown) {
-    for (const char* const value : {"serial-0001", "serial-12345", "wwn-0012"}) {
+    for (const char* const value :
+         {"serial-0001", "serial-12345", "wwn-0012", "host-0001.example", "naa.wwn-0001",
+          "TF600Sserial-0001X15", "serial-1 serial-0002", "serial-0001 "}) {
         EXPECT_TRUE(IsRedacted(value)) << value;
     }
     for (const char* const value : {"", "serial", "serial-", "serial-001", "serial-00A1", "Serial-0001",
-                                    "raid-0001", "xserial-0001", "serial-0001 "}) {
+                                    "raid-0001", "ghost-0001", "host-000x"}) {
         EXPECT_FALSE(IsRedacted(value)) << value;
     }
 }

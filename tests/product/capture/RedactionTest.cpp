@@ -1,5 +1,8 @@
 #include "Redaction.h"
 
+#include "Kinds.h"
+#include "basics/Identifiers.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -290,6 +293,14 @@ TEST(Redaction, InstructionsStayButForLongValues) {
     EXPECT_EQ(
         redaction.RedactInstructions("exit 3  # as AB12 does, exit\nmarker 7K00025200C4\nmarker AB12\n"),
         "exit 3  # as serial-0002 does, word-0001\nmarker serial-0001\nmarker AB12\n");
+}
+
+// Whoever compares two captures has to know what says nothing.
+TEST(Redaction, ItsWordsAreKnownAsSuch) {
+    for (const Kind kind : AllKinds()) {
+        EXPECT_TRUE(basics::IsRedacted(WordFor({kind, 1}))) << WordFor({kind, 1});
+        EXPECT_TRUE(basics::IsRedacted(WordFor({kind, 12345}))) << WordFor({kind, 12345});
+    }
 }
 
 TEST(Redaction, CountsThePlacesOfEachWord) {

@@ -159,29 +159,6 @@ TEST(DifferencesJson, AnyBytesMakeValidUtf8) {
     EXPECT_EQ(DiffJson::parse(text)["before"]["source"], "\xEF\xBF\xBD.xml");
 }
 
-/// What jq answers about those.
-std::string AskJqAboutChanges(const std::string& question) {
-    const TempFolder folder;
-    folder.Write("changes.json", EveryKind());
-    const testsupport::Command command{.words = {"-r", question, folder / "changes.json"},
-                                       .program = "/usr/bin/jq"};
-    const testsupport::Ended ended = command.Run();
-    EXPECT_EQ(ended.err, "");
-    return ended.out;
-}
-
-TEST(DifferencesJson, AnswersWhatAdministratorsAskWithJq) {
-    EXPECT_EQ(AskJqAboutChanges(".changes[] | select(.key == null and .kind == \"vanished\" and .serial) | "
-                                "[.place, .model, .serial] | @tsv"),
-              "controller 0, the drive in enclosure 252 slot 3\tTF600S15\t7K03\n");
-    EXPECT_EQ(AskJqAboutChanges(
-                  ".changes[] | select(.kind == \"replaced\") | .from.serial + \" -> \" + .to.serial"),
-              "7K01 -> 9X01\n");
-    EXPECT_EQ(AskJqAboutChanges(".changes[] | select(.key // \"\" | endswith(\"Rate\")) | [.place, .before, "
-                                ".after] | @tsv"),
-              "controller 0\t\t30 %\n");
-}
-
 // Each one change to differences that the schema accepts.
 struct DiffDamage {
     const char* name;

@@ -10,8 +10,8 @@ namespace basics {
 /// Available". In any letter case.
 [[nodiscard]] bool StandsForNothing(std::string_view value);
 
-/// Whether redaction has put it in a value's place: "serial-0001". The same word means different pieces of
-/// hardware in different captures.
+/// Whether redaction has put a word in the value's place, or in that of a part of it: "serial-0001". The same
+/// word means different things in different captures.
 [[nodiscard]] bool IsRedacted(std::string_view value);
 
 }  // namespace basics
