@@ -214,10 +214,17 @@ void Redaction::Collect(std::string_view text) {
             isSectionAboutVersions ||
             (std::count(line.begin(), line.end(), '.') >= 3 && SpeaksOfVersions(line));
         FindShapes(line, isAboutVersions, [this](Kind kind, std::string_view part) {
-            if (!StandsForNothing(part)) {
+            if (!StandsForNothing(part) && !m_Values.HoldsKept(part)) {
                 (void)m_Values.Add(kind, part);
             }
         });
+    });
+}
+
+void Redaction::CollectInstructions(std::string_view text) {
+    ForEachLine(text, [this](std::string_view line) {
+        const std::size_t comment = line.find('#');
+        Collect(comment == line.npos ? "" : line.substr(comment));
     });
 }
 
@@ -294,7 +301,7 @@ std::string Redaction::RedactInstructions(std::string_view text) {
     return std::move(m_Out);
 }
 
-std::vector<Redaction::Replacement> Redaction::Replacements() const {
+std::vector<Redaction::Replacement> Redaction::Replaced() const {
     std::vector<Replacement> replacements;
     for (const KnownValues::Word& word : m_Values.Words()) {
         if (word.places > 0) {
