@@ -7,6 +7,7 @@
 #include "RedactedTexts.h"
 #include "basics/Failure.h"
 #include "basics/Text.h"
+#include "calls/InstallRoot.h"
 #include "inventory/Server.h"
 #include "scenario/ScenarioText.h"
 

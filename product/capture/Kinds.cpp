@@ -196,26 +196,6 @@ bool SpeaksOfAddresses(std::string_view key) {
     return Contains(InLowerCase(key), "addr");
 }
 
-bool StandsForNothing(std::string_view value) {
-    static const std::set<std::string, std::less<>> kWords = {
-        "none",       "null",      "unknown",        "unavailable", "unsupported",
-        "unassigned", "undefined", "unspecified",    "absent",      "n/a",
-        "empty",      "invalid",   "default string", "default",     "system serial number"};
-    const std::string lower = InLowerCase(value);
-    std::string_view rest = lower;
-    if (rest.starts_with("0x")) {
-        rest.remove_prefix(2);
-    }
-    // "00:00:00:00" too; but "7" may be somebody's.
-    const bool isOneCharacter = std::all_of(rest.begin(), rest.end(),
-                                            [first = rest.empty() ? '\0' : rest.front()](char each) {
-                                                return each == first || !basics::IsAlphanumeric(each);
-                                            }) &&
-                                (rest.size() != 1 || rest == "0");
-    return isOneCharacter || kWords.count(lower) > 0 || rest.starts_with("not ") || rest.starts_with("no ") ||
-           rest.starts_with("to be filled");
-}
-
 bool IsReportWord(std::string_view word) {
     static const std::set<std::string, std::less<>> kWords = {
         "absent",   "active",   "alert",     "array",          "auto",         "back",       "backplane",

@@ -45,9 +45,6 @@ struct WordInText {
 /// Whether a key speaks of an address without saying of what: its values tell.
 [[nodiscard]] bool SpeaksOfAddresses(std::string_view key);
 
-/// Whether all that have none have the same value: "N/A", "Unknown", "0000000000000000".
-[[nodiscard]] bool StandsForNothing(std::string_view value);
-
 /// Whether reports use the word for the state of parts and settings: "Enabled", "Optimal", "PD12". It stays
 /// where it says that, also when somebody calls a host so.
 [[nodiscard]] bool IsReportWord(std::string_view word);

@@ -1,6 +1,7 @@
 #include "Redaction.h"
 
 #include "Shapes.h"
+#include "basics/Identifiers.h"
 #include "basics/Words.h"
 
 #include <algorithm>
@@ -138,14 +139,14 @@ void Redaction::ForEachItem(Kind kind, std::string_view value, const SeeItem& se
         const std::string_view item = Core(kind == Kind::Ip ? listed.substr(0, listed.find('/')) : listed);
         const std::vector<std::string_view> words = basics::Words(item, " \t");
         if (words.size() < 2 || !IsOfOneWord(kind) || AreGroupsOfOne(words)) {
-            if (!StandsForNothing(item)) {
+            if (!basics::StandsForNothing(item)) {
                 see(WithoutFront(item));
             }
             continue;
         }
         for (const std::string_view word : words) {
             const std::string_view core = Core(word);
-            if (HasDigit(core) && !StandsForNothing(core)) {
+            if (HasDigit(core) && !basics::StandsForNothing(core)) {
                 see(WithoutFront(core));
             }
         }
@@ -173,7 +174,7 @@ void Redaction::CollectPhrase(Kind kind, std::string_view phrase) {
         return;
     }
     const auto isValue = [](std::string_view word) {
-        return HasDigit(word) && !StandsForNothing(Core(word));
+        return HasDigit(word) && !basics::StandsForNothing(Core(word));
     };
     const bool isOne = std::count_if(words.begin(), words.end(), isValue) == 1;
     for (const std::string_view word : words) {
@@ -187,7 +188,7 @@ void Redaction::CollectPhrase(Kind kind, std::string_view phrase) {
 void Redaction::AddHost(std::string_view name) {
     name = Core(basics::Trimmed(name));
     const std::string_view first = name.substr(0, name.find('.'));
-    if (StandsForNothing(name)) {
+    if (basics::StandsForNothing(name)) {
         return;
     }
     const KnownValues::Index host = m_Values.Add(Kind::Host, name);
@@ -214,7 +215,7 @@ void Redaction::Collect(std::string_view text) {
             isSectionAboutVersions ||
             (std::count(line.begin(), line.end(), '.') >= 3 && SpeaksOfVersions(line));
         FindShapes(line, isAboutVersions, [this](Kind kind, std::string_view part) {
-            if (!StandsForNothing(part) && !m_Values.HoldsKept(part)) {
+            if (!basics::StandsForNothing(part) && !m_Values.HoldsKept(part)) {
                 (void)m_Values.Add(kind, part);
             }
         });

@@ -33,7 +33,7 @@ Exit status:
   2  the command line is wrong
   3  the call failed with a WBEM status, or gave no result
   4  the surroundings failed: the module, the scenario, the private view of the
-     file system, a file to read, or the output
+     file system, a file to read, or the output. Of diff: the method, too
   Of health: 0 well, 1 warning, 2 critical, 3 unknown, as monitoring plug-ins have it
 
 Examples:
@@ -50,6 +50,7 @@ Examples:
   mngsrvraid capture ./my-server --redact      record this server for support
   mngsrvraid --scenario ./my-server show       show what was recorded
   mngsrvraid redact ./my-server                for a capture that was made without --redact
+  mngsrvraid diff ./my-server raid.xml         what has changed since then
   mngsrvraid --scenario small get-pd-info 0 252 0
   mngsrvraid --scenario small --trace-file trace.txt get-info)";
 
@@ -117,7 +118,8 @@ class Parser final {
                   "What the server is called in what is printed; by default as\nthis machine, but for "
                   "scenarios and saved documents");
         AddOption("--format", m_Format, "FORMAT",
-                  "Of show, smart, get-info and get-pd-info: xml, tree, table, json,\nhtml or prometheus");
+                  "Of show, smart, get-info and get-pd-info: xml, tree, table, json,\nhtml or prometheus; "
+                  "of diff: table or json");
         m_App.add_flag("--compact", m_Options.isCompact,
                        "Of the format json: without the items of the documents");
         AddShow();
@@ -136,12 +138,12 @@ class Parser final {
     Parser& operator=(const Parser&) = delete;
 
     [[nodiscard]] Options Parse(int count, const char* const* words) {
-        // Before parsing: afterwards it would be the help of the subcommand alone.
-        m_Options.helpText = m_App.help();
         try {
             m_App.parse(count, words);
         } catch (const CLI::CallForHelp&) {
             m_Options.action = Options::Action::Help;
+            // Of one that has parsed nothing: of this one it would be the help of the subcommand alone.
+            m_Options.helpText = Parser().m_App.help();
             return m_Options;
         } catch (const CLI::ArgumentMismatch& error) {
             Reject(InOwnWords(error));
@@ -257,7 +259,8 @@ class Parser final {
     void AddDiff() {
         CLI::App* const diff =
             AddSubcommand("diff",
-                          "OLD NEW: what changed from one saved document to another\n"
+                          "OLD NEW: what changed between two documents,\n"
+                          "captures or scenarios\n"
                           "  --all            with what always moves, such as temperatures",
                           Options::Action::Diff);
         diff->add_flag("--all", m_Options.hasAll);
@@ -371,7 +374,7 @@ class Parser final {
                 CheckRedactWords();
                 break;
             case Options::Action::Diff:
-                Need(m_Options.after, "diff needs two saved documents: OLD NEW");
+                CheckSides();
                 break;
             default:
                 break;
@@ -395,6 +398,29 @@ class Parser final {
         }
     }
 
+    void CheckSides() const {
+        for (const std::string& side : {m_Options.before, m_Options.after}) {
+            Need(side, "diff needs two saved documents, captures or scenarios: OLD NEW");
+        }
+        if (m_Options.before == "-" && m_Options.after == "-") {
+            Reject("standard input is one document: - can be OLD or NEW, not both");
+        }
+        if (m_Options.scenario) {
+            Reject("--scenario does not go with diff, which takes a scenario as OLD or NEW");
+        }
+    }
+
+    void ChooseDiffFormat() {
+        const std::string format = m_Format.value_or("table");
+        if (format != "table" && format != "json") {
+            Reject("--format of diff takes table or json, not " + Quoted(format));
+        }
+        if (m_Options.isCompact) {
+            Reject("--compact does not go with diff");
+        }
+        m_Options.format = format == "json" ? Options::Format::Json : Options::Format::Table;
+    }
+
     void ChooseFormat() {
         switch (m_Options.action) {
             case Options::Action::Show:
@@ -405,6 +431,9 @@ class Parser final {
             case Options::Action::GetPDInfo:
                 m_Options.format = Options::Format::Xml;
                 break;
+            case Options::Action::Diff:
+                ChooseDiffFormat();
+                return;
             default:
                 if (m_Format) {
                     Reject("--format does not go with " + m_Options.subcommand);

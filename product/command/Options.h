@@ -59,7 +59,7 @@ struct Options {
     bool isRedacted = false;               ///< of Capture
     std::vector<std::string> redactWords;  ///< of Capture and Redact: what is replaced besides
     bool hasAll = false;                   ///< of Diff: what always moves as well
-    std::string before, after;             ///< of Diff: files of documents
+    std::string before, after;             ///< of Diff: documents or scenarios
     std::chrono::seconds timeLimit{0};     ///< for what runs the tool; 0: none
     unsigned traceLevels = 0;
     std::string helpText;

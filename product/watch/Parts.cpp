@@ -27,7 +27,7 @@ Finding AboutOf(PartKind kind, const Controller& controller, const std::string& 
 
 }  // namespace
 
-Watch::Present::Present(const inventory::Snapshot& snapshot) {
+Present::Present(const inventory::Snapshot& snapshot) {
     const std::vector<Controller>& controllers = snapshot.TheServer().controllers;
     for (const Controller& controller : controllers) {
         for (const inventory::Drive& drive : controller.drives) {
@@ -38,14 +38,17 @@ Watch::Present::Present(const inventory::Snapshot& snapshot) {
         Finding about = AboutOf(PartKind::Controller, controller, "", "");
         about.product = controller.product;
         about.serial = controller.serial;
-        Add({.about = about, .health = controller.health});
+        Add({.about = about, .words = controller.status, .health = controller.health});
         for (const inventory::BackupUnit& unit : controller.backupUnits) {
-            Add({.about = AboutOf(PartKind::Unit, controller, "", unit.name), .health = unit.health});
+            Add({.about = AboutOf(PartKind::Unit, controller, "", unit.name),
+                 .words = unit.status.empty() ? unit.presence : unit.status,
+                 .health = unit.health});
         }
         for (const inventory::Group& group : controller.groups) {
             Add({.about = AboutOf(PartKind::Group, controller, group.number, ""), .health = group.health});
             for (const inventory::LogicalDrive& drive : group.logicalDrives) {
                 Add({.about = AboutOf(PartKind::LogicalDrive, controller, group.number, drive.number),
+                     .words = drive.state,
                      .health = drive.health});
             }
         }
@@ -53,7 +56,7 @@ Watch::Present::Present(const inventory::Snapshot& snapshot) {
     }
 }
 
-void Watch::Present::AddDrives(const Controller& controller) {
+void Present::AddDrives(const Controller& controller) {
     for (const inventory::Drive& drive : controller.drives) {
         Finding about = AboutOf(PartKind::Drive, controller, drive.group, drive.number);
         about.enclosure = drive.enclosure;
@@ -61,6 +64,7 @@ void Watch::Present::AddDrives(const Controller& controller) {
         about.product = drive.product;
         about.serial = drive.serial;
         Add({.about = std::move(about),
+             .words = StatusOf(drive),
              .health = drive.health,
              .drive = &drive,
              .group = GroupOf(controller, drive)});
@@ -68,7 +72,7 @@ void Watch::Present::AddDrives(const Controller& controller) {
 }
 
 // The first of those that nobody can tell apart is the one that is meant.
-void Watch::Present::Add(Part part) {
+void Present::Add(SeenPart part) {
     part.key = KeyOf(part.about);
     part.place = PlaceOf(part.about);
     m_ByKey.try_emplace(part.key, parts.size());
@@ -76,23 +80,23 @@ void Watch::Present::Add(Part part) {
     parts.push_back(std::move(part));
 }
 
-const Watch::Present::Part* Watch::Present::Find(const std::string& key) const {
+const SeenPart* Present::Find(const std::string& key) const {
     const auto found = m_ByKey.find(key);
     return found == m_ByKey.end() ? nullptr : &parts[found->second];
 }
 
-const Watch::Present::Part* Watch::Present::At(const std::string& place) const {
+const SeenPart* Present::At(const std::string& place) const {
     const auto found = m_ByPlace.find(place);
     return found == m_ByPlace.end() ? nullptr : &parts[found->second];
 }
 
-std::string Watch::Present::KeyOf(const Finding& finding) const {
+std::string Present::KeyOf(const Finding& finding) const {
     const auto told = m_Serials.find(finding.serial);
     const bool isUnique = !finding.serial.empty() && (told == m_Serials.end() || told->second == 1);
     return finding.kind == PartKind::Drive && isUnique ? "drive/" + finding.serial : PlaceOf(finding);
 }
 
-std::string Watch::Present::PlaceOf(const Finding& finding) {
+std::string Present::PlaceOf(const Finding& finding) {
     switch (finding.kind) {
         case PartKind::Drive:
             return SlotKey(finding.controller, finding.enclosure, finding.slot, finding.part);

@@ -122,7 +122,7 @@ void Watch::CompareParts(const Present& present, TimePoint now) {
         ++known.missing;
     }
     std::unordered_set<std::string> newControllers;
-    for (const Present::Part& part : present.parts) {
+    for (const SeenPart& part : present.parts) {
         const auto [at, isNew] = m_Parts.try_emplace(part.key, KnownPart{part.key, part.place, part.about});
         KnownPart& known = at->second;
         const bool isController = part.about.kind == inventory::PartKind::Controller;
@@ -240,7 +240,7 @@ void Watch::Settle(const Present& present, const std::unordered_set<std::string>
         bool isWell = key == kNothing || !NeedsPart(alarm.finding) || present.Find(alarm.part) != nullptr;
         if (!isWell && alarm.finding.kind == inventory::PartKind::Drive) {
             // Another drive in its place does as well, once that and its group are well.
-            const Present::Part* const other = present.At(alarm.place);
+            const SeenPart* const other = present.At(alarm.place);
             isWell = other != nullptr && other->health == Level::Ok &&
                      (other->group == nullptr || other->group->health == Level::Ok);
             alarm.isVanished = other == nullptr;
@@ -327,7 +327,7 @@ std::vector<Event> Watch::Remind(TimePoint now) {
 }
 
 void Watch::CountGrowth(const Present& present, TimePoint now) {
-    for (const Present::Part& part : present.parts) {
+    for (const SeenPart& part : present.parts) {
         if (part.drive != nullptr) {
             CountGrowth(part.key, part.about, "media errors", part.drive->mediaErrors, m_Rules.mediaErrors,
                         now);

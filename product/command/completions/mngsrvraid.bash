@@ -20,7 +20,10 @@ _mngsrvraid() {
         levels/raid10-pulled-while-rebuilding levels/raid10-rebuilding levels/raid5-gone
         levels/raid5-pulled levels/raid5-rebuilding levels/raid50-gone levels/raid6-one-gone
         levels/raid6-one-gone-one-rebuilding levels/raid6-two-gone levels/raid60-one-gone
-        levels/raid60-two-gone levels/unused-bad"
+        levels/raid60-two-gone levels/unused-bad watch/flaps watch/flaps/by-inquiry
+        watch/grows-errors watch/grows-errors/by-inquiry watch/half-told watch/half-told/by-inquiry
+        watch/hangs watch/hangs/by-inquiry watch/loses-drive watch/loses-drive/by-inquiry
+        watch/moves watch/moves/by-inquiry"
     # Bash takes the equals sign of --format=json for a word of its own.
     local word=${COMP_WORDS[COMP_CWORD]#=} previous=${COMP_WORDS[COMP_CWORD - 1]}
     if [[ $previous == "=" ]]; then
@@ -39,7 +42,9 @@ _mngsrvraid() {
     COMPREPLY=()
     case $previous in
         --format)
-            mapfile -t COMPREPLY < <(compgen -W "xml tree table json html prometheus" -- "$word")
+            local formats="xml tree table json html prometheus"
+            [[ $subcommand == diff ]] && formats="table json"
+            mapfile -t COMPREPLY < <(compgen -W "$formats" -- "$word")
             return
             ;;
         --trace)
@@ -76,7 +81,8 @@ _mngsrvraid() {
     elif [[ $subcommand == capture || $subcommand == redact ]]; then
         mapfile -t COMPREPLY < <(compgen -d -- "$word")
     elif [[ $subcommand == diff ]]; then
-        mapfile -t COMPREPLY < <(compgen -f -- "$word")
+        mapfile -t COMPREPLY < <(compgen -f -- "$word"
+            compgen -W "$scenarios" -- "$word")
     fi
 }
 

@@ -44,7 +44,7 @@ class CaptureTest : public testing::Test {
     // `words` are further options.
     [[nodiscard]] Command CaptureCommand(std::vector<std::string> words) const {
         words.insert(words.begin(), {"--install-dir", m_Root.Path(), "capture", Folder()});
-        return {.words = words, .environment = {{"TMPDIR", m_Temporary.Path().string()}}};
+        return {.words = words, .environment = m_Temporary.Environment()};
     }
 
     Ended Capture(const std::vector<std::string>& words) {
@@ -53,7 +53,7 @@ class CaptureTest : public testing::Test {
         EXPECT_EQ(ended.out.starts_with("recorded in " + Folder() + ": "), isRecorded) << ended.out;
         EXPECT_TRUE(isRecorded || ended.ExitStatus() != 0);
         EXPECT_TRUE(m_Temporary.Names().empty());
-        EXPECT_TRUE(m_Root.ResultFiles().empty());
+        EXPECT_TRUE(m_Root.IsUntouched());
         return ended;
     }
 
@@ -85,7 +85,7 @@ class CaptureTest : public testing::Test {
     }
 
     TempFolder m_Folder;
-    TempFolder m_Temporary;
+    TemporaryDirectory m_Temporary;
     InstallRoot m_Root;
 };
 
@@ -372,7 +372,7 @@ class WaitingCapture : public CaptureTest {
 TEST_F(WaitingCapture, InterruptedOneSaysThatItIsIncomplete) {
     const auto running = Start();
     EXPECT_EQ(m_Temporary.Names().size(), 1U);
-    EXPECT_EQ(m_Root.ResultFiles().size(), 1U);
+    EXPECT_EQ(m_Temporary.ResultFiles().size(), 1U);
     ::kill(running->Process(), SIGINT);
     const Ended ended = running->Wait();
     EXPECT_TRUE(WIFSIGNALED(ended.status) && WTERMSIG(ended.status) == SIGINT) << ended.status;
@@ -380,7 +380,7 @@ TEST_F(WaitingCapture, InterruptedOneSaysThatItIsIncomplete) {
     EXPECT_THAT(TempFolder::NamesIn(Folder()), testing::ElementsAre("INCOMPLETE", "README.md"));
     EXPECT_THAT(Captured("README.md"), HasSubstr("has not come to its end"));
     EXPECT_TRUE(m_Temporary.Names().empty());
-    EXPECT_TRUE(m_Root.ResultFiles().empty());
+    EXPECT_TRUE(m_Root.IsUntouched());
     const Ended replayed = RunCommand({"--scenario", Folder(), "get-info"});
     EXPECT_EQ(replayed.ExitStatus(), 4);
     EXPECT_THAT(replayed.err, HasSubstr("is an incomplete capture; make another one"));

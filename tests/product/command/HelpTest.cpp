@@ -175,6 +175,10 @@ TEST(BashCompletion, OffersWhatMayStandThere) {
     EXPECT_EQ(OfferedByBash("capture --r"), "--redact --redact-word\n");
     EXPECT_EQ(OfferedByBash("redact --r"), "--redact-word\n");
     EXPECT_EQ(OfferedByBash("capture --redact-word ''"), "\n");
+    EXPECT_EQ(OfferedByBash("diff --format ''"), "table json\n");
+    EXPECT_EQ(OfferedByBash("diff --a"), "--app-key --all\n");
+    EXPECT_EQ(OfferedByBash("diff faults/la"), "faults/late\n");
+    EXPECT_EQ(OfferedByBash("diff " COMMAND_TEST_SOURCES "/READ"), COMMAND_TEST_SOURCES "/README.md\n");
     EXPECT_EQ(OfferedByBash("--scenario faults/s"),
               "faults/shell-killed faults/silent faults/slow faults/still-writing faults/stopped\n");
 }
@@ -208,6 +212,11 @@ TEST(FishCompletion, OffersWhatMayStandThere) {
     EXPECT_THAT(OfferedByFish("show --format=j"), testing::ElementsAre("--format=json"));
     EXPECT_THAT(OfferedByFish("--scenario faults/la"), testing::ElementsAre("faults/late"));
     EXPECT_THAT(OfferedByFish("get-info --re"), testing::IsEmpty());
+    EXPECT_THAT(OfferedByFish("diff --format=j"), testing::ElementsAre("--format=json"));
+    EXPECT_THAT(OfferedByFish("diff --format=h"), testing::IsEmpty());
+    EXPECT_THAT(OfferedByFish("diff old faults/la"), testing::ElementsAre("faults/late"));
+    EXPECT_THAT(OfferedByFish("diff " COMMAND_TEST_SOURCES "/READ"),
+                testing::ElementsAre(COMMAND_TEST_SOURCES "/README.md"));
 }
 
 TEST(FishCompletion, TakesNoValueForTheSubcommand) {

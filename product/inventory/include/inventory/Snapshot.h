@@ -6,6 +6,7 @@
 #include <chrono>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace inventory {
@@ -43,9 +44,13 @@ class Snapshot final {
     [[nodiscard]] const Server& TheServer() const { return m_Server; }
     [[nodiscard]] const Health& TheHealth() const { return m_Health; }
 
+    /// The answers, for another snapshot; this one is of no use then.
+    [[nodiscard]] std::vector<DriveAnswer> TakeAnswers() && { return std::move(m_Answers); }
+
     ToolRuns runs;
     /// When the server was asked; nothing where that is not known, of a saved document say.
     std::optional<std::chrono::system_clock::time_point> takenAt = std::chrono::system_clock::now();
+    std::string host;  ///< what the server is called; empty where that is not known
 
   private:
     Document m_Document;

@@ -13,6 +13,8 @@
 
 namespace watch {
 
+struct Present;  ///< the parts of a snapshot
+
 /// When something is told. The defaults and their reasons are in docs/watch.md.
 struct Rules {
     unsigned failuresToTell = 3;           ///< in a row, until "the server cannot be asked" is an alarm
@@ -93,8 +95,6 @@ class Watch final {
     [[nodiscard]] std::optional<TimePoint> LastAnswer() const { return m_LastAnswer; }
 
   private:
-    struct Present;  ///< the parts of a snapshot
-
     void CompareParts(const Present& present, TimePoint now);
     void CompareFindings(const Present& present, const inventory::Health& health, TimePoint now);
     void Raise(const Present& present, const inventory::Finding& finding, TimePoint now);

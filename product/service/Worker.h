@@ -1,0 +1,56 @@
+#pragma once
+
+#include "basics/Descriptor.h"
+#include "calls/Drives.h"
+
+#include <sys/types.h>
+
+#include <chrono>
+#include <optional>
+#include <string>
+
+namespace service {
+
+/// What an inquiry has to know.
+struct WorkerSettings {
+    std::chrono::seconds timeLimit{0};
+    std::optional<std::string> appKey = {};
+    std::string scenario = {};  ///< for advice: what answers in this server's place; "" for none
+};
+
+/// What came of an inquiry: a document, or why there is none.
+struct Answer {
+    std::string document;
+    std::string failure;  ///< empty: the document is whole
+};
+
+/// One inquiry in processes of its own: one that asks the module, which may crash, hang or be killed, and one
+/// that watches it, ends it with all that it started when its time is over, and removes what it leaves.
+///
+/// Nothing of it is owed when it is destroyed while it runs but that its process is waited for.
+class Worker final {
+  public:
+    /// To be called while the process has one thread. Throws basics::Failure(Surroundings) when no process
+    /// can be made.
+    Worker(const WorkerSettings& settings, std::optional<calls::DrivePlace> drive);
+
+    [[nodiscard]] pid_t Process() const { return m_Process; }
+
+    /// The drive that was asked; nothing: the server.
+    [[nodiscard]] const std::optional<calls::DrivePlace>& Drive() const { return m_Drive; }
+
+    /// Asks it to end, with all that it started: about a second.
+    void Interrupt() const noexcept;
+
+    /// To be called when the process has ended with that status.
+    [[nodiscard]] Answer Take(int status) const;
+
+  private:
+    [[noreturn]] void Work(const WorkerSettings& settings) const noexcept;
+
+    std::optional<calls::DrivePlace> m_Drive;
+    basics::Descriptor m_Document, m_Failure;  ///< files in memory that are shared with the process
+    pid_t m_Process = -1;
+};
+
+}  // namespace service
