@@ -1,5 +1,5 @@
-// What a whole call of the loaded module, and a whole run of the command, cost beside the tool's commands with
-// nothing around them.
+// What a whole call of the loaded module, and a whole run of the command, cost beside the tool's commands
+// with nothing around them.
 
 #include "calls/MethodCall.h"
 #include "calls/Module.h"

@@ -31,7 +31,7 @@ need_packages() {
 }
 
 BUILD_PACKAGES=(g++ cmake ninja-build libcli11-dev libpugixml-dev libutf8proc-dev nlohmann-json3-dev
-    libcurl4-gnutls-dev libsqlite3-dev libsystemd-dev libtomlplusplus-dev pkg-config)
+    libcurl4-gnutls-dev libsqlite3-dev libsystemd-dev libtomlplusplus-dev)
 CHECK_PACKAGES=("${BUILD_PACKAGES[@]}" clang-14 clang-format-14 clang-tidy-14 chromium cppcheck libgtest-dev
     libgmock-dev libbenchmark-dev libxml2-dev libxml2-utils libexpat1-dev locales mandoc groff-base
     zsh fish jq prometheus python3 python3-jsonschema valgrind msmtp openssl)

@@ -55,7 +55,8 @@ void CallListener::OnTrace(const TraceLine& line) noexcept {
     }
 }
 
-// A command's time is that of its tries with the pauses between them; while they last, nothing else is traced.
+// A command's time is that of its tries with the pauses between them; while they last, nothing else is
+// traced.
 void CallListener::Clock(const TraceLine& line) {
     const std::lock_guard lock(m_Mutex);
     if (m_RunsSince && !line.text.starts_with(kAttempt)) {

@@ -15,8 +15,8 @@
 namespace calls {
 
 /// Hears from the trace what a method call does not return: the reason text of a failure, which command of
-/// the tool is running, how such runs went, and when there is a report to look into that was of no use. Listens from construction to destruction; one at a time in a
-/// process.
+/// the tool is running, how such runs went, and when there is a report to look into that was of no use.
+/// Listens from construction to destruction; one at a time in a process.
 class CallListener final : public ITraceListener {
   public:
     /// `progress` may be null; not owned, must outlive the listener.

@@ -144,8 +144,8 @@ std::string DescribeRun(const ToolRun& run) {
 
 // The module waits for the tool itself, and tells of how it ended no more than that it failed. It finds this
 // function by its name, as it would the C library's, and the program's own goes before a library's. Others
-// would know less or cost more: a stand-in for the shell is one more program to start for every run, a handler
-// of SIGCHLD gets one signal for two children, and whoever traces the tool changes how it runs.
+// would know less or cost more: a stand-in for the shell is one more program to start for every run, a
+// handler of SIGCHLD gets one signal for two children, and whoever traces the tool changes how it runs.
 extern "C" __attribute__((visibility("default"))) pid_t waitpid(pid_t process, int* status, int options) {
     int seen = 0;
     const pid_t child = ::wait4(process, &seen, options, nullptr);

@@ -11,7 +11,7 @@ struct ToolRun {
     std::optional<int> status = {};  ///< as waitpid gives it; nothing where no run was waited for
     bool hasReport = false;          ///< whether there was a file for what it prints
     std::string lastLine = {};       ///< that it printed, printable, at most 200 columns wide
-    std::string obstacle = {};       ///< why result files cannot be written, in the system's words; else empty
+    std::string obstacle = {};  ///< why result files cannot be written, in the system's words; else empty
 };
 
 /// What is known of children that were waited for goes, so that an earlier run is not taken for the next one.

@@ -50,8 +50,8 @@ void OccupyStandardDescriptors() noexcept {
     }
 }
 
-// What the module frees the command soon needs, and pages that had gone back to the kernel would be handed out
-// one by one again. A small server's answer fits into what is had in one go.
+// What the module frees the command soon needs, and pages that had gone back to the kernel would be handed
+// out one by one again. A small server's answer fits into what is had in one go.
 void KeepFreedMemory() noexcept {
     constexpr int kMebibyte = 1 << 20;
     ::mallopt(M_TRIM_THRESHOLD, 64 * kMebibyte);

@@ -118,6 +118,7 @@ void Archive::Impl::OpenFile(TimePoint now) {
     if (kind == FileKind::Newer) {
         const std::string version = std::to_string(VersionOf(database));
         database.SetTidyAtClose(true);
+        // cppcheck-suppress unreadVariable; it closes the file
         database = Database::InMemory();
         PutAside("version-" + version,
                  "was written by a newer version of this service (" + version +
@@ -268,7 +269,7 @@ Outcome Archive::Impl::Tidy(TimePoint now, std::chrono::seconds elapsed) {
         return {};  // What is wrong is told by what wants to store something.
     }
     std::vector<std::string> forgotten;
-    const Outcome outcome = Write(now, [&](Opened& opened) {
+    Outcome outcome = Write(now, [&](Opened& opened) {
         constexpr std::chrono::hours kOften{1};
         const std::optional<std::int64_t> mark = opened.store.Mark(kTidied);
         const TimePoint stored = (mark ? TimeOf(*mark) : std::nullopt).value_or(now);

@@ -88,7 +88,7 @@ std::optional<std::string> WriterLock::Take() {
 }
 
 std::string SetAside(const std::string& path, const std::string& why, TimePoint now) {
-    const std::string name = FreeName(path + "." + why + "-" + basics::UtcText(now, "%Y%m%dT%H%M%SZ"));
+    std::string name = FreeName(path + "." + why + "-" + basics::UtcText(now, "%Y%m%dT%H%M%SZ"));
     for (const char* const beside : kBeside) {
         if (std::rename((path + beside).c_str(), (name + beside).c_str()) != 0 && errno != ENOENT) {
             Refuse("it cannot be set aside");

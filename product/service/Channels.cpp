@@ -61,8 +61,8 @@ telling::Journal JournalFrom(Section& section) {
 Level LeastFrom(Section& section) {
     std::string word = "unknown";
     section.Take("least", word);
-    const auto* const level =
-        std::find_if(kLevels.begin(), kLevels.end(), [&word](const auto& each) { return each.first == word; });
+    const auto* const level = std::find_if(kLevels.begin(), kLevels.end(),
+                                           [&word](const auto& each) { return each.first == word; });
     if (level == kLevels.end()) {
         section.Complain("least", "it is \"ok\", \"unknown\", \"warning\" or \"critical\"");
         return Level::Unknown;

@@ -1,5 +1,6 @@
 #include "Configuration.h"
 
+#include "Channels.h"
 #include "Section.h"
 #include "basics/Text.h"
 #include "basics/Words.h"
@@ -38,6 +39,12 @@ std::string Joined(const std::vector<std::string>& problems) {
     return basics::Joined(problems, "; ");
 }
 
+/// 12 of "line 12: ...".
+unsigned LineIn(std::string_view problem) {
+    problem.remove_prefix(std::min(problem.find(' ') + 1, problem.size()));
+    return basics::NumberFrom<unsigned>(problem.substr(0, problem.find(':'))).value_or(0);
+}
+
 toml::table Parse(std::string_view text) {
     try {
         return toml::parse(text);
@@ -71,11 +78,15 @@ Configuration ReadConfiguration(std::string_view text) {
     file.Take("reminder", configuration.rules.reminder, seconds(1), 30 * kDay);
     TakeLimits(file.Below("limits"), configuration.limits);
     TakeGrowth(file.Below("growth"), configuration.rules);
+    configuration.channels = TakeChannels(file);
     file.End();
     if (configuration.limits.mediaErrorGrowth && !configuration.expect) {
         file.Complain("limits", "max_media_error_growth needs to know since when: expect");
     }
     if (!problems.empty()) {
+        std::stable_sort(
+            problems.begin(), problems.end(),
+            [](const std::string& one, const std::string& other) { return LineIn(one) < LineIn(other); });
         throw ConfigurationError(std::move(problems));
     }
     return configuration;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "inventory/Criteria.h"
+#include "telling/Channel.h"
 #include "watch/Watch.h"
 
 #include <chrono>
@@ -34,6 +35,7 @@ struct Configuration {
     std::optional<std::string> appKey;
     inventory::Limits limits;
     watch::Rules rules;
+    std::vector<telling::Channel> channels;  ///< never empty once it is read
 };
 
 /// Reads a configuration, such as

@@ -51,7 +51,11 @@ const inventory::Snapshot& Picture::SeeServer(inventory::Document document,
             return each.controller == news.controller && each.enclosure == news.enclosure &&
                    each.slot == news.slot;
         });
-        old == answers.end() ? answers.push_back(std::move(news)) : void(*old = std::move(news));
+        if (old != answers.end()) {
+            *old = std::move(news);
+        } else {
+            answers.push_back(std::move(news));
+        }
     }
     const std::unordered_map<std::string, std::string> drives = DrivesOf(document);
     std::erase_if(answers, [&drives](const DriveAnswer& each) {

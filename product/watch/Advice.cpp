@@ -24,7 +24,7 @@ std::string AboutDrive(const Finding& finding) {
     if (finding.level == Level::Unknown) {
         return std::string(kLook) + "; a drive whose state is not known may be failing.";
     }
-    if (Tells(finding, "predicted") || Tells(finding, "smart")) {
+    if (finding.what.starts_with("failure predicted") || finding.what.starts_with("SMART")) {
         return "Have " + drive + " at hand, and replace the drive before it fails.";
     }
     return "Replace the drive by " + drive + "; see that it is the one with this serial number.";

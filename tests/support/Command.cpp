@@ -115,7 +115,9 @@ std::vector<std::string> InstallRoot::ResultFiles() const {
 }
 
 bool InstallRoot::IsUntouched() const {
-    return m_Folder.Names() == std::vector<std::string>{"cim", "etc"};
+    const std::vector<std::string> names = m_Folder.Names();
+    return std::all_of(names.begin(), names.end(),
+                       [](const std::string& name) { return name == "cim" || name == "etc"; });
 }
 
 std::string TemporaryDirectory::ResultFolder() const {

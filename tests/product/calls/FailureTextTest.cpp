@@ -30,9 +30,8 @@ TEST(FailureText, UnknownReasonsAreShownAsTheyAre) {
 }
 
 TEST(FailureText, ResultFilesThatCannotBeWrittenAreTheAdviceOnReportsOnly) {
-    const FailureSetting setting{.call = "get-info",
-                                 .scenario = "small",
-                                 .run = ToolRun{.obstacle = "No space left on device"}};
+    const FailureSetting setting{
+        .call = "get-info", .scenario = "small", .run = ToolRun{.obstacle = "No space left on device"}};
     const char* const advice = ": No space left on device; name another directory by the variable TMPDIR";
     for (const std::string code : {"01", "04", "06"}) {
         const std::string text = DescribeMethodFailure(0xA1, code, setting);

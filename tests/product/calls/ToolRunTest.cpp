@@ -30,7 +30,8 @@ TEST(ToolRun, SaysHowItEnded) {
     EXPECT_EQ(say(W_EXITCODE(128 + SIGKILL, 0)), "exit status 137 (SIGKILL): \"last\"");
     EXPECT_EQ(say(W_EXITCODE(255, 0)), "exit status 255: \"last\"");
     EXPECT_EQ(say(W_EXITCODE(0, SIGSEGV)), "ended by SIGSEGV: \"last\"");
-    EXPECT_EQ(say(W_EXITCODE(0, SIGRTMIN + 1)), "ended by signal " + std::to_string(SIGRTMIN + 1) + ": \"last\"");
+    EXPECT_EQ(say(W_EXITCODE(0, SIGRTMIN + 1)),
+              "ended by signal " + std::to_string(SIGRTMIN + 1) + ": \"last\"");
     EXPECT_EQ(say(W_STOPCODE(SIGSTOP)), "stopped by SIGSTOP: \"last\"");
 }
 

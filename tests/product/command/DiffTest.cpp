@@ -101,7 +101,7 @@ TEST(Diff, FailsOnWhatIsNotThere) {
     const TempFolder folder;
     const Ended empty = RunCommand({"diff", "small", folder.Path()});
     EXPECT_EQ(empty.ExitStatus(), 4);
-    EXPECT_THAT(empty.err, HasSubstr(" is no scenario: it has neither v.txt nor server.conf; "));
+    EXPECT_THAT(empty.err, HasSubstr(" is no scenario: it has no v.txt, server.conf or timeline; "));
 }
 
 TEST(Diff, TakesDocumentsAndScenariosInAnyMixture) {

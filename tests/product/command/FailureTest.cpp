@@ -130,7 +130,8 @@ TEST(MethodFailure, SeveralReasonsAreToldNewestFirst) {
     ExpectFailure(
         RunFake("reasons", {"get-info"}), 1,
         "get-info failed with return value 0x80000001: the tool's report could not be opened (04), before "
-        "that the tool's report could not be understood (06); see that the folder mngsrvraid.* below TMPDIR is "
+        "that the tool's report could not be understood (06); see that the folder mngsrvraid.* below TMPDIR "
+        "is "
         "left alone");
 }
 

@@ -75,9 +75,10 @@ TEST(ResultFiles, AreNotMixedUpBetweenContainersThatShareAnInstallRoot) {
 TEST(ResultFiles, AreInAPrivateFolderThatGoesWithTheCommand) {
     const InstallRoot root;
     const TemporaryDirectory temporary;
-    const auto running = Command{.words = {"--install-dir", root.Path(), "--scenario", "faults/slow", "get-info"},
-                                 .environment = temporary.Environment()}
-                             .Start();
+    const auto running =
+        Command{.words = {"--install-dir", root.Path(), "--scenario", "faults/slow", "get-info"},
+                .environment = temporary.Environment()}
+            .Start();
     ASSERT_TRUE(ComesTrue([&] { return !temporary.ResultFiles().empty(); }));
     const std::vector<std::string> names = temporary.Names();
     ASSERT_EQ(names.size(), 1U);
@@ -149,8 +150,9 @@ TEST(ResultFiles, ThatFindNoRoomAreTheAdvice) {
                           .inChild = [&] { LimitRoom(temporary.Path(), "size=8k"); }};
     const Ended ended = command.Run();
     EXPECT_EQ(ended.ExitStatus(), 1);
-    EXPECT_THAT(ended.err, HasSubstr("; result files cannot be written below " + temporary.Path() +
-                                     ": No space left on device; name another directory by the variable TMPDIR\n"));
+    EXPECT_THAT(ended.err,
+                HasSubstr("; result files cannot be written below " + temporary.Path() +
+                          ": No space left on device; name another directory by the variable TMPDIR\n"));
 }
 
 TEST(ResultFiles, WithoutRoomForAFolderAreElsewhere) {
@@ -170,7 +172,8 @@ TEST(ResultFiles, LeaveTheInstallRootWhereverItWasNamed) {
     const std::string expected = RunCommand({"--scenario", "small", "get-info"}).out;
     const auto enter = [&] { Require(::chdir(root.Path().c_str()) == 0, "chdir"); };
     for (const std::string& name : {root.Path(), root.Path() + "/", std::string(".")}) {
-        const Command command{.words = words, .environment = {{"ZORBALT_INSTALL_DIR", name}}, .inChild = enter};
+        const Command command{
+            .words = words, .environment = {{"ZORBALT_INSTALL_DIR", name}}, .inChild = enter};
         const Ended ended = command.Run();
         EXPECT_EQ(ended.err, "") << name;
         EXPECT_EQ(ended.out, expected) << name;

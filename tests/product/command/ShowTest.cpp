@@ -153,11 +153,11 @@ TEST(Show, MetricsCountEveryRunThatFailed) {
 
 TEST(Show, MetricsTellHowLongTheToolTook) {
     const TempFolder folder;
-    fs::copy(fs::path(COMMAND_TEST_SCENARIOS) / "small", folder.Path() / "server", fs::copy_options::recursive);
+    fs::copy(fs::path(COMMAND_TEST_SCENARIOS) / "small", folder.Path() / "server",
+             fs::copy_options::recursive);
     folder.Write("server/v.do", "sleep 0.5\n");
     folder.Write("server/ctrlinfo_aAll.do", "fail-first 1\n");  // The module pauses for a second.
-    const Ended ended =
-        RunCommand({"--scenario", folder / "server", "show", "--format", "prometheus"});
+    const Ended ended = RunCommand({"--scenario", folder / "server", "show", "--format", "prometheus"});
     const std::string name = "\nraid_tool_duration_seconds ";
     const std::size_t at = ended.out.find(name);
     ASSERT_NE(at, std::string::npos) << ended.out;

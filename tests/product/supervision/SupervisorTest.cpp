@@ -35,9 +35,8 @@ class Supervisor : public testing::Test {
         m_Parent = ::fork();
         if (m_Parent == 0) {
             ::setenv("TMPDIR", m_Folder.Path().c_str(), 1);
-            const Supervision supervision{.timeLimit = timeLimit,
-                                          .overtimeStatus = 7,
-                                          .privateFolder = privateFolder};
+            const Supervision supervision{
+                .timeLimit = timeLimit, .overtimeStatus = 7, .privateFolder = privateFolder};
             ::_exit(work(Supervise(supervision)));
         }
     }

@@ -10,7 +10,7 @@ namespace supervision {
 struct Supervision {
     bool drawsProgress = false;  ///< the terminal's last line may be an unfinished one
     std::string program = {};    ///< its name, before what is said
-    std::string remains = {};  ///< what an end before its time leaves: "; the capture in DIR is incomplete"
+    std::string remains = {};    ///< what an end before its time leaves: "; the capture in DIR is incomplete"
     std::chrono::seconds timeLimit{0};  ///< for the work; 0: it may take as long as it likes
     int overtimeStatus = 1;             ///< the exit status when it was over
     /// Tells of an end before its time in its own way, in place of a line on standard error. The parent ends

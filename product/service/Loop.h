@@ -1,0 +1,60 @@
+#pragma once
+
+#include "Service.h"
+#include "Worker.h"
+#include "basics/Descriptor.h"
+
+#include <signal.h>
+
+#include <functional>
+#include <optional>
+#include <string>
+
+namespace service {
+
+/// Runs a service in this process: asks the server when that is due, in worker processes, waits for children,
+/// and heeds signals:
+///
+///     SIGTERM, SIGINT    it ends, within five seconds
+///     SIGHUP             the configuration is read again
+///     SIGUSR1            the server is asked at once
+///
+/// Sleeps in between; nothing wakes it but what is due. One thread, and one loop in a process.
+class Loop final {
+  public:
+    struct Settings {
+        std::string scenario = {};                         ///< for advice; "" for this server
+        std::function<Configuration()> readConfiguration;  ///< throws what is wrong with it, in words
+    };
+
+    /// Takes the signals from now on.
+    Loop(Settings settings, Service& service);
+    Loop(const Loop&) = delete;
+    Loop& operator=(const Loop&) = delete;
+    ~Loop();
+
+    /// Until a signal ends it.
+    void Run();
+
+  private:
+    [[nodiscard]] static Moment Now();
+    void Wait();
+    void Heed(int signal);
+    void ReapChildren();
+    void ReadConfigurationAgain();
+    void AskWhatIsDue();
+    void TakeAnswer(int status);
+    void StayAlive();
+    void End();
+
+    Settings m_Settings;
+    Service& m_Service;
+    sigset_t m_MaskBefore{};
+    basics::Descriptor m_Signals;
+    std::optional<Worker> m_Worker;
+    std::optional<std::chrono::steady_clock::time_point> m_NextAlive;
+    std::optional<std::chrono::steady_clock::duration> m_AliveInterval;
+    bool m_IsEnding = false;
+};
+
+}  // namespace service

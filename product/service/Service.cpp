@@ -1,0 +1,248 @@
+#include "Service.h"
+
+#include "basics/Failure.h"
+#include "basics/SavedFile.h"
+#include "basics/Time.h"
+#include "inventory/Document.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace service {
+namespace {
+
+using inventory::Level;
+using watch::Event;
+
+Schedule::Intervals IntervalsOf(const Configuration& configuration) {
+    return {configuration.interval, configuration.smartInterval, configuration.asksSleeping};
+}
+
+}  // namespace
+
+Service::Service(Configuration configuration, Log log, Moment now)
+    : m_Configuration(std::move(configuration)),
+      m_Log(std::move(log)),
+      m_Watch(m_Configuration.rules, watch::RandomId),
+      m_Archive(m_Configuration.history),
+      m_Courier({.host = m_Configuration.host}),
+      m_Schedule(IntervalsOf(m_Configuration), now.steady),
+      m_Tidied(now.steady) {
+    m_Courier.SetChannels(m_Configuration.channels, now.steady);
+}
+
+void Service::Start(Moment now) {
+    history::Restored restored;
+    const history::Outcome outcome = m_Archive.Open(now.wall, restored);
+    const std::size_t unread = m_Watch.Restore(restored.rows);
+    if (restored.document) {
+        try {
+            m_Picture.SeeServer(inventory::Document::Read(restored.document->xml), CriteriaNow(now),
+                                restored.document->at);
+        } catch (const inventory::DocumentError&) {
+            m_Log("the last answer that was kept cannot be read any more");
+        }
+    }
+    for (const history::Delivery& delivery : restored.deliveries) {
+        if (!m_Courier.Add(delivery.channel, delivery.event)) {
+            (void)m_Archive.Settle(delivery.channel, {delivery.event.id},
+                                   now.wall);  // It is told with the next one.
+        }
+    }
+    if (unread > 0) {
+        m_Log(std::to_string(unread) + " pieces of what was remembered cannot be read and are left out");
+    }
+    Tell({m_Watch.Started(
+             now.wall, "watching " + (m_Configuration.host.empty() ? "this server" : m_Configuration.host) +
+                           ", " + State())},
+         now);
+    Heed(outcome, now);
+}
+
+void Service::Configure(Configuration configuration, Moment now) {
+    if (configuration.history != m_Configuration.history) {
+        m_Log("the history stays where it is until the service is started anew");
+        configuration.history = m_Configuration.history;
+    }
+    m_Configuration = std::move(configuration);
+    m_Watch.SetRules(m_Configuration.rules);
+    m_Schedule.Set(IntervalsOf(m_Configuration), now.steady);
+    m_Courier.SetChannels(m_Configuration.channels, now.steady);
+    TakeOutcomes(now);
+}
+
+void Service::KeepConfiguration(const std::string& why, Moment now) {
+    TellTrouble(Level::Warning, "the new configuration is not taken up: " + why,
+                "Mend it, see what mngsrvraidd --check-config says, and send SIGHUP again.", now);
+}
+
+void Service::Answered(const std::optional<calls::DrivePlace>& drive, const Answer& answer, Moment now) {
+    if (!answer.failure.empty()) {
+        if (!drive) {
+            Tell(m_Watch.FailedToAsk(answer.failure, now.wall), now);
+            Tell(m_Watch.Remind(now.wall), now);
+        } else {
+            m_Log("no SMART data of the drive in enclosure " + drive->enclosure + " slot " + drive->slot +
+                  " of controller " + drive->controller + ": " + answer.failure);
+        }
+        return;
+    }
+    try {
+        if (drive) {
+            m_Picture.SeeDrive(*drive, inventory::Document::Read(answer.document));
+        } else {
+            TakeServer(answer.document, now);
+        }
+    } catch (const inventory::DocumentError& error) {
+        Answered(drive, {"", std::string("what the module returned is no RAID document: ") + error.what()},
+                 now);
+    }
+}
+
+void Service::TakeServer(const std::string& xml, Moment now) {
+    const inventory::Snapshot& snapshot =
+        m_Picture.SeeServer(inventory::Document::Read(xml), CriteriaNow(now), now.wall);
+    m_Schedule.SeeDrives(snapshot.TheServer(), now.steady);
+    Tell(m_Watch.Take(snapshot, now.wall), now, &snapshot, xml);
+    const auto elapsed = std::chrono::duration_cast<std::chrono::seconds>(now.steady - m_Tidied);
+    m_Tidied = now.steady;
+    Heed(m_Archive.Tidy(now.wall, elapsed), now);
+}
+
+inventory::Criteria Service::CriteriaNow(Moment now) {
+    std::string trouble;
+    if (!m_Configuration.expect) {
+        m_Expectations.reset();
+    } else {
+        try {
+            m_Expectations = inventory::ReadExpectations(basics::ReadFile(*m_Configuration.expect));
+        } catch (const inventory::ExpectationsError& error) {
+            trouble = *m_Configuration.expect + " holds no expectations: " + error.what();
+        } catch (const basics::Failure& error) {
+            trouble = error.what();
+        }
+    }
+    if (trouble != m_ExpectTrouble) {
+        m_ExpectTrouble = trouble;
+        TellTrouble(trouble.empty() ? Level::Ok : Level::Warning,
+                    trouble.empty() ? "what is expected can be read again"
+                                    : trouble + "; what was read before counts",
+                    trouble.empty() ? "" : "Mend the file.", now);
+    }
+    return {m_Expectations, m_Configuration.limits, basics::UtcText(now.wall, "%Y-%m-%d")};
+}
+
+std::vector<history::Delivery> Service::DeliveriesOf(const std::vector<Event>& events,
+                                                     const std::string& exceptChannel) const {
+    std::vector<history::Delivery> deliveries;
+    for (const Event& event : events) {
+        for (const telling::Channel& channel : m_Configuration.channels) {
+            if (channel.name != exceptChannel && Wants(channel, event)) {
+                deliveries.push_back({channel.name, event});
+            }
+        }
+    }
+    return deliveries;
+}
+
+void Service::Tell(std::vector<Event> events, Moment now, const inventory::Snapshot* snapshot,
+                   std::string_view document) {
+    history::Entry entry;
+    entry.at = now.wall;
+    entry.snapshot = snapshot;
+    entry.document = document;
+    entry.deliveries = DeliveriesOf(events, "");
+    entry.events = std::move(events);
+    entry.rows = m_Watch.Rows();
+    Record(std::move(entry), now);
+}
+
+void Service::TellTrouble(Level level, const std::string& words, const std::string& advice, Moment now,
+                          const std::string& exceptChannel) {
+    history::Entry entry;
+    entry.at = now.wall;
+    entry.events = {m_Watch.TroubleWith(level, words, advice, now.wall)};
+    entry.deliveries = DeliveriesOf(entry.events, exceptChannel);
+    Record(std::move(entry), now);
+}
+
+// Stored first, and told then: what is told is never forgotten.
+void Service::Record(history::Entry entry, Moment now) {
+    const history::Outcome outcome = m_Archive.Record(entry);
+    for (const history::Delivery& delivery : entry.deliveries) {
+        m_Courier.Add(delivery.channel, delivery.event);
+    }
+    Heed(outcome, now, true);
+}
+
+void Service::Heed(const history::Outcome& outcome, Moment now, bool isWritten) {
+    for (const std::string& note : outcome.notes) {
+        TellTrouble(Level::Warning, note, "", now);
+    }
+    const bool isNews =
+        outcome.IsStored() ? isWritten && !m_ArchiveTrouble.empty() : outcome.trouble != m_ArchiveTrouble;
+    if (!isNews) {
+        return;
+    }
+    m_ArchiveTrouble = outcome.trouble;
+    if (outcome.IsStored()) {
+        TellTrouble(Level::Ok, "the history can be written again", "", now);
+    } else {
+        TellTrouble(Level::Warning, outcome.trouble + "; it is kept in memory until then",
+                    "Make room, or give the service the right to write there.", now);
+    }
+}
+
+void Service::Work(Moment now) {
+    m_Courier.Work(now.steady);
+    TakeOutcomes(now);
+}
+
+void Service::TakeOutcomes(Moment now) {
+    using What = telling::Outcome::What;
+    for (const telling::Outcome& outcome : m_Courier.Outcomes()) {
+        switch (outcome.what) {
+            case What::Delivered:
+            case What::Dropped:
+                Heed(m_Archive.Settle(outcome.channel, {outcome.id}, now.wall), now);
+                break;
+            case What::Failed:
+                if (outcome.attempts == 1) {
+                    TellTrouble(Level::Warning,
+                                "the channel " + outcome.channel + " is down: " + outcome.words,
+                                "What it was to tell is kept, and tried again.", now, outcome.channel);
+                }
+                break;
+            case What::Recovered:
+                TellTrouble(Level::Ok, "the channel " + outcome.channel + " works again", "", now,
+                            outcome.channel);
+                break;
+        }
+    }
+}
+
+std::optional<std::chrono::steady_clock::time_point> Service::NextDue(bool isAsking) const {
+    std::optional<std::chrono::steady_clock::time_point> next = m_Courier.NextDue();
+    if (!isAsking) {
+        next = std::min(next.value_or(m_Schedule.NextDue()), m_Schedule.NextDue());
+    }
+    return next;
+}
+
+void Service::Stop(Moment now) {
+    m_Courier.Stop(now.steady);
+}
+
+std::string Service::State() const {
+    const inventory::Snapshot* const snapshot = m_Picture.Latest();
+    const std::size_t alarms = m_Watch.Alarms().size();
+    std::string state = "not asked yet";
+    if (snapshot != nullptr) {
+        const inventory::Health& health = snapshot->TheHealth();
+        state = std::string(NameOf(health.level)) + " at " + basics::UtcText(*snapshot->takenAt) + ": " +
+                Headline(health);
+    }
+    return state + ", " + std::to_string(alarms) + (alarms == 1 ? " alarm" : " alarms");
+}
+
+}  // namespace service
