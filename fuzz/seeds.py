@@ -94,9 +94,22 @@ def all_inputs(scenarios):
         "get_pd_info": drive_calls(scenarios),
         "scenario": scenario_files(scenarios),
         "configuration": [CONFIGURATION],
+        "redaction": captures((flat(controllers) + flat(drives))[::8]),
         "expectations": [SECTION.join([EXPECTATIONS, DOCUMENT])],
         "watch": [SECTION.join([b"alarm a" + FIELD + ALARM, DOCUMENT, b"", EVENT, DOCUMENT])],
     }
+
+
+def captures(texts):
+    """Each report as all of a capture's files, with a line of each kind that is replaced."""
+    lines = (b"WWN : 50:00:c5:00:a1:b2:c3:d4\nSAS Address : 0x5000c500a1b2c3d4, 5000c500a1\nHost : storage7.example.com\n"
+             b"UUID : 3f2504e0-4f89-11d3-9a0c-0305e82c3301\nAsset Tag : see label 4711AB\nSN : A1\nIP : 10.1.2.3/24\n"
+             b"MAC : 00:1b:44:11:3a:b7\nLicence Key : QX7P-ZZ19\nMail : raid@example.com\n--- ---\nRead 48210077 1\n")
+    readme = (b"# Capture of a RAID server\n\nRecorded by `mngsrvraid capture` from the scenario x/y, 2031-01-01 00:00:00 UTC.\n"
+              b"\n- Host: storage7\n- Not redacted: all\n\n## What failed\n\n- in /a/b: the scenario x/y\n")
+    listed = b"# A server\n\n## What was replaced\n\n- 1 serial number, in 1 place\n\n    serial-0007  1\n"
+    inputs = [SECTION.join([b"acme", b"storage7", text[:900], b"fail-first 2 1 # acme", readme, lines]) for text in texts]
+    return inputs + [SECTION.join([b"", b"", lines, b"", listed, b"Serial : serial-0007\nWWN : naa.serial-0007\n"])]
 
 
 def flat(lists):

@@ -116,6 +116,15 @@ bool Contains(std::string_view text, std::string_view part) {
     return text.find(part) != std::string_view::npos;
 }
 
+/// With an x for each word that stands for a value: "serial-0001 Status" says nothing of serial numbers.
+std::string WithoutWords(std::string_view key) {
+    std::string text(key);
+    for (auto found = FindWord(text, 0); found; found = FindWord(text, found->begin + 1)) {
+        text.replace(found->begin, found->end - found->begin, "x");
+    }
+    return text;
+}
+
 /// "PD12", "scRG0", "RAID10"
 bool IsNameOfPart(std::string_view lower) {
     for (const std::string_view head : {"pd", "ld", "rg", "scrg", "raid"}) {
@@ -143,14 +152,24 @@ std::array<Kind, kKindCount> AllKinds() {
 }
 
 std::optional<WordNumber> ParseWord(std::string_view word) {
-    const std::size_t dash = word.find('-');
-    if (dash == std::string_view::npos || word.size() - dash <= kWordDigits) {
-        return std::nullopt;
-    }
-    const auto number = basics::NumberFrom<std::size_t>(word.substr(dash + 1));
-    for (const Kind kind : AllKinds()) {
-        if (number && word.substr(0, dash) == WordsOf(kind).stem) {
-            return WordNumber{kind, *number};
+    const auto found = FindWord(word, 0);
+    return found && found->begin == 0 && found->end == word.size() ? std::optional(found->word)
+                                                                   : std::nullopt;
+}
+
+std::optional<WordInText> FindWord(std::string_view text, std::size_t from) {
+    for (std::size_t dash = text.find('-', from); dash != text.npos; dash = text.find('-', dash + 1)) {
+        const auto* const end = std::find_if_not(text.begin() + static_cast<std::ptrdiff_t>(dash) + 1,
+                                                 text.end(), basics::IsDigit);
+        const std::string_view digits =
+            text.substr(dash + 1, static_cast<std::size_t>(end - text.begin()) - dash - 1);
+        const auto number = basics::NumberFrom<std::size_t>(digits);
+        for (const Kind kind : AllKinds()) {
+            const std::string_view stem = WordsOf(kind).stem;
+            if (number && digits.size() >= kWordDigits && text.substr(0, dash).ends_with(stem) &&
+                dash - stem.size() >= from) {
+                return WordInText{dash - stem.size(), dash + 1 + digits.size(), {kind, *number}};
+            }
         }
     }
     return std::nullopt;
@@ -161,7 +180,7 @@ std::string WordFor(WordNumber word) {
 }
 
 std::optional<Kind> KindOfKey(std::string_view key) {
-    const std::string words = InWords(key);
+    const std::string words = InWords(WithoutWords(key));
     if (words == " host ") {
         return Kind::Host;
     }

@@ -30,6 +30,14 @@ struct WordNumber {
 [[nodiscard]] std::optional<WordNumber> ParseWord(std::string_view word);
 [[nodiscard]] std::string WordFor(WordNumber word);
 
+/// The first such word in a text, from a place on, and where it is.
+struct WordInText {
+    std::size_t begin;
+    std::size_t end;
+    WordNumber word;
+};
+[[nodiscard]] std::optional<WordInText> FindWord(std::string_view text, std::size_t from);
+
 /// What the values of a key such as "Enclosure Serial Number" or "Mgmt IP Address" name; nothing where they
 /// may be told.
 [[nodiscard]] std::optional<Kind> KindOfKey(std::string_view key);

@@ -123,25 +123,24 @@ bool IsWordByte(char character) {
 }
 
 KnownValues::Index KnownValues::Add(Kind kind, std::string_view value, std::optional<Index> word) {
-    std::string squeezed = Squeezed(value);
-    const bool isSeenApart = squeezed.size() < value.size();
-    if (const auto known = m_Values.find(squeezed); known != m_Values.end()) {
-        known->second.isApart |= isSeenApart;
-        return known->second.word;
+    const std::string squeezed = Squeezed(value);
+    const auto [entry, isNew] = m_Values.try_emplace(squeezed);
+    Value& added = entry->second;
+    if (isNew) {
+        added.word = word ? *word : NewWord(kind);
     }
+    // One that is known by another key may reach farther than was thought.
     const Make make = MakeOf(squeezed);
-    Value added;
-    added.word = word ? *word : NewWord(kind);
     const bool isAnywhere = kind == Kind::Word;
     const bool isAddress = IsWholeAddress(kind, squeezed);
-    added.isInsideToo = isAnywhere || (!isAddress && ReachesIntoWords(make));
-    added.isInNames = added.isInsideToo || isAddress || make.IsMixed();
-    added.isApart = isSeenApart || (!isAnywhere && make.Size() >= kShortestApart);
+    added.isInsideToo |= isAnywhere || (!isAddress && ReachesIntoWords(make));
+    added.isInNames |= added.isInsideToo || isAddress || make.IsMixed();
+    added.isApart |= squeezed.size() < value.size() || (!isAnywhere && make.Size() >= kShortestApart);
     const bool isSought =
         squeezed.size() >= kStartLength && (isAnywhere || isAddress || ReachesBeyondItsKey(squeezed, make));
-    const auto& entry = *m_Values.emplace(std::move(squeezed), added).first;
-    if (isSought) {
-        m_Sorted.push_back(&entry);
+    if (isSought && !added.isSought) {
+        added.isSought = true;
+        m_Sorted.push_back(&*entry);
         m_IsSorted = false;
     }
     return added.word;
@@ -151,12 +150,22 @@ void KnownValues::Keep(WordNumber name) {
     std::size_t& highest = m_Highest[static_cast<std::size_t>(name.kind)];
     highest = std::max(highest, name.number);
     m_Words.push_back({.name = name, .isKept = true});
-    const Value kept = {m_Words.size() - 1, true, true, true};
+    const Value kept = {m_Words.size() - 1, true, true, true, true};
     const auto [entry, isNew] = m_Values.emplace(Squeezed(WordFor(name)), kept);
     if (isNew) {
         m_Sorted.push_back(&*entry);
         m_IsSorted = false;
     }
+}
+
+bool KnownValues::HoldsKept(std::string_view text) const {
+    for (auto found = FindWord(text, 0); found; found = FindWord(text, found->end)) {
+        const auto known = m_Values.find(Squeezed(WordFor(found->word)));
+        if (known != m_Values.end() && m_Words[known->second.word].isKept) {
+            return true;
+        }
+    }
+    return false;
 }
 
 KnownValues::Index KnownValues::NewWord(Kind kind) {

@@ -51,6 +51,7 @@ class KnownValues final {
 
     /// A word of an earlier time. New ones have higher numbers.
     void Keep(WordNumber word);
+    [[nodiscard]] bool HoldsKept(std::string_view text) const;
 
     /// The word of a value, under the key that names it.
     [[nodiscard]] std::optional<Index> Find(std::string_view value) const;
@@ -68,6 +69,7 @@ class KnownValues final {
   private:
     struct Value {
         Index word = 0;
+        bool isSought = false;     ///< beyond the keys that name it
         bool isInsideToo = false;  ///< in longer words, too
         bool isInNames = false;    ///< in keys and titles, too
         bool isApart = false;      ///< also with colons and dashes in it

@@ -17,11 +17,10 @@ constexpr std::string_view kTitle = "# Capture of a RAID server\n";
 constexpr std::string_view kFromScenario = "Recorded by `mngsrvraid capture` from the scenario ";
 constexpr std::string_view kFromAScenario = "Recorded by `mngsrvraid capture` from a scenario";
 constexpr std::string_view kScenario = "the scenario ";
-constexpr std::string_view kNotRedacted =
-    "- Not redacted: serial numbers, addresses and names are in it as the tool told them.\n";
+constexpr std::string_view kNotRedacted = "\n- Not redacted: ";
 constexpr std::string_view kRedacted =
-    "- Redacted: serial numbers, world-wide names, addresses, host names and the like are replaced by "
-    "words.\n";
+    "\n- Redacted: serial numbers, world-wide names, addresses, host names and the like are replaced by "
+    "words.";
 constexpr std::string_view kListTitle = "\n## What was replaced\n";
 constexpr std::string_view kListIndent = "    ";
 constexpr std::string_view kPath = "(path)";
@@ -162,8 +161,9 @@ std::string ReadmeText(const Account& account) {
     text += account.host.empty() ? "" : "- Host: " + OneLine(account.host) + "\n";
     text += "- Controllers: " + Known(account.controllers) + "\n";
     text += "- Version of the tool: " + Known(account.versions) + "\n";
-    text += "- Drives asked for: " + std::to_string(account.drives) + "\n";
+    text += "- Drives asked for: " + std::to_string(account.drives);
     text += kNotRedacted;
+    text += "serial numbers, addresses and names are in it as the tool told them.\n";
     text +=
         account.failures.empty() && account.missing.empty()
             ? "- Complete: all that could be asked was asked.\n"
@@ -188,7 +188,9 @@ std::string WithoutNames(std::string_view readme, const std::vector<std::string>
             ReplaceAll(text, OneLine(path), kPath);
         }
     }
-    ReplaceAll(text, kNotRedacted, kRedacted);
+    if (const std::size_t line = text.find(kNotRedacted); line != text.npos) {
+        text.replace(line, text.find('\n', line + 1) - line, kRedacted);
+    }
     return WithoutPaths(text);
 }
 

@@ -28,6 +28,28 @@ bool IsInstructions(std::string_view name) {
     return name.ends_with(".do") || name == "server.conf";
 }
 
+Replacements RedactOnce(Texts& texts, const RedactionOrder& order, const Replacements& earlier) {
+    Redaction redaction;
+    for (const Redaction::Replacement& each : earlier) {
+        redaction.Keep(each.word);
+    }
+    for (const std::string& word : order.words) {
+        redaction.AddWord(word);
+    }
+    redaction.AddHost(order.host);
+    for (const auto& [name, text] : texts) {
+        if (IsInstructions(name)) {
+            redaction.CollectInstructions(text);
+        } else {
+            redaction.Collect(text);
+        }
+    }
+    for (auto& [name, text] : texts) {
+        text = IsInstructions(name) ? redaction.RedactInstructions(text) : redaction.Redact(text);
+    }
+    return redaction.Replaced();
+}
+
 }  // namespace
 
 bool IsScenarioFileName(std::string_view name) {
@@ -45,27 +67,23 @@ bool IsScenarioFileName(std::string_view name) {
 }
 
 Replacements RedactTexts(Texts& texts, const RedactionOrder& order) {
-    Redaction redaction;
     if (texts[kReadme].empty()) {
         texts[kReadme] = "# A RAID server\n";
     }
     ListedReadme readme = TakeList(texts[kReadme]);
-    for (const Redaction::Replacement& each : readme.list) {
-        redaction.Keep(each.word);
-    }
-    for (const std::string& word : order.words) {
-        redaction.AddWord(word);
-    }
-    redaction.AddHost(order.host);
     texts[kReadme] = WithoutNames(readme.text, order.paths);
-    for (const auto& [name, text] : texts) {
-        redaction.Collect(text);
+    // What is replaced may bring to light what stood behind it; so until there is no more.
+    constexpr int kMostRounds = 8;
+    Replacements replaced;
+    for (int round = 0; round < kMostRounds; ++round) {
+        const Replacements more = RedactOnce(texts, order, readme.list);
+        if (more.empty()) {
+            break;
+        }
+        readme.list = Merged(std::move(readme.list), more);
+        replaced = Merged(std::move(replaced), more);
     }
-    for (auto& [name, text] : texts) {
-        text = IsInstructions(name) ? redaction.RedactInstructions(text) : redaction.Redact(text);
-    }
-    Replacements replaced = redaction.Replacements();
-    texts[kReadme] = PutList({texts[kReadme], Merged(std::move(readme.list), replaced)});
+    texts[kReadme] = PutList({texts[kReadme], readme.list});
     return replaced;
 }
 

@@ -215,10 +215,17 @@ void Redaction::Collect(std::string_view text) {
             isSectionAboutVersions ||
             (std::count(line.begin(), line.end(), '.') >= 3 && SpeaksOfVersions(line));
         FindShapes(line, isAboutVersions, [this](Kind kind, std::string_view part) {
-            if (!basics::StandsForNothing(part)) {
+            if (!basics::StandsForNothing(part) && !m_Values.HoldsKept(part)) {
                 (void)m_Values.Add(kind, part);
             }
         });
+    });
+}
+
+void Redaction::CollectInstructions(std::string_view text) {
+    ForEachLine(text, [this](std::string_view line) {
+        const std::size_t comment = line.find('#');
+        Collect(comment == line.npos ? "" : line.substr(comment));
     });
 }
 
@@ -295,7 +302,7 @@ std::string Redaction::RedactInstructions(std::string_view text) {
     return std::move(m_Out);
 }
 
-std::vector<Redaction::Replacement> Redaction::Replacements() const {
+std::vector<Redaction::Replacement> Redaction::Replaced() const {
     std::vector<Replacement> replacements;
     for (const KnownValues::Word& word : m_Values.Words()) {
         if (word.places > 0) {

@@ -38,7 +38,8 @@ class Redaction final {
     /// What the tool printed, or any other text of lines.
     [[nodiscard]] std::string Redact(std::string_view text);
 
-    /// What a scenario's command does: "fail-first 2 1   # a comment".
+    /// What a scenario's command does: "fail-first 2 1   # a comment". Only the comments give values away.
+    void CollectInstructions(std::string_view text);
     [[nodiscard]] std::string RedactInstructions(std::string_view text);
 
     /// What has become of the values, by kinds.
@@ -46,7 +47,7 @@ class Redaction final {
         WordNumber word;
         std::size_t places;
     };
-    [[nodiscard]] std::vector<Replacement> Replacements() const;
+    [[nodiscard]] std::vector<Replacement> Replaced() const;
 
   private:
     /// A line with a key of which the values are not to be told.

@@ -65,6 +65,13 @@ TEST(Readme, RedactedOneKeepsWhatIsTheSameEverywhere) {
     }
 }
 
+TEST(Readme, OfAnOlderCommandIsKnownToo) {
+    EXPECT_THAT(
+        WithoutNames("# Capture of a RAID server\n\n- Not redacted: in other words.\n- Complete: all\n", {}),
+        AllOf(HasSubstr("\n- Redacted: serial numbers,"), HasSubstr(" by words.\n- Complete: all\n"),
+              Not(HasSubstr("Not redacted"))));
+}
+
 TEST(Readme, SomebodysOwnIsLeft) {
     const std::string own = "# My server\n\nfrom the scenario x, 1.\n- Not redacted: /dev/sda\n";
     EXPECT_EQ(WithoutNames(own, {"/dev"}), own);

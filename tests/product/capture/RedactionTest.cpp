@@ -256,8 +256,8 @@ TEST(Redaction, WordOfAnEarlierTimeStaysAndIsNotGivenAgain) {
     const std::string text = "Serial Number : serial-0007\nid xserial-0007\nSerial : AB12CD\n";
     redaction.Collect(text);
     EXPECT_EQ(redaction.Redact(text), "Serial Number : serial-0007\nid xserial-0007\nSerial : serial-0008\n");
-    ASSERT_EQ(redaction.Replacements().size(), 1U);
-    EXPECT_EQ(WordFor(redaction.Replacements().front().word), "serial-0008");
+    ASSERT_EQ(redaction.Replaced().size(), 1U);
+    EXPECT_EQ(WordFor(redaction.Replaced().front().word), "serial-0008");
 }
 
 TEST(Redaction, SomebodysOwnValueMayLookLikeAWord) {
@@ -308,10 +308,10 @@ TEST(Redaction, CountsThePlacesOfEachWord) {
     const std::string text =
         "SN : 1234\nSerial : 7K00025200C4\nWWN : AB12\nx7K00025200C4 ab12 AB12 1234\nSN : 1234\n";
     redaction.Collect(text);
-    EXPECT_TRUE(redaction.Replacements().empty());
+    EXPECT_TRUE(redaction.Replaced().empty());
     (void)redaction.Redact(text);
     std::string list;
-    for (const Redaction::Replacement& each : redaction.Replacements()) {
+    for (const Redaction::Replacement& each : redaction.Replaced()) {
         list += WordFor(each.word) + "=" + std::to_string(each.places) + " ";
     }
     EXPECT_EQ(list, "serial-0001=2 serial-0002=2 wwn-0001=3 ");
