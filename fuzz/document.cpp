@@ -127,10 +127,16 @@ void CheckHealth(const inventory::Snapshot& snapshot) {
 }
 
 void CheckChanges(const inventory::Document& before, const inventory::Document& after) {
-    Require(inventory::ChangesBetween(before, before).empty(), "a document is no different from itself");
-    const std::size_t there = inventory::ChangesBetween(before, after).size();
-    Require(there == inventory::ChangesBetween(after, before).size(),
+    Require(inventory::ChangesBetween(before, before, true).list.empty(),
+            "a document is no different from itself");
+    const inventory::Changes all = inventory::ChangesBetween(before, after, true);
+    Require(all.list.size() == inventory::ChangesBetween(after, before, true).list.size(),
             "there are as many changes back as forth");
+    const inventory::Changes told = inventory::ChangesBetween(before, after);
+    Require(all.list.size() == told.list.size() + told.movements + told.redactions + told.repetitions,
+            "what is left out is counted");
+    Require(!views::Differences(all).empty() && !views::DifferencesJson(all, {}, {}).empty(),
+            "every change can be told");
 }
 
 void CheckDocument(std::string_view input) {

@@ -1,10 +1,12 @@
 // Scenario folders of the simulator: a command line, server.conf, v.txt, the command's own instructions and
-// text, and any.do, a section each; an empty one is a file that is not there. Nothing is run: what the
-// simulator would print is looked into.
+// text, any.do, the timeline, and what is noted of inquiries, a section each; an empty one is a file that is
+// not there. Nothing is run: what the simulator would print is looked into.
 
 #include "Scenario.h"
 #include "Instructions.h"
 #include "ScenarioError.h"
+#include "State.h"
+#include "Timeline.h"
 #include "support/Input.h"
 #include "support/Property.h"
 #include "test_support/TempFolder.h"
@@ -73,6 +75,9 @@ class Folder final {
 
     [[nodiscard]] static const std::filesystem::path& Place() {
         static const testsupport::TempFolder place;
+        static const bool hasStages = std::filesystem::create_directory(place.Path() / "well") &&
+                                      std::filesystem::create_directory(place.Path() / "failed");
+        Require(hasStages, "there is room for stages");
         return place.Path();
     }
 
@@ -102,15 +107,25 @@ void CheckInstructions(const Instructions& instructions) {
 
 void CheckComplaint(const ScenarioError& error) {
     const std::string_view text = error.what();
-    Require(error.Status() == vdksim::kExitBadScenario || error.Status() == vdksim::kExitNoScenario,
+    Require(error.Status() == vdksim::kExitBadScenario || error.Status() == vdksim::kExitNoScenario ||
+                error.Status() == vdksim::kExitNoState,
             "a scenario that is at fault has a status of its own");
     Require(text.starts_with(Folder::Place().string()), "a complaint names its place");
     Require(text.find('\n') == std::string_view::npos, "a complaint is one line");
 }
 
+/// What the scenario is played from, which is also where its state is.
+std::vector<std::filesystem::path> Folders() {
+    const vdksim::State state(Folder::Place());
+    std::vector<std::filesystem::path> folders = vdksim::FoldersOf(Folder::Place(), state, false);
+    Require(folders.back() == Folder::Place() && folders.size() <= 2, "a scenario is played from its folder");
+    Require(std::filesystem::is_directory(folders.front()), "a stage is there");
+    return folders;
+}
+
 /// What the scenario says about the command, as a text that two readings can be compared by.
 std::string Answer(const Command& command, std::string_view ownText) {
-    const Scenario scenario(Folder::Place());
+    const Scenario scenario(Folders());
     CheckInstructions(scenario.InstructionsFor(command));
     const std::optional<Scenario::Text> text = scenario.TextOf(command);
     if (!text) {
@@ -137,6 +152,17 @@ void CheckWithoutSmart(Command command, Folder& folder, std::string_view report)
     Require(rest.size() <= report.size(), "nothing is added");
 }
 
+/// One drive of the same text.
+void CheckOneDrive(const Command& command, Folder& folder, std::string_view report) {
+    Command all = command;
+    all.drive.reset();
+    folder.Write(all.FileStem() + ".txt", report);
+    const std::string drive = Answer(command, "");
+    Require(drive == "refused" || report.find(drive) != std::string_view::npos,
+            "a drive is a part of its report");
+    Require(drive == "refused" || drive.empty() || drive.starts_with("PD"), "a drive begins with its header");
+}
+
 void Read(const fuzzing::Sections& sections) {
     std::vector<std::string> words;
     for (const std::string_view word : fuzzing::Split(sections.front(), ' ')) {
@@ -146,7 +172,9 @@ void Read(const fuzzing::Sections& sections) {
     folder.Write("server.conf", SectionOf(sections, 1));
     folder.Write("v.txt", SectionOf(sections, 2));
     folder.Write("any.do", SectionOf(sections, 5));
-    const std::string version = Scenario(Folder::Place()).Version();
+    folder.Write("timeline", SectionOf(sections, 6));
+    folder.Write("inquiries", SectionOf(sections, 7));
+    const std::string version = Scenario(Folders()).Version();
     const auto parsed = vdksim::ParseCommand(words, vdksim::VersionTakesNoSmart(version));
     if (const auto* const rejected = std::get_if<Rejected>(&parsed)) {
         Require(std::find(words.begin(), words.end(), rejected->token) != words.end(),
@@ -158,6 +186,9 @@ void Read(const fuzzing::Sections& sections) {
     const std::string_view ownText = SectionOf(sections, isVersion ? 2 : 4);
     if (command.withoutSmart && !ownText.empty()) {
         CheckWithoutSmart(command, folder, ownText);
+    }
+    if (command.drive && !ownText.empty() && SectionOf(sections, 1).empty()) {
+        CheckOneDrive(command, folder, ownText);
     }
     folder.Write(command.FileStem() + ".txt", ownText);
     folder.Write(command.FileStem() + ".do", SectionOf(sections, 3));

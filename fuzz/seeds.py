@@ -17,6 +17,56 @@ PD1(GHS)
 Attribute Raw x
 """
 
+CONFIGURATION = b"""interval = "90s"
+smart_interval = "0"
+smart_of_sleeping = true
+timeout = "2m"
+history = "/srv/history.db"
+expect = "/srv/expect.json"
+calm = "0s"
+failures_to_tell = 5
+[limits]
+max_temperature = 50
+max_media_error_growth = 5
+[growth]
+media_errors = 1
+"""
+
+EXPECTATIONS = b"""{"version": 1, "host": "a", "saved_at": "b", "controllers": [{"number": "0", "product": "Gate",
+"serial": "C0", "groups": [{"number": "RG0", "raid_level": "RAID 1", "logical_drives": ["LD0"]}], "drives": [
+{"enclosure": "252", "slot": "0", "model": "TF", "serial": "A", "role": "LD0", "media_errors": 3}, {"slot": "1"}]}],
+"accepted": [{"place": "controller 0, RG0, LD0", "serial": "A", "what": "OFFLINE", "until": "2031-06-30", "reason": "known"}]}
+"""
+
+
+def item(name, *inner):
+    """An item with a value, or with others in it."""
+    if len(inner) == 1 and not inner[0].startswith(b"<"):
+        return b'<Item Name="%s" Value="%s" Valid="TRUE"/>' % (name, inner[0])
+    return b'<Item Name="%s" Valid="TRUE">%s</Item>' % (name, b"".join(inner))
+
+
+GENERAL, PLACE = b"### General Information ###", b"### Enclosure Properties Information ###"
+DOCUMENT = b'<RAID version="1">%s</RAID>' % b"".join([
+    item(b"Controller Information", item(GENERAL, item(b"Controller No.", b"0"), item(b"Serial Number", b"C1")),
+         item(b"### Battery Backup Unit Information ###", item(b"Status", b"Low"))),
+    item(b"Logical Drive Information", item(b"PD List", item(b"PD No.", b"PD0"), item(b"Slot No.", b"0")),
+         item(GENERAL, item(b"RG No.", b"RG0"), item(b"RAID Level", b"RAID 1"), item(b"# of PD", b"1"),
+              item(b"LD List", item(b"LD No.", b"LD0"), item(b"State", b"DEGRADED")))),
+    item(b"Physical Drive Information",
+         item(GENERAL, item(b"PD No.", b"PD0"), item(b"RG No.", b"RG0"), item(b"LD No.", b"LD0"),
+              item(b"PD Status", b"ERROR"), item(b"Serial Number", b"A"), item(b"Temperature", b"41 C"),
+              item(b"Media Error Count", b"20")),
+         item(PLACE, item(b"Enclosure No.", b"252"), item(b"Slot No.", b"0"))),
+])
+
+PART = (b'"part_kind": "drive", "rule": "state", "controller": "0", "part": "PD0", "enclosure": "252", "slot": "0", '
+        b'"serial": "A", "what": "FAILED"')
+ALARM = (b'{"level": "CRITICAL", %s, "part_key": "drive/A", "place_key": "slot/0/252/0", "since": "2009-12-01T00:00:00Z", '
+         b'"told": "2009-12-01T00:00:00Z", "returns": 2, "vanished": true}' % PART)
+EVENT = (b'{"id": "1", "at": "2009-12-01T00:00:00Z", "kind": "began", "level": "CRITICAL", "before": "OK", %s, '
+         b'"words": "a", "advice": "b"}' % PART)
+
 
 def main():
     scenarios, output = map(pathlib.Path, sys.argv[1:])
@@ -43,6 +93,9 @@ def all_inputs(scenarios):
         "get_info": whole_calls(scenarios),
         "get_pd_info": drive_calls(scenarios),
         "scenario": scenario_files(scenarios),
+        "configuration": [CONFIGURATION],
+        "expectations": [SECTION.join([EXPECTATIONS, DOCUMENT])],
+        "watch": [SECTION.join([b"alarm a" + FIELD + ALARM, DOCUMENT, b"", EVENT, DOCUMENT])],
     }
 
 
@@ -143,7 +196,7 @@ def drive_calls(scenarios):
 
 
 def scenario_files(scenarios):
-    """Arguments, then server.conf, v.txt, the command's own instructions and text, and any.do."""
+    """Arguments, then server.conf, v.txt, the command's own instructions and text, any.do, timeline and inquiries."""
     inputs = []
     commands = (b"-v", b"-ctrlinfo -a0", b"-ctrlinfo -aAll", b"-ldpdinfo -a1", b"-pdinfo -a0", b"-pdinfo -nosmart -a0",
                 b"-pdinfo -pd[8:3] -a0", b"-pdinfo -x")
@@ -158,6 +211,16 @@ def scenario_files(scenarios):
             server = servers[(number + other) % len(servers)]
             texts = [words, server, b"Product Version : 4.1\n", lines, report if other % 2 else b"", b"" if other % 3 else lines]
             inputs.append(SECTION.join(texts))
+    inquiries = b"".join(b"%015d\n" % time for time in (5000, 9000, 27000))
+    timelines = [b"0 well\n20 failed # for good\n", b"count inquiries\n0 .\n1 failed\n2 well\nrepeat 3\n",
+                 b"count seconds\n0 failed\n30 well\nrepeat 31\n", b"5 well\n", b"0 ../well\n", b"0 well\n10 faild\n",
+                 b"0 well\nrepeat 0\n", b"repeat 3\n0 well\n", b"0 well\n5 .\n5 failed\n", b"count days\n", b"#\n"]
+    for timeline in timelines:
+        for state in (b"", inquiries, inquiries[:40], b"soon, very soon\n"):
+            inputs.append(SECTION.join([b"-pdinfo -a0", b"drives 2\n", b"", b"", report, b"", timeline, state]))
+    drive = b" Enclosure No. : 8\n Slot No. : 3\n"
+    for text in (report + drive, b"PD0(LD0)\n" + drive + b"PD1(GHS)\n" + drive, drive):
+        inputs.append(SECTION.join([b"-pdinfo -pd[8:3] -a0", b"", b"", b"", text]))
     return inputs
 
 

@@ -10,8 +10,9 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 . scripts/packages.sh
 
-ALL_TARGETS=(ctrl_report ld_report pd_report smart_report conversion scenario get_info get_pd_info document)
-LONGEST=2048
+ALL_TARGETS=(ctrl_report ld_report pd_report smart_report conversion scenario get_info get_pd_info document expectations
+    watch configuration)
+LONGEST=4096
 RESULTS=build/fuzz-runs
 MERGED=$RESULTS/merged
 

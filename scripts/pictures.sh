@@ -16,16 +16,16 @@ photograph() {
         --window-size="$3,$4" --screenshot="$2" "file://$1" >/dev/null 2>&1
 }
 
-"$command" --scenario large --output "$folder/page.html" show --format html
+"$command" --scenario large --host storage7 --output "$folder/page.html" show --format html
 
 # A terminal of its own, so that there are colours and a width.
-COLUMNS=118 TERM=xterm script -qec "$command --scenario large show 2>/dev/null" /dev/null >"$folder/show.txt" </dev/null
+COLUMNS=120 TERM=xterm script -qec "$command --scenario large --host storage7 show 2>/dev/null" /dev/null >"$folder/show.txt" </dev/null
 python3 - "$folder/show.txt" "$folder/show.html" <<'PYTHON'
 import html
 import re
 import sys
 
-COLOURS = {"32": "#3fb950", "33": "#d29922", "35": "#d2a8ff", "1;31": "#ff7b72", "1": "#ffffff"}
+COLOURS = {"32": "#3fb950", "36": "#39c5cf", "33": "#d29922", "35": "#d2a8ff", "1;31": "#ff7b72", "1": "#ffffff"}
 
 with open(sys.argv[1], encoding="utf-8") as shown:
     text = html.escape(shown.read().replace("\r", ""))
@@ -37,5 +37,5 @@ with open(sys.argv[2], "w", encoding="utf-8") as page:
 PYTHON
 
 mkdir -p docs/images
-photograph "$folder/show.html" "$PWD/docs/images/show.png" 1000 900
+photograph "$folder/show.html" "$PWD/docs/images/show.png" 1000 852
 photograph "$folder/page.html" "$PWD/docs/images/page.png" 1280 1180

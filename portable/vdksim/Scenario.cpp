@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "ReportParts.h"
 #include "ScenarioError.h"
 #include "Words.h"
 
@@ -19,8 +20,6 @@ namespace {
 
 constexpr const char* kServerFile = "server.conf";
 constexpr const char* kInstructionsForAll = "any.do";
-constexpr std::string_view kTitleHead = "### ";
-constexpr std::string_view kSmartTitleHead = "### SMART Information ###";
 constexpr std::string_view kVersionKey = "Product Version";
 
 // server.conf: "version 4.2", "controllers 2", "drives 24", one a line.
@@ -60,29 +59,6 @@ std::string VersionIn(std::string_view text) {
     return colon == std::string_view::npos ? std::string{} : std::string(Trimmed(line.substr(colon + 1)));
 }
 
-bool IsDriveHeader(std::string_view line) {
-    return line.size() > 2 && line.starts_with("PD") && line[2] >= '0' && line[2] <= '9';
-}
-
-// The report less its SMART sections: each reaches to the next title, the next drive or the end.
-std::string WithoutSmart(std::string_view report) {
-    std::string rest;
-    bool inSmart = false;
-    while (!report.empty()) {
-        const auto feed = report.find('\n');
-        const std::string_view line =
-            report.substr(0, feed == std::string_view::npos ? report.size() : feed + 1);
-        report.remove_prefix(line.size());
-        if (line.starts_with(kTitleHead) || IsDriveHeader(line)) {
-            inSmart = line.starts_with(kSmartTitleHead);
-        }
-        if (!inSmart) {
-            rest += line;
-        }
-    }
-    return rest;
-}
-
 Scenario::Text TextFrom(std::string contents) {
     // Shared, because a copy of the function must not copy a report of a gigabyte.
     auto held = std::make_shared<const std::string>(std::move(contents));
@@ -91,14 +67,16 @@ Scenario::Text TextFrom(std::string contents) {
 
 }  // namespace
 
-Scenario::Scenario(fs::path folder) : m_Folder(std::move(folder)) {
-    std::error_code error;
-    if (!fs::is_directory(m_Folder, error)) {
-        throw ScenarioError(kExitNoScenario,
-                            m_Folder.string() + ": no such scenario folder; name one with VDKSIM_SCENARIO");
+Scenario::Scenario(std::vector<fs::path> folders) : m_Folders(std::move(folders)) {
+    for (const fs::path& folder : m_Folders) {
+        std::error_code error;
+        if (!fs::is_directory(folder, error)) {
+            throw ScenarioError(kExitNoScenario,
+                                folder.string() + ": no such scenario folder; name one with VDKSIM_SCENARIO");
+        }
     }
     if (const auto contents = Contents(kServerFile)) {
-        m_MadeUp.emplace(ReadShape(m_Folder / kServerFile, *contents));
+        m_MadeUp.emplace(ReadShape(Find(kServerFile), *contents));
         m_Version = m_MadeUp->GetShape().version;
     }
     if (const auto contents = Contents("v.txt")) {
@@ -108,8 +86,8 @@ Scenario::Scenario(fs::path folder) : m_Folder(std::move(folder)) {
 
 Instructions Scenario::InstructionsFor(const Command& command) const {
     for (const std::string& name : {command.FileStem() + ".do", std::string(kInstructionsForAll)}) {
-        if (fs::exists(m_Folder / name)) {
-            return Instructions::FromFile(m_Folder / name);
+        if (const fs::path path = Find(name); fs::exists(path)) {
+            return Instructions::FromFile(path);
         }
     }
     return {};
@@ -125,11 +103,11 @@ std::optional<Scenario::Text> Scenario::TextOf(const Command& command) const {
         }
     }
     // Instructions alone make a command that prints nothing.
-    if (fs::exists(m_Folder / (command.FileStem() + ".do"))) {
+    if (fs::exists(Find(command.FileStem() + ".do"))) {
         return TextFrom({});
     }
     if (command.kind == Command::Kind::Version) {
-        throw ScenarioError(kExitNoScenario, (m_Folder / "v.txt").string() + ": missing");
+        throw ScenarioError(kExitNoScenario, Find("v.txt").string() + ": missing");
     }
     if (command.kind == Command::Kind::Controllers && !command.controller) {
         return AllControllers();
@@ -137,8 +115,17 @@ std::optional<Scenario::Text> Scenario::TextOf(const Command& command) const {
     return std::nullopt;
 }
 
+fs::path Scenario::Find(const std::string& name) const {
+    for (const fs::path& folder : m_Folders) {
+        if (fs::exists(folder / name)) {
+            return folder / name;
+        }
+    }
+    return m_Folders.back() / name;
+}
+
 std::optional<std::string> Scenario::Contents(const std::string& name) const {
-    const fs::path path = m_Folder / name;
+    const fs::path path = Find(name);
     if (!fs::exists(path)) {
         return std::nullopt;
     }
@@ -156,14 +143,21 @@ std::optional<Scenario::Text> Scenario::OwnText(const Command& command) const {
     if (auto contents = Contents(command.FileStem() + ".txt")) {
         return TextFrom(std::move(*contents));
     }
-    if (command.withoutSmart) {
-        Command withSmart = command;
-        withSmart.withoutSmart = false;
-        if (const auto contents = Contents(withSmart.FileStem() + ".txt")) {
-            return TextFrom(WithoutSmart(*contents));
-        }
+    if (!command.withoutSmart && !command.drive) {
+        return std::nullopt;
     }
-    return std::nullopt;
+    Command whole = command;
+    whole.withoutSmart = false;
+    whole.drive.reset();
+    const auto contents = Contents(whole.FileStem() + ".txt");
+    if (!contents) {
+        return std::nullopt;
+    }
+    if (!command.drive) {
+        return TextFrom(WithoutSmart(*contents));
+    }
+    auto drive = DriveIn(*contents, *command.drive);
+    return drive ? std::optional(TextFrom(std::move(*drive))) : std::nullopt;
 }
 
 std::optional<Scenario::Text> Scenario::MadeUpText(const Command& command) const {

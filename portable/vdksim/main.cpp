@@ -26,6 +26,7 @@
 #include "Scenario.h"
 #include "ScenarioError.h"
 #include "State.h"
+#include "Timeline.h"
 #include "vdksim/Command.h"
 
 namespace vdksim {
@@ -223,7 +224,8 @@ int Play(const Scenario::Text& text, int status, const Instructions& instruction
 int Run(const std::vector<std::string>& arguments) {
     const State state = FindState();
     state.LogRun(arguments);
-    const Scenario scenario(FolderFor("VDKSIM_SCENARIO", "scenario"));
+    const bool beginsInquiry = arguments == std::vector<std::string>{"-v"};
+    const Scenario scenario(FoldersOf(FolderFor("VDKSIM_SCENARIO", "scenario"), state, beginsInquiry));
     const auto parsed = ParseCommand(arguments, VersionTakesNoSmart(scenario.Version()));
     if (const auto* rejected = std::get_if<Rejected>(&parsed)) {
         std::cout << kMarker << rejected->token << std::endl;

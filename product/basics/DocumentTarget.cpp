@@ -1,9 +1,10 @@
 #include "basics/DocumentTarget.h"
 
 #include "basics/Failure.h"
+#include "basics/FileAccess.h"
+#include "basics/HeldSignals.h"
 
 #include <fcntl.h>
-#include <signal.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -16,6 +17,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr mode_t kModeBeforeUmask = 0666;
+
 [[noreturn]] void Fail(const std::string& where, const std::string& why) {
     FailSurroundings("the document cannot be written to " + where + ": " + why +
                      "; name another file by --output");
@@ -24,33 +27,6 @@ namespace fs = std::filesystem;
 [[noreturn]] void Fail(const std::string& where, int error) {
     Fail(where, ErrorText(error));
 }
-
-// Holds back the signals that would end the process between making a temporary file and its end.
-class HeldSignals final {
-  public:
-    HeldSignals() noexcept {
-        sigset_t held;
-        sigemptyset(&held);
-        for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) {
-            sigaddset(&held, signal);
-        }
-        ::sigprocmask(SIG_BLOCK, &held, &m_Mask);
-        struct sigaction ignore {};
-        ignore.sa_handler = SIG_IGN;
-        // Too large a file is then a failed write.
-        ::sigaction(SIGXFSZ, &ignore, &m_TooLarge);
-    }
-    HeldSignals(const HeldSignals&) = delete;
-    HeldSignals& operator=(const HeldSignals&) = delete;
-    ~HeldSignals() {
-        ::sigaction(SIGXFSZ, &m_TooLarge, nullptr);
-        ::sigprocmask(SIG_SETMASK, &m_Mask, nullptr);
-    }
-
-  private:
-    sigset_t m_Mask{};
-    struct sigaction m_TooLarge {};
-};
 
 // Some file systems keep the bad news until a descriptor is closed.
 int WriteAndConfirm(int descriptor, std::string_view text) noexcept {
@@ -109,9 +85,15 @@ void DocumentTarget::Store(std::string_view document) const {
 
 void DocumentTarget::ReplaceFile(std::string_view document) const {
     const HeldSignals held;
+    const Descriptor replaced = OpenReplaced();
     std::string temporaryName;
-    Descriptor temporary = MakeTemporary(temporaryName);
+    // Closed to others until it is known who had access to what it replaces.
+    Descriptor temporary =
+        MakeTemporary(temporaryName, replaced.IsOpen() ? S_IRUSR | S_IWUSR : kModeBeforeUmask);
     int error = WriteWhole(temporary.Number(), document);
+    if (error == 0 && replaced.IsOpen()) {
+        error = HandOnAccess(replaced.Number(), temporary.Number());
+    }
     if (error == 0 && ::fsync(temporary.Number()) != 0) {
         error = errno;
     }
@@ -128,14 +110,23 @@ void DocumentTarget::ReplaceFile(std::string_view document) const {
     }
 }
 
-Descriptor DocumentTarget::MakeTemporary(std::string& name) const {
+/// The file that is there now, if it is one.
+Descriptor DocumentTarget::OpenReplaced() const {
+    Descriptor file(::openat(m_Directory.Number(), m_Name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
+    struct stat status {};
+    if (file.IsOpen() && (::fstat(file.Number(), &status) != 0 || !S_ISREG(status.st_mode))) {
+        (void)file.Close();
+    }
+    return file;
+}
+
+Descriptor DocumentTarget::MakeTemporary(std::string& name, mode_t mode) const {
     constexpr int kMostTries = 100;
-    constexpr mode_t kModeBeforeUmask = 0666;
     int error = EEXIST;
     for (int number = 0; number < kMostTries && error == EEXIST; ++number) {
         name = ".mngsrvraid." + std::to_string(::getpid()) + "." + std::to_string(number) + ".tmp";
-        Descriptor file(::openat(m_Directory.Number(), name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC,
-                                 kModeBeforeUmask));
+        Descriptor file(
+            ::openat(m_Directory.Number(), name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode));
         if (file.IsOpen()) {
             return file;
         }

@@ -4,8 +4,10 @@
 
 #include <algorithm>
 #include <atomic>
+#include <iterator>
 #include <new>
 #include <string_view>
+#include <utility>
 
 namespace calls {
 namespace {
@@ -16,6 +18,9 @@ constexpr char kCommandEnd = ')';
 constexpr std::string_view kCommandFailure = "Failed to execute vdkcli command.(";
 constexpr std::string_view kAttempt =
     "ExecForeignModule";  // a failed attempt, after which there may be another
+// Behind each of them the result file is removed.
+constexpr std::string_view kReportFailures[] = {kCommandFailure, "Failed to parse RAID Information ",
+                                                "Failed to open file output by vdkcli("};
 
 constexpr int kMessageLevel = 0;
 constexpr int kResultLevel = 1;
@@ -31,10 +36,15 @@ std::size_t CountForks() noexcept {
     return g_Forks;
 }
 
+bool IsBeforeRemoval(std::string_view failure) {
+    return std::any_of(std::begin(kReportFailures), std::end(kReportFailures),
+                       [failure](std::string_view start) { return failure.starts_with(start); });
+}
+
 }  // namespace
 
 CallListener::CallListener(ProgressReceiver* progress) : m_Progress(progress), m_ForksBefore(CountForks()) {
-    CTraceOutput::SetListener(this);
+    CTraceOutput::SetListener(this, kResultLevel | kFailureLevel);
 }
 
 void CallListener::OnTrace(const TraceLine& line) noexcept {
@@ -45,16 +55,16 @@ void CallListener::OnTrace(const TraceLine& line) noexcept {
     }
 }
 
-// A command ends with the first line that is traced behind it: while the tool runs, nothing is.
+// A command's time is that of its tries with the pauses between them; while they last, nothing else is traced.
 void CallListener::Clock(const TraceLine& line) {
-    const auto now = std::chrono::steady_clock::now();
     const std::lock_guard lock(m_Mutex);
     if (m_RunsSince && !line.text.starts_with(kAttempt)) {
-        m_Runs.duration += now - *m_RunsSince;
+        const auto time = EndOfRun() - *m_RunsSince;
+        m_Runs.duration += std::max(time, time.zero());
         m_RunsSince.reset();
     }
     if (line.level == kResultLevel && line.text.starts_with(kCommandStart)) {
-        m_RunsSince = now;
+        m_RunsSince = std::chrono::steady_clock::now();
         ++m_Runs.commands;
     } else if (line.level == kFailureLevel && line.text.starts_with(kCommandFailure)) {
         ++m_Runs.failures;
@@ -71,6 +81,10 @@ void CallListener::Hear(const TraceLine& line) {
         std::string_view command = line.text.substr(kCommandStart.size());
         command.remove_suffix(1);
         StartCommand(command);
+    } else if (line.level == kFailureLevel && IsBeforeRemoval(line.text)) {
+        ToolRun run = SeeRun();
+        const std::lock_guard lock(m_Mutex);
+        m_LastRun = std::move(run);
     }
 }
 
@@ -78,7 +92,9 @@ void CallListener::StartCommand(std::string_view command) {
     {
         const std::lock_guard lock(m_Mutex);
         m_LastCommand = command;
+        m_LastRun.reset();
     }
+    ForgetRun();
     if (m_Progress != nullptr) {
         m_Progress->Show(command);
     }
@@ -94,10 +110,16 @@ std::optional<std::string> CallListener::LastCommand() const {
     return m_LastCommand;
 }
 
+std::optional<ToolRun> CallListener::LastRun() const {
+    const std::lock_guard lock(m_Mutex);
+    return m_LastRun;
+}
+
 void CallListener::Forget() {
     const std::lock_guard lock(m_Mutex);
     m_Reasons.reset();
     m_LastCommand.reset();
+    m_LastRun.reset();
 }
 
 inventory::ToolRuns CallListener::Runs() const {

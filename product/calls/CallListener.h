@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ToolRun.h"
 #include "calls/ProgressReceiver.h"
 #include "inventory/Snapshot.h"
 
@@ -14,7 +15,7 @@
 namespace calls {
 
 /// Hears from the trace what a method call does not return: the reason text of a failure, which command of
-/// the tool is running, and how such runs went. Listens from construction to destruction; one at a time in a
+/// the tool is running, how such runs went, and when there is a report to look into that was of no use. Listens from construction to destruction; one at a time in a
 /// process.
 class CallListener final : public ITraceListener {
   public:
@@ -34,6 +35,9 @@ class CallListener final : public ITraceListener {
     /// "vdkcli -ldpdinfo -a0"; nothing when it ran none.
     [[nodiscard]] std::optional<std::string> LastCommand() const;
 
+    /// How that command's last run ended, where the call failed because of it or of what it printed.
+    [[nodiscard]] std::optional<ToolRun> LastRun() const;
+
     /// Of all calls so far.
     [[nodiscard]] inventory::ToolRuns Runs() const;
 
@@ -46,6 +50,7 @@ class CallListener final : public ITraceListener {
     mutable std::mutex m_Mutex;
     std::optional<std::string> m_Reasons;
     std::optional<std::string> m_LastCommand;
+    std::optional<ToolRun> m_LastRun;
     inventory::ToolRuns m_Runs;  ///< without the failed runs, which Runs() works out
     const std::size_t m_ForksBefore;
     std::optional<std::chrono::steady_clock::time_point> m_RunsSince;  ///< while the tool runs

@@ -1,6 +1,7 @@
 #include "FailureText.h"
 
 #include "basics/Words.h"
+#include "calls/InstallRoot.h"
 #include "calls/ToolCommand.h"
 
 #include <algorithm>
@@ -24,7 +25,7 @@ constexpr std::array<Reason, 9> kReasons = {{
     {"02", "the conversion into XML failed", kSeeTrace},
     {"03", "the tool is not installed", "install it in /opt/zorbalt/vdk, or name a scenario by --scenario"},
     {"04", "the tool's report could not be opened",
-     "see that tmp/MSRAID below the install root is left alone"},
+     "see that the folder mngsrvraid.* below TMPDIR is left alone"},
     {"05", "the conversion library could not be loaded", "see that cim/ below the install root is complete"},
     {"06", "the tool's report could not be understood",
      "run the command that --trace 1,2 shows by hand and send what it prints to support"},
@@ -57,10 +58,14 @@ std::string InWords(std::string_view code) {
     return std::string(reason == nullptr ? "unknown reason" : reason->words) + " (" + std::string(code) + ")";
 }
 
+bool IsOfReport(std::string_view code) {
+    return code == "01" || code == "04" || code == "06";
+}
+
 std::string Advice(std::string_view code, const FailureSetting& setting) {
-    if (code == "01" && setting.resultDirectory) {
-        return "result files cannot be written in " + *setting.resultDirectory +
-               ": get the right to, or name another install root by --install-dir";
+    if (IsOfReport(code) && setting.run && !setting.run->obstacle.empty()) {
+        return "result files cannot be written below " + ResultPlace() + ": " + setting.run->obstacle +
+               "; name another directory by the variable TMPDIR";
     }
     if (code == "01" && setting.isOfOneDrive) {
         return "check that there is such a drive (get-info lists them), or see what --trace 1,2 shows";
@@ -72,10 +77,13 @@ std::string Advice(std::string_view code, const FailureSetting& setting) {
     return reason == nullptr ? kSeeTrace : reason->advice;
 }
 
-/// Which report of the tool the reason is about; empty for one that is about none.
+/// Which report of the tool the reason is about, and how that came to be; empty for one that is about none.
 std::string Place(std::string_view code, const FailureSetting& setting) {
-    const bool isOfReport = code == "01" || code == "04" || code == "06";
-    return isOfReport && setting.command ? " at " + DescribeCommand(*setting.command) : "";
+    if (!IsOfReport(code) || !setting.command) {
+        return "";
+    }
+    const std::string run = setting.run ? DescribeRun(*setting.run) : "";
+    return " at " + DescribeCommand(*setting.command) + (run.empty() ? "" : ": " + run);
 }
 
 }  // namespace

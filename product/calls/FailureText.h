@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ToolRun.h"
 #include "calls/MethodCall.h"
 
 #include <optional>
@@ -12,13 +13,12 @@ struct FailureSetting {
     std::string call;           ///< what is said to fail, "get-info"
     bool isOfOneDrive = false;  ///< whether GetPDInfo was called
     std::string scenario = {};  ///< empty: against this server
-    std::optional<std::string> resultDirectory =
-        {};                                   ///< where the module could not write result files, if so
     std::optional<std::string> command = {};  ///< that the tool ran last, "vdkcli -pdinfo -a0"
+    std::optional<ToolRun> run = {};          ///< its last one, where that is what failed
 };
 
 /// One line for a method that ended with a return value other than 0: the value, the reasons in words with
-/// their codes, at which report of the tool, what to do. `reasons` are two-digit codes, newest first.
+/// their codes, at which report of the tool, how its run ended, what to do. `reasons` are two-digit codes, newest first.
 [[nodiscard]] std::string DescribeMethodFailure(DWORD returnValue, const std::optional<std::string>& reasons,
                                                 const FailureSetting& setting);
 

@@ -3,33 +3,14 @@
 #include "CallListener.h"
 #include "FailureText.h"
 #include "basics/Failure.h"
+#include "calls/InstallRoot.h"
 
-#include "qel/CFileUtility.h"
-
-#include <unistd.h>
-
-#include <filesystem>
-#include <system_error>
 #include <utility>
 
 namespace calls {
 namespace {
 
-namespace fs = std::filesystem;
 using basics::Failure;
-
-// The directory that result files go to, or its nearest one that there is, when it cannot be written.
-std::optional<std::string> UnwritableResultDirectory() {
-    fs::path directory = ResultDirectory();
-    std::error_code ignored;
-    while (!fs::exists(directory, ignored) && directory.has_relative_path()) {
-        directory = directory.parent_path();
-    }
-    if (::access(directory.c_str(), W_OK | X_OK) == 0) {
-        return std::nullopt;
-    }
-    return directory.string();
-}
 
 }  // namespace
 
@@ -50,16 +31,17 @@ std::string Inquiry::AskForDrive(const DrivePlace& drive) {
 
 std::string Inquiry::Ask(const std::optional<DrivePlace>& drive) {
     const std::string& name = drive ? m_Request.driveCall : m_Request.serverCall;
-    FailureSetting setting = {name, drive.has_value(), m_Request.scenario, UnwritableResultDirectory()};
+    FailureSetting setting = {name, drive.has_value(), m_Request.scenario};
     m_Listener->Forget();
     MethodOutcome outcome = CallMethod(m_Module.Provider(), {drive, m_Request.appKey});
     setting.command = m_Listener->LastCommand();
+    setting.run = m_Listener->LastRun();
     if (outcome.status == WBEM_S_NO_ERROR && outcome.returnValue.value_or(0) != 0) {
         throw Failure(Failure::Kind::Method,
                       DescribeMethodFailure(*outcome.returnValue, m_Listener->Reasons(), setting));
     }
     if (!outcome.document) {
-        throw Failure(Failure::Kind::Call, DescribeCallFailure(outcome, setting));
+        throw Failure(Failure::Kind::Call, WithKnownRoot(DescribeCallFailure(outcome, setting)));
     }
     return std::move(*outcome.document);
 }
@@ -72,10 +54,6 @@ void Inquiry::ShowDone(std::size_t done, std::size_t total) {
 
 inventory::ToolRuns Inquiry::Runs() const {
     return m_Listener->Runs();
-}
-
-std::string ResultDirectory() {
-    return CFileUtility::GetInstallPath(INSTALLPATH_ROOT) + "/tmp/MSRAID";
 }
 
 inventory::Document ReadDocument(const std::string& xml, const std::string& source) {

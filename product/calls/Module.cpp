@@ -1,6 +1,7 @@
 #include "calls/Module.h"
 
 #include "basics/Failure.h"
+#include "calls/InstallRoot.h"
 
 #include "qel/CFileUtility.h"
 
@@ -32,7 +33,7 @@ void Module::CloseLibrary::operator()(void* library) const noexcept {
 }
 
 std::string Module::DefaultPath() {
-    const std::string directory = CFileUtility::GetInstallPath(INSTALLPATH_CIM);
+    const std::string directory = WithKnownRoot(CFileUtility::GetInstallPath(INSTALLPATH_CIM));
     return directory.empty() ? kFileName : directory + "/" + kFileName;
 }
 

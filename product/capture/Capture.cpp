@@ -2,16 +2,15 @@
 
 #include "CaptureFolder.h"
 #include "KeyLines.h"
+#include "Readme.h"
 #include "Recording.h"
-#include "Redaction.h"
+#include "RedactedTexts.h"
 #include "basics/Failure.h"
 #include "basics/Text.h"
-#include "basics/Time.h"
-#include "basics/Words.h"
+#include "calls/InstallRoot.h"
 #include "inventory/Server.h"
 #include "scenario/ScenarioText.h"
 
-#include <chrono>
 #include <functional>
 #include <optional>
 #include <set>
@@ -31,23 +30,10 @@ std::vector<std::string> ValuesOf(const std::string& text, std::string_view want
     std::vector<std::string> values;
     ForEachKeyLine(text, [&](std::string_view key, std::string_view value) {
         if (key == wanted) {
-            values.emplace_back(OneLine(std::string(value)));
+            values.emplace_back(value);
         }
     });
     return values;
-}
-
-std::string Known(const std::vector<std::string>& texts) {
-    const std::string joined = basics::Joined(texts);
-    return joined.empty() ? "not known" : joined;
-}
-
-std::string Section(const std::string& title, const std::vector<std::string>& lines) {
-    std::string text = lines.empty() ? "" : "\n## " + title + "\n\n";
-    for (const std::string& line : lines) {
-        text += "- " + OneLine(line) + "\n";
-    }
-    return text;
 }
 
 std::string Code(const std::string& arguments) {
@@ -59,9 +45,12 @@ std::string Code(const std::string& arguments) {
 class Capture::Work final {
   public:
     Work(CaptureRequest request, const std::string& records)
-        : m_Request(std::move(request)), m_Folder(m_Request.folder), m_Recording(records) {}
+        : m_Request(std::move(request)),
+          m_Folder(m_Request.folder),
+          m_Recording(records),
+          m_Records(records) {}
 
-    [[nodiscard]] std::string Run(calls::ProgressReceiver* progress);
+    [[nodiscard]] Captured Run(calls::ProgressReceiver* progress);
 
   private:
     struct MethodFailure {
@@ -73,15 +62,17 @@ class Capture::Work final {
     void AskForDrives(calls::Inquiry& inquiry, const std::string& document);
     [[nodiscard]] std::optional<std::string> Call(const std::string& name,
                                                   const std::function<std::string()>& method);
-    void Write();
-    [[nodiscard]] std::string Readme() const;
+    [[nodiscard]] std::string Write();
+    [[nodiscard]] Texts TheTexts() const;
+    [[nodiscard]] Account TheAccount() const;
+    [[nodiscard]] std::vector<std::string> Changes() const;
     [[nodiscard]] std::string Answers(const std::string& arguments) const;
-    void TellFailure() const;
+    [[nodiscard]] std::optional<Failure> TheFailure(const std::string& what) const;
 
     CaptureRequest m_Request;
     CaptureFolder m_Folder;
     Recording m_Recording;
-    Redaction m_Redaction;
+    std::string m_Records;
     std::vector<MethodFailure> m_Failures;
     std::vector<std::string> m_Notes;
     std::size_t m_DriveCount = 0;
@@ -92,18 +83,22 @@ Capture::Capture(CaptureRequest request, const std::string& records)
 
 Capture::~Capture() = default;
 
-std::string Capture::Run(calls::ProgressReceiver* progress) {
+Captured Capture::Run(calls::ProgressReceiver* progress) {
     return m_Work->Run(progress);
 }
 
-std::string Capture::Work::Run(calls::ProgressReceiver* progress) {
+Captured Capture::Work::Run(calls::ProgressReceiver* progress) {
     m_Request.inquiry.progress = progress;
     Ask();
-    Write();
-    TellFailure();
-    return "recorded in " + OneLine(m_Folder.Path()) + ": " + std::to_string(m_Recording.Commands().size()) +
-           " commands, " + std::to_string(m_DriveCount) + " drives" +
-           (m_Request.isRedacted ? ", redacted\n" : "\n");
+    if (m_Recording.Commands().empty()) {
+        throw TheFailure("nothing was recorded")
+            .value_or(Failure(Failure::Kind::Method, "nothing was recorded: the tool was not run"));
+    }
+    const std::string list = Write();
+    return {"recorded in " + OneLine(m_Folder.Path()) + ": " + std::to_string(m_Recording.Commands().size()) +
+                " commands, " + std::to_string(m_DriveCount) + " drives" +
+                (m_Request.isRedacted ? ", redacted\n" : "\n") + list,
+            TheFailure("what failed is recorded in " + m_Folder.Path())};
 }
 
 void Capture::Work::Ask() {
@@ -154,25 +149,37 @@ std::optional<std::string> Capture::Work::Call(const std::string& name,
     return document;
 }
 
-void Capture::Work::Write() {
-    std::string readme = Readme();
+// The lines that say what was replaced.
+std::string Capture::Work::Write() {
+    Texts texts = TheTexts();
+    std::string list;
     if (m_Request.isRedacted) {
-        for (const RecordedCommand& command : m_Recording.Commands()) {
-            m_Redaction.Collect(command.output);
+        list = ListForScreen(
+            RedactTexts(texts, {.words = m_Request.words,
+                                .host = m_Request.host,
+                                .paths = {m_Records, calls::ResultDirectory(), m_Request.folder}}));
+    }
+    for (const auto& [name, text] : texts) {
+        if (name != kReadme) {
+            m_Folder.Write(name, text);
         }
     }
+    m_Folder.Describe(texts[kReadme]);
+    m_Folder.Complete();
+    return list;
+}
+
+Texts Capture::Work::TheTexts() const {
+    Texts texts = {{kReadme, ReadmeText(TheAccount())}};
     for (const RecordedCommand& command : m_Recording.Commands()) {
         const std::string stem = ScenarioStem(command.arguments);
-        m_Folder.Write(stem + ".txt", m_Redaction.Redact(command.output));
+        texts[stem + ".txt"] = command.output;
         const std::string instructions = ScenarioInstructions(command.statuses).value_or("");
         if (!instructions.empty()) {
-            m_Folder.Write(stem + ".do", instructions);
+            texts[stem + ".do"] = instructions;
         }
     }
-    m_Folder.Describe(m_Redaction.Redact(readme));
-    if (!m_Recording.Commands().empty()) {
-        m_Folder.Complete();
-    }
+    return texts;
 }
 
 std::string Capture::Work::Answers(const std::string& arguments) const {
@@ -184,57 +191,51 @@ std::string Capture::Work::Answers(const std::string& arguments) const {
     return "";
 }
 
-std::string Capture::Work::Readme() const {
-    const std::string source =
-        m_Request.scenario.empty() ? "this server's tool" : "the scenario " + OneLine(m_Request.scenario);
-    std::string text = "# Capture of a RAID server\n\nRecorded by `mngsrvraid capture` from " + source +
-                       ", " + basics::UtcText(std::chrono::system_clock::now(), "%Y-%m-%d %H:%M:%S UTC") +
-                       ".\n\n";
-    text += "- Controllers: " + Known(ValuesOf(Answers("-ctrlinfo"), "Product Name")) + "\n";
-    text += "- Version of the tool: " + Known(ValuesOf(Answers("-v"), "Product Version")) + "\n";
-    text += "- Drives asked for: " + std::to_string(m_DriveCount) + "\n";
-    text += m_Request.isRedacted ? "- Redacted: serial numbers and world-wide names are replaced by words.\n"
-                                 : "- Not redacted: serial numbers are in it as the tool told them.\n";
-    text += m_Recording.Commands().empty() ? "- Incomplete: the tool was never run.\n"
-                                           : "- Complete: all that could be asked was asked.\n";
-    std::vector<std::string> lines;
+Account Capture::Work::TheAccount() const {
+    Account account = {.host = m_Request.host,
+                       .scenario = m_Request.scenario,
+                       .controllers = ValuesOf(Answers("-ctrlinfo"), "Product Name"),
+                       .versions = ValuesOf(Answers("-v"), "Product Version"),
+                       .drives = m_DriveCount,
+                       .changes = Changes(),
+                       .missing = m_Notes};
     for (const MethodFailure& failure : m_Failures) {
-        lines.push_back(failure.call + failure.error.what());
+        account.failures.push_back(failure.call + failure.error.what());
     }
-    text += Section("What failed", lines);
-    lines.clear();
+    account.missing.insert(account.missing.end(), m_Recording.Notes().begin(), m_Recording.Notes().end());
+    return account;
+}
+
+std::vector<std::string> Capture::Work::Changes() const {
+    std::vector<std::string> changes;
     for (const RecordedCommand& command : m_Recording.Commands()) {
         if (command.isChanged) {
-            lines.push_back(
+            changes.push_back(
                 Code(command.arguments) +
                 " was answered differently at different times. The text is that of the last run that "
                 "went well; how it ends is as in the first call.");
         }
         if (!ScenarioInstructions(command.statuses)) {
-            lines.push_back(
+            changes.push_back(
                 Code(command.arguments) +
                 " failed and went well by turns, which no instructions can say; here it goes well.");
         }
     }
-    text += Section("What is not as it was", lines);
-    lines = m_Notes;
-    lines.insert(lines.end(), m_Recording.Notes().begin(), m_Recording.Notes().end());
-    if (m_Recording.Commands().empty()) {
-        lines.emplace_back("The tool was not run, so nothing is recorded.");
-    }
-    return text + Section("What is missing", lines);
+    return changes;
 }
 
-void Capture::Work::TellFailure() const {
+// The first failure behind `what` is to be said of all of them.
+std::optional<Failure> Capture::Work::TheFailure(const std::string& what) const {
     if (m_Failures.empty()) {
-        return;
+        return std::nullopt;
     }
+    const bool isNamed = !m_Request.isRedacted && !m_Request.host.empty();
     const MethodFailure& first = m_Failures.front();
     const std::string more = m_Failures.size() == 1 ? ""
                                                     : " (and " + std::to_string(m_Failures.size() - 1) +
                                                           " more, told in its README.md)";
-    throw Failure(first.error.WhatKind(), std::string("what failed is recorded in ") + m_Folder.Path() +
-                                              ": " + first.call + first.error.what() + more);
+    return Failure(first.error.WhatKind(), (isNamed ? m_Request.host + ": " : "") + what + ": " + first.call +
+                                               first.error.what() + more);
 }
 
 }  // namespace capture

@@ -63,6 +63,7 @@ std::string InFormat(std::string xml, const std::string& source, const inventory
         isDrive ? std::to_string(CStringUtil::TStringToNumber(options.parameters.front().text)) : "";
     Snapshot snapshot(ReadDocument(xml, source), controller, {}, criteria);
     snapshot.runs = runs;
+    snapshot.host = options.host;
     if (options.document) {
         snapshot.takenAt.reset();
     }
@@ -121,6 +122,7 @@ Shown AskWithSmart(const Options& options, const Criteria& criteria) {
         AskForDrives(inquiry, calls::DrivePlaces(inventory::Survey(document)), answers);
     Snapshot snapshot(std::move(document), "", std::move(answers), criteria);
     snapshot.runs = inquiry->Runs();
+    snapshot.host = options.host;
     return {Present(snapshot, options), failure};
 }
 
@@ -152,17 +154,6 @@ int TellHealth(const Options& options, const basics::DocumentTarget& target, con
     return inventory::PlugInStatusOf(health.level);
 }
 
-int ShowChanges(const Options& options, const basics::DocumentTarget& target) {
-    const inventory::Document before = ReadDocument(ReadFile(options.before), options.before);
-    const inventory::Document after = ReadDocument(ReadFile(options.after), options.after);
-    std::vector<inventory::Change> changes = inventory::ChangesBetween(before, after);
-    if (!options.hasAll) {
-        std::erase_if(changes, inventory::IsOnlyMovement);
-    }
-    target.Store(views::Differences(changes));
-    return changes.empty() ? 0 : 1;
-}
-
 }  // namespace
 
 int RunCommand(const Options& options, const basics::DocumentTarget& target, const Criteria& criteria) {
@@ -172,8 +163,6 @@ int RunCommand(const Options& options, const basics::DocumentTarget& target, con
         case Options::Action::Expect:
             SaveExpectations(TakeSnapshot(options, criteria), options, criteria, target);
             return 0;
-        case Options::Action::Diff:
-            return ShowChanges(options, target);
         case Options::Action::Show:
             Store(Show(options, criteria), target);
             return 0;

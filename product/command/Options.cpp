@@ -33,7 +33,7 @@ Exit status:
   2  the command line is wrong
   3  the call failed with a WBEM status, or gave no result
   4  the surroundings failed: the module, the scenario, the private view of the
-     file system, a file to read, or the output
+     file system, a file to read, or the output. Of diff: the method, too
   Of health: 0 well, 1 warning, 2 critical, 3 unknown, as monitoring plug-ins have it
 
 Examples:
@@ -49,6 +49,8 @@ Examples:
   mngsrvraid diff old.xml raid.xml             what has changed
   mngsrvraid capture ./my-server --redact      record this server for support
   mngsrvraid --scenario ./my-server show       show what was recorded
+  mngsrvraid redact ./my-server                for a capture that was made without --redact
+  mngsrvraid diff ./my-server raid.xml         what has changed since then
   mngsrvraid --scenario small get-pd-info 0 252 0
   mngsrvraid --scenario small --trace-file trace.txt get-info)";
 
@@ -109,13 +111,15 @@ class Parser final {
                   "End the tool when it takes longer, with all that it started;\n0: never. By default 50 for "
                   "health, 300 for the others");
         AddOption("--app-key", m_Options.appKey, "KEY", "Application key of the caller");
-        AddOption("--output", m_Options.output, "FILE",
-                  "Store what is printed in this file; - is standard output");
+        AddOption(
+            "--output", m_Options.output, "FILE",
+            "Store what is printed in this file, which keeps its mode and owner;\n- is standard output");
         AddOption("--host", m_Host, "NAME",
                   "What the server is called in what is printed; by default as\nthis machine, but for "
                   "scenarios and saved documents");
         AddOption("--format", m_Format, "FORMAT",
-                  "Of show, smart, get-info and get-pd-info: xml, tree, table, json,\nhtml or prometheus");
+                  "Of show, smart, get-info and get-pd-info: xml, tree, table, json,\nhtml or prometheus; "
+                  "of diff: table or json");
         m_App.add_flag("--compact", m_Options.isCompact,
                        "Of the format json: without the items of the documents");
         AddShow();
@@ -127,18 +131,19 @@ class Parser final {
         AddDrive("get-pd-info", "CTRL ENCL PD: the document of one drive, with its SMART data",
                  Options::Action::GetPDInfo);
         AddCapture();
+        AddRedact();
         AddDiff();
     }
     Parser(const Parser&) = delete;
     Parser& operator=(const Parser&) = delete;
 
     [[nodiscard]] Options Parse(int count, const char* const* words) {
-        // Before parsing: afterwards it would be the help of the subcommand alone.
-        m_Options.helpText = m_App.help();
         try {
             m_App.parse(count, words);
         } catch (const CLI::CallForHelp&) {
             m_Options.action = Options::Action::Help;
+            // Of one that has parsed nothing: of this one it would be the help of the subcommand alone.
+            m_Options.helpText = Parser().m_App.help();
             return m_Options;
         } catch (const CLI::ArgumentMismatch& error) {
             Reject(InOwnWords(error));
@@ -230,16 +235,32 @@ class Parser final {
         CLI::App* const capture =
             AddSubcommand("capture",
                           "DIR: record what the tool answers, as a scenario in this new folder\n"
-                          "  --redact         without serial numbers and world-wide names",
+                          "  --redact         without serial numbers, addresses and the like\n"
+                          "  --redact-word WORD  and without this word; more than once for more",
                           Options::Action::Capture);
         capture->add_option("DIR", m_Options.folder);
         capture->add_flag("--redact", m_Options.isRedacted);
+        AddRedactWord(capture);
+    }
+
+    void AddRedact() {
+        CLI::App* const redact = AddSubcommand("redact",
+                                               "DIR: the same for a capture that was made without --redact\n"
+                                               "  --redact-word WORD  as for capture",
+                                               Options::Action::Redact);
+        redact->add_option("DIR", m_Options.folder);
+        AddRedactWord(redact);
+    }
+
+    void AddRedactWord(CLI::App* subcommand) {
+        subcommand->add_option("--redact-word", m_Options.redactWords)->allow_extra_args(false);
     }
 
     void AddDiff() {
         CLI::App* const diff =
             AddSubcommand("diff",
-                          "OLD NEW: what changed from one saved document to another\n"
+                          "OLD NEW: what changed between two documents,\n"
+                          "captures or scenarios\n"
                           "  --all            with what always moves, such as temperatures",
                           Options::Action::Diff);
         diff->add_flag("--all", m_Options.hasAll);
@@ -346,9 +367,14 @@ class Parser final {
                 break;
             case Options::Action::Capture:
                 Need(m_Options.folder, "capture needs a folder to make: DIR");
+                CheckRedactWords();
+                break;
+            case Options::Action::Redact:
+                Need(m_Options.folder, "redact needs the folder of a capture: DIR");
+                CheckRedactWords();
                 break;
             case Options::Action::Diff:
-                Need(m_Options.after, "diff needs two saved documents: OLD NEW");
+                CheckSides();
                 break;
             default:
                 break;
@@ -372,6 +398,29 @@ class Parser final {
         }
     }
 
+    void CheckSides() const {
+        for (const std::string& side : {m_Options.before, m_Options.after}) {
+            Need(side, "diff needs two saved documents, captures or scenarios: OLD NEW");
+        }
+        if (m_Options.before == "-" && m_Options.after == "-") {
+            Reject("standard input is one document: - can be OLD or NEW, not both");
+        }
+        if (m_Options.scenario) {
+            Reject("--scenario does not go with diff, which takes a scenario as OLD or NEW");
+        }
+    }
+
+    void ChooseDiffFormat() {
+        const std::string format = m_Format.value_or("table");
+        if (format != "table" && format != "json") {
+            Reject("--format of diff takes table or json, not " + Quoted(format));
+        }
+        if (m_Options.isCompact) {
+            Reject("--compact does not go with diff");
+        }
+        m_Options.format = format == "json" ? Options::Format::Json : Options::Format::Table;
+    }
+
     void ChooseFormat() {
         switch (m_Options.action) {
             case Options::Action::Show:
@@ -382,6 +431,9 @@ class Parser final {
             case Options::Action::GetPDInfo:
                 m_Options.format = Options::Format::Xml;
                 break;
+            case Options::Action::Diff:
+                ChooseDiffFormat();
+                return;
             default:
                 if (m_Format) {
                     Reject("--format does not go with " + m_Options.subcommand);
@@ -457,7 +509,8 @@ class Parser final {
 
     // What is asked in this server's place is another one.
     void ChooseHost() {
-        const bool isThisServer = !m_Options.scenario && !m_Options.document;
+        const bool isThisServer =
+            !m_Options.scenario && !m_Options.document && m_Options.action != Options::Action::Redact;
         m_Options.host = m_Host.value_or(isThisServer ? basics::HostName() : "");
     }
 
@@ -471,6 +524,22 @@ class Parser final {
         if (m_Options.hasSmart && m_Options.format == Options::Format::Xml) {
             Reject(
                 "--smart has no xml: the document of a server holds none; get-pd-info has it drive by drive");
+        }
+    }
+
+    void CheckRedactWords() const {
+        constexpr std::size_t kShortest = 3;
+        const bool isRedacted = m_Options.isRedacted || m_Options.action == Options::Action::Redact;
+        if (!isRedacted && !m_Options.redactWords.empty()) {
+            Reject("--redact-word goes with --redact");
+        }
+        for (const std::string& word : m_Options.redactWords) {
+            const bool hasLetter = std::any_of(word.begin(), word.end(), [](char each) {
+                return basics::IsAlphanumeric(each) || static_cast<signed char>(each) < 0;
+            });
+            if (word.size() < kShortest || !hasLetter) {
+                Reject("--redact-word takes a word of three characters or more, not " + Quoted(word));
+            }
         }
     }
 

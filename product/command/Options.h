@@ -17,7 +17,19 @@ namespace command {
 ///
 /// A plain value. Options that were not given are empty.
 struct Options {
-    enum class Action { Help, Version, Show, Smart, Health, Expect, GetInfo, GetPDInfo, Capture, Diff };
+    enum class Action {
+        Help,
+        Version,
+        Show,
+        Smart,
+        Health,
+        Expect,
+        GetInfo,
+        GetPDInfo,
+        Capture,
+        Redact,
+        Diff
+    };
     enum class Format { Xml, Tree, Table, Json, Html, Prometheus };
 
     /// An input parameter of the method, with the text as it was typed.
@@ -41,13 +53,14 @@ struct Options {
     inventory::Limits limits;             ///< of Show and Health
     std::optional<std::string> acceptUntil, acceptReason;  ///< of Expect: what is not well is known
     bool hasSmart = false;                                 ///< of Show: every drive's SMART data as well
-    bool isCompact = false;             ///< of the format Json: without the documents' items
-    bool isVerbose = false;             ///< of Health
-    std::string folder;                 ///< of Capture
-    bool isRedacted = false;            ///< of Capture
-    bool hasAll = false;                ///< of Diff: what always moves as well
-    std::string before, after;          ///< of Diff: files of documents
-    std::chrono::seconds timeLimit{0};  ///< for what runs the tool; 0: none
+    bool isCompact = false;                ///< of the format Json: without the documents' items
+    bool isVerbose = false;                ///< of Health
+    std::string folder;                    ///< of Capture and Redact
+    bool isRedacted = false;               ///< of Capture
+    std::vector<std::string> redactWords;  ///< of Capture and Redact: what is replaced besides
+    bool hasAll = false;                   ///< of Diff: what always moves as well
+    std::string before, after;             ///< of Diff: documents or scenarios
+    std::chrono::seconds timeLimit{0};     ///< for what runs the tool; 0: none
     unsigned traceLevels = 0;
     std::string helpText;
 };

@@ -1,6 +1,7 @@
 // The command mngsrvraid: hosts the RAID provider module in a process of its own.
 
 #include "Commands.h"
+#include "Diff.h"
 #include "ExitStatus.h"
 #include "Judging.h"
 #include "Options.h"
@@ -9,9 +10,10 @@
 #include "basics/DocumentTarget.h"
 #include "basics/Failure.h"
 #include "basics/Text.h"
-#include "calls/Inquiry.h"
+#include "calls/InstallRoot.h"
 #include "calls/Module.h"
 #include "capture/Capture.h"
+#include "capture/RedactedFolder.h"
 #include "sandbox/Sandbox.h"
 #include "scenario/ScenarioFolder.h"
 #include "supervision/Supervisor.h"
@@ -21,6 +23,7 @@
 #include "qel/portable/CVersionLog.h"
 
 #include <fcntl.h>
+#include <malloc.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -47,6 +50,15 @@ void OccupyStandardDescriptors() noexcept {
     }
 }
 
+// What the module frees the command soon needs, and pages that had gone back to the kernel would be handed out
+// one by one again. A small server's answer fits into what is had in one go.
+void KeepFreedMemory() noexcept {
+    constexpr int kMebibyte = 1 << 20;
+    ::mallopt(M_TRIM_THRESHOLD, 64 * kMebibyte);
+    ::mallopt(M_MMAP_THRESHOLD, 4 * kMebibyte);
+    ::mallopt(M_TOP_PAD, kMebibyte / 2);
+}
+
 void Say(const std::string& line) noexcept {
     try {
         // Who cannot be told is not told: the exit status still is.
@@ -57,6 +69,11 @@ void Say(const std::string& line) noexcept {
 }
 
 void ChooseInstallRoot(const Options& options) {
+    // Nothing is no root, and only this one process would know of it.
+    const char* const given = std::getenv("ZORBALT_INSTALL_DIR");
+    if (given != nullptr && *given == '\0') {
+        ::unsetenv("ZORBALT_INSTALL_DIR");
+    }
     if (options.installDir) {
         const std::string root = fs::absolute(*options.installDir).lexically_normal().string();
         if (::setenv("ZORBALT_INSTALL_DIR", root.c_str(), 1) != 0) {
@@ -96,34 +113,72 @@ void WarnOfOddParameters(const Options& options) {
 
 /// Whether the subcommand runs the tool, here or in a scenario.
 bool AsksTheServer(const Options& options) {
-    return options.action != Options::Action::Diff && !options.document;
+    return options.action != Options::Action::Redact && !options.document;
 }
 
-// In the worker: the folder for records of a capture.
+// In the worker: a folder for what it alone may see.
 std::string StartWorker(const Options& options) {
     const bool isCapture = options.action == Options::Action::Capture;
+    const bool isDiff = options.action == Options::Action::Diff;
     return supervision::Supervise(
-        {.resultDirectory = calls::ResultDirectory(),
-         .drawsProgress = ShowsProgress(options),
+        {.drawsProgress = ShowsProgress(options),
          .program = "mngsrvraid",
          .remains = isCapture ? "; the capture in " + basics::OneLine(options.folder) + " is incomplete" : "",
          .timeLimit = options.timeLimit,
-         .overtimeStatus = static_cast<int>(ExitStatus::MethodFailed),
+         .overtimeStatus = static_cast<int>(isDiff ? ExitStatus::Surroundings : ExitStatus::MethodFailed),
          .tellEnd = options.action == Options::Action::Health ? TellUnknownHealth : nullptr,
-         .privateFolder = isCapture ? "mngsrvraid.records" : nullptr});
+         .privateFolder = "mngsrvraid",
+         .otherPlaces = {calls::InstallRoot() + "/tmp", "/dev/shm"}});
 }
 
-// What is drawn on the terminal is gone when this returns.
-std::string RunCapture(capture::Capture& capture, const Options& options) {
-    const std::unique_ptr<Progress> progress = ProgressFor(options);
-    return capture.Run(progress.get());
+std::string MakeRecordFolder(const fs::path& folder) {
+    const fs::path records = folder / "records";
+    fs::create_directory(records);
+    return records.string();
+}
+
+capture::CaptureRequest CaptureRequestFor(const Options& options) {
+    return {.folder = options.folder,
+            .isRedacted = options.isRedacted,
+            .words = options.redactWords,
+            .scenario = options.scenario.value_or(""),
+            .host = options.host,
+            .inquiry = InquiryRequestFor(options)};
+}
+
+// What is drawn on the terminal is gone before anything is printed.
+void RunCapture(capture::Capture& capture, const Options& options, const basics::DocumentTarget& target) {
+    std::unique_ptr<Progress> progress = ProgressFor(options);
+    const capture::Captured captured = capture.Run(progress.get());
+    progress.reset();
+    target.Store(captured.told);
+    if (captured.failure) {
+        throw basics::Failure(*captured.failure);
+    }
+}
+
+/// To be opened before the view of the file system changes.
+basics::DocumentTarget TargetOf(const Options& options) {
+    return options.output ? basics::DocumentTarget(*options.output)
+                          : basics::DocumentTarget::StandardOutput();
+}
+
+int AnswerDiff(const Options& options) {
+    const basics::DocumentTarget target = TargetOf(options);
+    Diff diff(options, Simulation());
+    if (diff.RunsTool()) {
+        calls::UsePrivateRoot(StartWorker(options));
+    }
+    StartTrace(options);
+    return diff.Run(target);
 }
 
 int Answer(const Options& options) {
-    const std::string records = AsksTheServer(options) ? StartWorker(options) : "";
-    // Before the view of the file system changes.
-    const basics::DocumentTarget target =
-        options.output ? basics::DocumentTarget(*options.output) : basics::DocumentTarget::StandardOutput();
+    const std::string folder = AsksTheServer(options) ? StartWorker(options) : "";
+    if (!folder.empty()) {
+        calls::UsePrivateRoot(folder);
+    }
+    const basics::DocumentTarget target = TargetOf(options);
     const inventory::Criteria criteria = CriteriaFor(options);
     StartTrace(options);
     const bool isMadeUp = options.scenario && AsksTheServer(options);
@@ -131,16 +186,18 @@ int Answer(const Options& options) {
         isMadeUp ? scenario::FindScenario(*options.scenario, Simulation() / "scenarios") : fs::path();
     std::optional<capture::Capture> capture;
     if (options.action == Options::Action::Capture) {
-        capture.emplace(capture::CaptureRequest{options.folder, options.isRedacted,
-                                                options.scenario.value_or(""), InquiryRequestFor(options)},
-                        records);
+        capture.emplace(CaptureRequestFor(options), MakeRecordFolder(folder));
     }
     if (isMadeUp) {
         sandbox::EnterSandbox(Simulation() / "vdkcli", scenario);
     }
     WarnOfOddParameters(options);
     if (capture) {
-        target.Store(RunCapture(*capture, options));
+        RunCapture(*capture, options, target);
+        return 0;
+    }
+    if (options.action == Options::Action::Redact) {
+        target.Store(capture::RedactFolder({options.folder, options.redactWords, options.host}));
         return 0;
     }
     return RunCommand(options, target, criteria);
@@ -169,6 +226,8 @@ int Run(const Options& options) {
         case Options::Action::Version:
             basics::DocumentTarget::StandardOutput().Store(VersionText());
             return 0;
+        case Options::Action::Diff:
+            return AnswerDiff(options);
         default:
             return Answer(options);
     }
@@ -206,6 +265,7 @@ int RunAndReport(int count, const char* const* words) {
 }  // namespace command
 
 int main(int count, char** words) {
+    command::KeepFreedMemory();
     command::OccupyStandardDescriptors();
     return command::RunAndReport(count, words);
 }

@@ -16,6 +16,9 @@ constexpr std::string_view kVersion = "1";
 /// Takes over the items of a parsed text in the order in which they stand there.
 class Reader final : public pugi::xml_tree_walker {
   public:
+    /// Room for more items than that is only made when it is needed.
+    explicit Reader(std::size_t expected) { m_Items.reserve(expected); }
+
     bool for_each(pugi::xml_node& node) override {
         const auto level = static_cast<std::size_t>(depth());
         if (node.type() != pugi::node_element) {
@@ -31,7 +34,7 @@ class Reader final : public pugi::xml_tree_walker {
         }
         CloseFrom(level);
         m_Open.push_back(m_Items.size());
-        m_Items.push_back(ItemOf(node));
+        Take(node, m_Items.emplace_back());
         return true;
     }
 
@@ -41,19 +44,25 @@ class Reader final : public pugi::xml_tree_walker {
     }
 
   private:
-    static Item ItemOf(const pugi::xml_node& node) {
-        const pugi::xml_attribute value = node.attribute("Value");
-        Item item;
-        item.name = node.attribute("Name").value();
-        item.value = value.value();
-        item.lostParent = node.attribute("Parent").value();
-        item.hasValue = !value.empty();
-        item.isPlaceholder = IsPlaceholder(node);
-        return item;
+    static void Take(const pugi::xml_node& node, Item& item) {
+        std::string_view valid;
+        for (const pugi::xml_attribute& attribute : node.attributes()) {
+            const std::string_view name = attribute.name();
+            if (name == "Name") {
+                item.name = attribute.value();
+            } else if (name == "Value") {
+                item.value = attribute.value();
+                item.hasValue = true;
+            } else if (name == "Valid") {
+                valid = attribute.value();
+            } else if (name == "Parent") {
+                item.lostParent = attribute.value();
+            }
+        }
+        item.isPlaceholder = IsPlaceholder(valid, node);
     }
 
-    static bool IsPlaceholder(const pugi::xml_node& node) {
-        const std::string_view valid = node.attribute("Valid").value();
+    static bool IsPlaceholder(std::string_view valid, const pugi::xml_node& node) {
         if (valid != "TRUE" && valid != "FALSE") {
             throw DocumentError("the item at byte " + std::to_string(node.offset_debug()) +
                                 " has a Valid that is neither TRUE nor FALSE");
@@ -89,6 +98,15 @@ pugi::xml_node DocumentElementOf(const pugi::xml_document& parsed) {
     return element;
 }
 
+/// Every item begins with such a character, and some end with one.
+std::size_t MostItemsOf(std::string_view xml) {
+    std::size_t count = 0;
+    for (std::size_t at = xml.find('<'); at != std::string_view::npos; at = xml.find('<', at + 1)) {
+        ++count;
+    }
+    return count;
+}
+
 }  // namespace
 
 Document Document::Read(std::string_view xml) {
@@ -113,7 +131,7 @@ Document Document::Read(std::string_view xml) {
         throw DocumentError(std::string("its version is \"") + root.attribute("version").value() +
                             "\", and only 1 is known");
     }
-    Reader reader;
+    Reader reader(MostItemsOf(xml));
     root.traverse(reader);
     return Document(reader.Take());
 }

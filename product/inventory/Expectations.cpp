@@ -164,6 +164,8 @@ Json Parse(std::string_view text) {
         const std::size_t end = std::min<std::size_t>(error.byte, text.size());
         const auto line = 1 + std::count(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(end), '\n');
         Reject("line " + std::to_string(line), "it cannot be read as JSON");
+    } catch (const Json::out_of_range&) {
+        Reject("", "a number in it is too large");
     }
 }
 
@@ -298,11 +300,17 @@ std::string Text(const Expectations& expectations) {
 std::vector<ExpectedController> ExpectedOf(const Server& server) {
     std::vector<ExpectedController> expected;
     for (const Controller& controller : server.controllers) {
+        if (controller.number.empty()) {
+            continue;
+        }
         ExpectedController& one = expected.emplace_back();
         one.number = controller.number;
         one.product = controller.product;
         one.serial = controller.serial;
         for (const Group& group : controller.groups) {
+            if (group.number.empty()) {
+                continue;
+            }
             ExpectedGroup& saved = one.groups.emplace_back();
             saved.number = group.number;
             saved.level = group.level;
@@ -311,6 +319,9 @@ std::vector<ExpectedController> ExpectedOf(const Server& server) {
             }
         }
         for (const Drive& drive : controller.drives) {
+            if (drive.slot.empty() && drive.serial.empty()) {
+                continue;
+            }
             one.drives.push_back({drive.enclosure, drive.slot, drive.product, drive.serial, RoleOf(drive),
                                   CountFrom(drive.mediaErrors)});
         }

@@ -335,4 +335,12 @@ Health Judge(Server& server, const Criteria& criteria) {
     return health;
 }
 
+bool IsBusy(const Drive& drive) {
+    return drive.health == Level::Ok && IsWork(drive.detail);
+}
+
+bool IsBusy(const BackupUnit& unit) {
+    return unit.health == Level::Ok && IsWork(unit.status);
+}
+
 }  // namespace inventory

@@ -54,6 +54,11 @@ std::optional<Measure> MeasureFrom(std::string_view text) {
     return Measure{*number, std::string(unit)};
 }
 
+std::optional<Measure> MeasureFrom(std::string_view text, std::string_view column) {
+    constexpr std::string_view kBits = "Flag";
+    return basics::IsSameWord(column, kBits) ? std::nullopt : MeasureFrom(text);
+}
+
 std::optional<std::uint64_t> CountFrom(std::string_view text) {
     return basics::NumberFrom<std::uint64_t>(Trimmed(text));
 }

@@ -1,5 +1,6 @@
 #include "inventory/Server.h"
 
+#include "Titles.h"
 #include "basics/Words.h"
 
 #include <algorithm>
@@ -13,10 +14,7 @@ constexpr std::string_view kControllerRoot = "Controller Information";
 constexpr std::string_view kGroupRoot = "Logical Drive Information";
 constexpr std::string_view kDriveRoot = "Physical Drive Information";
 
-constexpr std::string_view kGeneral = "### General Information ###";
 constexpr std::string_view kFirmware = "### Firmware/BIOS/Driver Information ###";
-constexpr std::string_view kEnclosure = "### Enclosure Properties Information ###";
-constexpr std::string_view kSmart = "### SMART Information ###";
 constexpr std::string_view kControllerSettings = "### Controller Settings Information ###";
 constexpr std::string_view kGroupSettings = "### LD Settings Information ###";
 // Printed with the general keys, and moved by the module.
@@ -144,7 +142,7 @@ Group GroupFrom(const Item& root) {
     });
     ForEach(root, "PD List", [&](const Item& item) {
         group.members.push_back({ValueOf(item, "PD No."), ValueOf(item, "Enclosure No."),
-                                 ValueOf(item, "Slot No."), ValueOf(item, "Capacity")});
+                                 ValueOf(item, "Slot No."), ValueOf(item, "Capacity"), kNowhere, &item});
     });
     group.memberCount = ValueIn(root, kGeneral, "# of PD");
     group.hasSettings = TellsOf(root, kGroupSettings, kAccessPolicy);

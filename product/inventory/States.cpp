@@ -46,7 +46,10 @@ constexpr Rule kSmartRules[] = {
     {"ALERT", Level::Warning},
     {"FAILED", Level::Critical},
 };
+
 constexpr Rule kPredictionRules[] = {{"", Level::Ok}, {"-", Level::Ok}, {"N/A", Level::Ok}};
+
+constexpr std::string_view kWork[] = {"COPYBACK", "LEARNING", "CHARGING"};
 
 template <typename Rules>
 Level Look(const Rules& rules, std::string_view state) {
@@ -85,6 +88,14 @@ Level LevelOfPredictions(std::string_view count) {
         return count.find_first_not_of('0') == std::string_view::npos ? Level::Ok : Level::Warning;
     }
     return Look(kPredictionRules, count);
+}
+
+bool IsWork(std::string_view states) {
+    const std::vector<std::string_view> words = basics::Words(states, ",");
+    return std::any_of(words.begin(), words.end(), [](std::string_view word) {
+        return std::any_of(std::begin(kWork), std::end(kWork),
+                           [word](std::string_view work) { return IsSameWord(work, basics::Trimmed(word)); });
+    });
 }
 
 std::string Reason(const std::string& state, Level level) {

@@ -24,6 +24,9 @@ namespace inventory {
 /// like for one that they do not keep.
 [[nodiscard]] Level LevelOfPredictions(std::string_view count);
 
+/// Whether one of the states, separated by commas, is well and names work that ends by itself: "COPYBACK".
+[[nodiscard]] bool IsWork(std::string_view states);
+
 /// A state as a reason: `FAILED`; one that has no rule is quoted, since it may be any text.
 [[nodiscard]] std::string Reason(const std::string& state, Level level);
 

@@ -26,7 +26,7 @@ std::string CountsByLevel(const Health& health) {
 }  // namespace
 
 std::string Describe(const Counts& counts) {
-    if (counts.controllers == 0 && counts.drives == 0) {
+    if (counts.controllers == 0 && counts.groups == 0 && counts.drives == 0) {
         return "no controller";
     }
     std::string text = counts.controllers == 0 ? "" : Number(counts.controllers, "controller") + ", ";

@@ -11,11 +11,13 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <string>
 #include <system_error>
 #include <utility>
+#include <vector>
 
 namespace sandbox {
 namespace {
@@ -24,6 +26,7 @@ namespace fs = std::filesystem;
 using basics::ErrorText;
 
 const fs::path kToolDirectory = "/opt/zorbalt/vdk";
+const fs::path kServer = kToolDirectory / "server";
 const fs::path kScenario = kToolDirectory / "scenario";
 const fs::path kState = kToolDirectory / "state";
 
@@ -34,6 +37,9 @@ constexpr const char* kRemedy =
 
 // Only where UseScenario would otherwise change the real tool's directory.
 bool g_hasScenario = false;
+
+/// Scenarios for later, opened before the tool's directory was covered.
+std::vector<std::pair<fs::path, basics::Descriptor>> g_others;
 
 [[noreturn]] void FailKernel(const std::string& what, int error) {
     const bool isRefusal =
@@ -111,12 +117,28 @@ basics::Descriptor OpenPlace(const std::string& what, const fs::path& path, int 
     return place;
 }
 
-basics::Descriptor OpenScenario(const fs::path& directory) {
+fs::path PathOf(const basics::Descriptor& place) {
+    return "/proc/self/fd/" + std::to_string(place.Number());
+}
+
+basics::Descriptor OpenFolder(const fs::path& directory) {
     return OpenPlace("the scenario cannot be opened:", directory, O_DIRECTORY);
 }
 
-fs::path PathOf(const basics::Descriptor& place) {
-    return "/proc/self/fd/" + std::to_string(place.Number());
+struct OpenedScenario {
+    basics::Descriptor folder;
+    fs::path stage;  // The name of the scenario itself where the folder is the one above it.
+};
+
+// A stage of a timeline, which is in the folder above, takes from there what it lacks.
+OpenedScenario OpenScenario(const fs::path& directory) {
+    basics::Descriptor folder = OpenFolder(directory);
+    const fs::path above = PathOf(folder) / "..";
+    std::error_code ignored;  // What cannot be looked into has nothing to give.
+    if (!fs::exists(above / "timeline", ignored)) {
+        return {std::move(folder), {}};
+    }
+    return {OpenFolder(above), fs::read_symlink(PathOf(folder)).filename()};
 }
 
 void MakeFile(const fs::path& path) {
@@ -193,9 +215,10 @@ unsigned long FlagsOf(const fs::path& mounted) {
     return flags;
 }
 
-void MountScenario(const basics::Descriptor& scenario) {
-    Mount(PathOf(scenario), kScenario, nullptr, MS_BIND | MS_REC);
-    Mount("none", kScenario, nullptr, MS_BIND | MS_REMOUNT | MS_RDONLY | FlagsOf(kScenario));
+void MountScenario(const OpenedScenario& scenario) {
+    Mount(PathOf(scenario.folder), kServer, nullptr, MS_BIND | MS_REC);
+    Mount("none", kServer, nullptr, MS_BIND | MS_REMOUNT | MS_RDONLY | FlagsOf(kServer));
+    fs::create_directory_symlink(kServer.filename() / scenario.stage, kScenario);
 }
 
 void MountSimulator(const basics::Descriptor& simulator) {
@@ -220,14 +243,19 @@ void WithPlainErrors(Work work) {
 
 }  // namespace
 
-void EnterSandbox(const fs::path& simulatorFile, const fs::path& scenarioDir) {
+void EnterSandbox(const fs::path& simulatorFile, const fs::path& scenarioDir,
+                  const std::vector<fs::path>& others) {
     WithPlainErrors([&] {
         EnterNamespace();
         // Only now: the kernel binds nothing that was opened outside.
         const basics::Descriptor simulator = OpenPlace("the simulator cannot be opened:", simulatorFile, 0);
-        const basics::Descriptor scenario = OpenScenario(scenarioDir);
+        const OpenedScenario scenario = OpenScenario(scenarioDir);
+        g_others.clear();
+        for (const fs::path& other : others) {
+            g_others.emplace_back(other, OpenFolder(other));
+        }
         CoverToolDirectory();
-        for (const char* const name : {"cli", "scenario", "state", "lib"}) {
+        for (const char* const name : {"cli", "server", "state", "lib"}) {
             fs::create_directory(kToolDirectory / name);
         }
         MountSimulator(simulator);
@@ -249,10 +277,14 @@ void UseScenario(const fs::path& scenarioDir) {
         throw SandboxError("there is no scenario to take the place of: EnterSandbox has not been called");
     }
     WithPlainErrors([&] {
-        const basics::Descriptor scenario = OpenScenario(scenarioDir);
-        if (::umount2(kScenario.c_str(), MNT_DETACH) != 0) {
-            FailKernel("umount of " + kScenario.string(), errno);
+        const auto known = std::find_if(g_others.begin(), g_others.end(),
+                                        [&](const auto& other) { return other.first == scenarioDir; });
+        const OpenedScenario scenario =
+            OpenScenario(known == g_others.end() ? scenarioDir : PathOf(known->second));
+        if (::umount2(kServer.c_str(), MNT_DETACH) != 0) {
+            FailKernel("umount of " + kServer.string(), errno);
         }
+        fs::remove(kScenario);
         MountScenario(scenario);
         for (const fs::directory_entry& entry : fs::directory_iterator(kState)) {
             fs::remove_all(entry.path());

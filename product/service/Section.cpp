@@ -2,6 +2,7 @@
 
 #include "basics/Duration.h"
 #include "basics/NearestName.h"
+#include "basics/Text.h"
 
 #include <algorithm>
 #include <utility>
@@ -21,7 +22,8 @@ const toml::node* Section::Find(const char* key) {
 }
 
 void Section::Complain(const toml::node& node, const std::string& key, const std::string& what) {
-    m_Problems.push_back(LineOf(node.source()) + (m_Name.empty() ? "" : m_Name + ".") + key + ": " + what);
+    m_Problems.push_back(LineOf(node.source()) + (m_Name.empty() ? "" : m_Name + ".") + basics::OneLine(key) +
+                         ": " + what);
 }
 
 void Section::Complain(const char* key, const std::string& what) {

@@ -1,5 +1,6 @@
 #include "supervision/Descendants.h"
 
+#include "basics/Processes.h"
 #include "basics/Words.h"
 
 #include <signal.h>
@@ -11,9 +12,7 @@
 #include <chrono>
 #include <filesystem>
 #include <fstream>
-#include <sstream>
 #include <string>
-#include <system_error>
 #include <thread>
 
 namespace supervision {
@@ -26,17 +25,9 @@ constexpr std::chrono::seconds kTimeToEnd{1};
 constexpr std::chrono::seconds kTimeToBeKilled{5};
 constexpr std::chrono::milliseconds kLook{10};
 
-// From "4711 (a name) S 4710 ...": the name may hold anything, so what follows counts from its last bracket.
-pid_t ParentOf(const fs::path& process) {
-    std::ifstream file(process / "stat");
-    std::string line;
-    std::getline(file, line);
-    const std::size_t name = line.rfind(')');
-    std::istringstream rest(name == std::string::npos ? "" : line.substr(name + 1));
-    char state = 0;
-    pid_t parent = 0;
-    rest >> state >> parent;
-    return parent;
+fs::path ProgramOf(pid_t process) {
+    std::error_code gone;
+    return fs::read_symlink(fs::path("/proc") / std::to_string(process) / "exe", gone);
 }
 
 // False when there is no child left to wait for.
@@ -49,18 +40,6 @@ bool Reap() noexcept {
 }
 
 }  // namespace
-
-std::vector<pid_t> ChildrenOf(pid_t parent) {
-    std::vector<pid_t> children;
-    std::error_code error;
-    for (fs::directory_iterator at("/proc", error), end; !error && at != end; at.increment(error)) {
-        const auto process = basics::NumberFrom<pid_t>(at->path().filename().string());
-        if (process && ParentOf(at->path()) == parent) {
-            children.push_back(*process);
-        }
-    }
-    return children;
-}
 
 std::string CommandOf(pid_t process) {
     std::ifstream file(fs::path("/proc") / std::to_string(process) / "cmdline");
@@ -76,6 +55,16 @@ std::string CommandOf(pid_t process) {
     return folder == std::string::npos ? command : command.substr(folder + 1);
 }
 
+std::string CommandBelow(pid_t process) {
+    std::string command;
+    for (const pid_t child : basics::ChildrenOf(process)) {
+        if (command.empty()) {
+            command = ProgramOf(child) == ProgramOf(process) ? CommandBelow(child) : CommandOf(child);
+        }
+    }
+    return command;
+}
+
 bool EndDescendants() {
     std::vector<pid_t> asked;
     const auto start = steady_clock::now();
@@ -84,7 +73,7 @@ bool EndDescendants() {
         if (time > kTimeToEnd + kTimeToBeKilled) {
             return false;
         }
-        for (const pid_t child : ChildrenOf(::getpid())) {
+        for (const pid_t child : basics::ChildrenOf(::getpid())) {
             if (time > kTimeToEnd) {
                 ::kill(child, SIGKILL);
             } else if (std::find(asked.begin(), asked.end(), child) == asked.end()) {

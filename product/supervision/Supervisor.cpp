@@ -2,8 +2,8 @@
 
 #include "basics/Descriptor.h"
 #include "basics/Failure.h"
+#include "basics/Processes.h"
 #include "basics/Signal.h"
-#include "basics/Words.h"
 #include "supervision/Descendants.h"
 
 #include <signal.h>
@@ -77,28 +77,29 @@ class SignalQueue final {
     struct sigaction m_ChildBefore {};
 };
 
-std::string MakePrivateFolder(const char* name) {
-    std::error_code error;
-    std::string path = (fs::temp_directory_path(error) / name).string() + ".XXXXXX";
-    if (error || ::mkdtemp(path.data()) == nullptr) {
-        basics::FailSurroundings("a folder for temporary files cannot be made: " +
-                                 (error ? error : std::error_code(errno, std::generic_category())).message() +
-                                 "; name a directory that can be written by the variable TMPDIR");
+/// Makes the folder; "" with `error` set where that is impossible.
+std::string MakeFolderIn(const fs::path& place, const char* name, std::error_code& error) {
+    std::string path = fs::absolute(place / name).string() + ".XXXXXX";
+    if (::mkdtemp(path.data()) == nullptr) {
+        error.assign(errno, std::generic_category());
+        return "";
     }
     return path;
 }
 
-// What is left of a run is in a file "00001a2b_00000005_MngSrvRaid.txt", named after the worker's thread.
-void RemoveResultFiles(const std::string& directory, pid_t worker) {
-    const std::string prefix = basics::Digits(static_cast<std::size_t>(worker), 8, 16) + "_";
+std::string MakePrivateFolder(const Supervision& supervision) {
     std::error_code error;
-    for (fs::directory_iterator at(directory, error), end; !error && at != end; at.increment(error)) {
-        const std::string name = at->path().filename().string();
-        if (name.starts_with(prefix) && name.ends_with("_MngSrvRaid.txt")) {
-            std::error_code ignored;  // Somebody else may have removed it.
-            fs::remove(at->path(), ignored);
-        }
+    const fs::path usual = fs::temp_directory_path(error);
+    std::string folder = error ? "" : MakeFolderIn(usual, supervision.privateFolder, error);
+    for (const std::string& place : supervision.otherPlaces) {
+        std::error_code ignored;  // What is wrong with the usual place is what can be mended.
+        folder = folder.empty() ? MakeFolderIn(place, supervision.privateFolder, ignored) : folder;
     }
+    if (folder.empty()) {
+        basics::FailSurroundings("a folder for temporary files cannot be made: " + error.message() +
+                                 "; name a directory that can be written by the variable TMPDIR");
+    }
+    return folder;
 }
 
 /// The parent's part.
@@ -155,8 +156,7 @@ class Parent final {
             m_End = std::nullopt;
             return;
         }
-        const std::vector<pid_t> tools = ChildrenOf(m_Worker);
-        const std::string tool = tools.empty() ? "" : CommandOf(tools.front());
+        const std::string tool = CommandBelow(m_Worker);
         m_Overtime = (tool.empty() ? "the module" : tool) + " did not end within " +
                      std::to_string(m_Supervision.timeLimit.count()) + " s, and was ended";
         m_End = steady_clock::now() + kTimeToPutOff;
@@ -178,7 +178,6 @@ class Parent final {
         ::signal(SIGPIPE, SIG_IGN);
         ::signal(SIGTTOU, SIG_IGN);
         const bool areAllGone = EndDescendants();
-        RemoveResultFiles(m_Supervision.resultDirectory, m_Worker);
         RemoveFolder();
         if (!areAllGone) {
             Say("a process of the tool does not end; see ps for what it waits for");
@@ -251,7 +250,7 @@ std::string Supervise(const Supervision& supervision) {
     const SignalQueue signals;
     std::string folder;
     try {
-        folder = supervision.privateFolder == nullptr ? "" : MakePrivateFolder(supervision.privateFolder);
+        folder = supervision.privateFolder == nullptr ? "" : MakePrivateFolder(supervision);
     } catch (...) {
         signals.GiveBack();
         throw;

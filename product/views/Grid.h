@@ -1,10 +1,9 @@
 #pragma once
 
-#include "inventory/Health.h"
+#include "Look.h"
 #include "views/Views.h"
 
 #include <cstddef>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -17,10 +16,13 @@ namespace views {
 ///     PD0       0  ONLINE     558.406 GB
 ///     PD12      4  HOT SPARE  558.406 GB
 ///
-/// Where it is too wide, titles are shortened, then columns that may be left out are, the last one first;
-/// then the widest of those that may be shortened. A line below tells which columns had no room:
+/// Where it is too wide, titles are shortened, then columns that may be left out are, the last one first, if
+/// long texts cannot give way as far as they still tell something; then the widest of those that may be
+/// shortened. Lines below tell which columns had no room:
 ///
 ///     not shown for lack of width: MODEL, SERIAL NUMBER
+///
+/// No text is longer than anybody reads, however wide it may be.
 class Grid final {
   public:
     enum class Fit { Fixed, Shorten, ShortenOrOmit, Omit };
@@ -32,10 +34,10 @@ class Grid final {
     };
 
     struct Cell {
-        std::string text;                            ///< empty: not told, shown as "-"
-        std::optional<inventory::Level> level = {};  ///< colours it
-        bool isBlank = false;                        ///< nothing to tell here: no "-" either
-        char mark = '\0';                            ///< in the text; told also where it is cut off
+        std::string text;         ///< empty: not told, shown as "-"
+        Look look = Look::Plain;  ///< colours it
+        bool isBlank = false;     ///< nothing to tell here: no "-" either
+        char mark = '\0';         ///< in the text; told also where it is cut off
     };
 
     explicit Grid(std::vector<Column> columns) : m_Columns(std::move(columns)) {}
@@ -49,6 +51,7 @@ class Grid final {
     [[nodiscard]] std::string Text(const TerminalStyle& style, std::size_t indentation) const;
 
   private:
+    void LeaveOut(std::size_t room, std::vector<std::size_t>& widths) const;
     [[nodiscard]] std::size_t WidestToShorten(const std::vector<std::size_t>& widths) const;
     [[nodiscard]] std::vector<std::size_t> TextWidths() const;
     [[nodiscard]] std::vector<std::size_t> WidthsFor(const std::vector<std::size_t>& texts,
@@ -60,11 +63,15 @@ class Grid final {
     std::vector<std::vector<Cell>> m_Rows;
 };
 
-/// The text in the colour of a level, where there are colours.
-[[nodiscard]] std::string Colored(const std::string& text, std::optional<inventory::Level> level,
-                                  const TerminalStyle& style);
+/// The text in the colour of a look, where there are colours.
+[[nodiscard]] std::string Colored(const std::string& text, Look look, const TerminalStyle& style);
 
 /// A heading, bold where there are colours.
 [[nodiscard]] std::string Heading(const std::string& text, const TerminalStyle& style);
+
+/// The text in lines no longer than the terminal is wide, broken at blanks, or within a word that fits no
+/// line; the first one begins in column `column`, the others in column `hang`.
+[[nodiscard]] std::string Wrapped(std::string_view text, std::size_t column, std::size_t hang,
+                                  const TerminalStyle& style);
 
 }  // namespace views

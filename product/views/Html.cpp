@@ -2,6 +2,8 @@
 #include "basics/Time.h"
 #include "views/Views.h"
 
+#include <algorithm>
+
 namespace views {
 namespace {
 
@@ -9,7 +11,7 @@ using html::Element;
 using inventory::Controller;
 using inventory::Level;
 
-// Where there are more controllers, those that are well are closed, and of the others all but the drawing.
+// Where there are more controllers, those that are well are closed, and of the others the tables.
 constexpr std::size_t kMaxOpenControllers = 4;
 
 // A browser takes a style sheet as it is, whatever would have to be escaped in XML: it stands beside the
@@ -41,46 +43,61 @@ std::string CountsOf(const Controller& controller) {
     return counts.drives == 0 && counts.groups == 0 ? "no drive" : Describe(counts);
 }
 
-void AddFact(std::string_view name, const std::string& value, Element facts) {
-    if (!value.empty()) {
-        facts.Add("div").Add("dt", name).Add("dd", value);
+/// `anchor` may be empty.
+void AddFact(std::string_view name, const std::string& value, Look look, std::string_view anchor,
+             Element facts) {
+    if (value.empty()) {
+        return;
     }
+    Element fact =
+        facts.Add("div", {{"class", html::ClassOf(look)}, {"id", anchor}}).Add("dt", name).Add("dd");
+    html::AddSign(look, fact);
+    fact.Text(value);
 }
 
-void AddFacts(const Controller& controller, Element page) {
+std::string StateOf(const inventory::BackupUnit& unit) {
+    const std::string state = unit.status.empty() ? unit.presence : unit.status;
+    return (state.empty() ? "not told" : state) + (unit.replacement == "Yes" ? ", replacement required" : "");
+}
+
+void AddFacts(const Controller& controller, const html::Places& places, Element page) {
     if (controller.item == nullptr) {
         return;
     }
     Element facts = page.Add("dl");
-    AddFact("Status", controller.status, facts);
-    AddFact("Product", controller.product, facts);
-    AddFact("Serial number", controller.serial, facts);
-    AddFact("Firmware", controller.firmware, facts);
+    AddFact("Status", controller.status, LookOfStatus(controller), "", facts);
+    AddFact("Product", controller.product, Look::Plain, "", facts);
+    AddFact("Serial number", controller.serial, Look::Plain, "", facts);
+    AddFact("Firmware", controller.firmware, Look::Plain, "", facts);
     for (const inventory::BackupUnit& unit : controller.backupUnits) {
-        Element fact = facts.Add("div", {{"class", html::ClassOf(unit.health)}}).Add("dt", unit.name);
-        Element value = fact.Add("dd");
-        html::AddSign(unit.health, value);
-        value.Text(" ").Text(unit.status.empty() ? unit.presence : unit.status);
-        value.Text(unit.replacement == "Yes" ? ", replacement required" : "");
+        AddFact(unit.name, StateOf(unit), LookOf(unit), places.AnchorOf(controller, unit), facts);
     }
 }
 
-void AddController(const Controller& controller, bool isBrief, const html::DrivePlaces& places,
-                   Element page) {
+/// Whether a group is what somebody looks for, who follows a finding.
+bool NeedsAttention(const Controller& controller) {
+    return std::any_of(controller.groups.begin(), controller.groups.end(),
+                       [](const inventory::Group& group) { return group.health != Level::Ok; });
+}
+
+void AddController(const Controller& controller, bool isBrief, const html::Places& places, Element page) {
     const Level level = controller.health;
     const bool isOpen = !isBrief || level != Level::Ok;
-    Element details = page.Add("details", {{"class", "controller"}, {"open", isOpen ? "open" : ""}});
+    Element details = page.Add(
+        "details",
+        {{"class", "controller"}, {"id", places.AnchorOf(controller)}, {"open", isOpen ? "open" : ""}});
     Element summary = details.Add("summary", {{"class", html::ClassOf(level)}});
     html::AddSign(level, summary);
     Element note = summary.Add("h2", TitleOf(controller)).Add("span", {{"class", "note"}});
     note.Text(controller.product).Text(controller.product.empty() ? "" : ", ").Text(CountsOf(controller));
-    AddFacts(controller, details);
+    AddFacts(controller, places, details);
     if (!controller.drives.empty()) {
         details.Add("h3", "Enclosures");
         html::AddEnclosures(controller, places, details);
     }
     if (!controller.groups.empty()) {
-        html::AddGroups(controller, places, AddClosable("Groups", !isBrief, details));
+        html::AddGroups(controller, places,
+                        AddClosable("Groups", !isBrief || NeedsAttention(controller), details));
     }
     if (!controller.drives.empty()) {
         html::AddDrives(controller, places, AddClosable("Drives", !isBrief, details));
@@ -98,8 +115,13 @@ void AddTime(const inventory::Snapshot& snapshot, Element page) {
     page.Add("time", shown, {{"datetime", basics::UtcText(*snapshot.takenAt)}});
 }
 
+/// What the server is called, behind a word; nothing where that is not known.
+std::string OfHost(const inventory::Snapshot& snapshot, const char* word) {
+    return snapshot.host.empty() ? "" : word + snapshot.host;
+}
+
 void AddRollUp(const inventory::Snapshot& snapshot, const inventory::Health& health, Element page) {
-    Element header = page.Add("header").Add("h1", "RAID report");
+    Element header = page.Add("header").Add("h1", "RAID report" + OfHost(snapshot, " of "));
     Element rollUp = header.Add("div", {{"class", "rollup " + std::string(html::ClassOf(health.level))}});
     html::AddSign(health.level, rollUp);
     Element words = rollUp.Add("p");
@@ -109,7 +131,7 @@ void AddRollUp(const inventory::Snapshot& snapshot, const inventory::Health& hea
 
 void AddBody(const inventory::Snapshot& snapshot, const inventory::Health& health, Element page) {
     const std::vector<Controller>& controllers = snapshot.TheServer().controllers;
-    const html::DrivePlaces places(snapshot.TheServer(), health);
+    const html::Places places(snapshot.TheServer(), health);
     AddRollUp(snapshot, health, page);
     Element main = page.Add("main");
     if (!health.findings.empty()) {
@@ -138,7 +160,8 @@ std::string Html(const inventory::Snapshot& snapshot) {
     const inventory::Health& health = snapshot.TheHealth();
     pugi::xml_document title;
     pugi::xml_document body;
-    Element(title).Add("title", "RAID " + std::string(NameOf(health.level)) + ": " + Headline(health));
+    Element(title).Add("title", "RAID " + std::string(NameOf(health.level)) + OfHost(snapshot, " on ") +
+                                    ": " + Headline(health));
     AddBody(snapshot, health, Element(body).Add("body"));
     Writer page;
     page.text = kBegin;

@@ -75,7 +75,7 @@ std::string LabelOf(const Enclosure& enclosure) {
 /// Draws one controller's enclosures.
 class Drawing final {
   public:
-    Drawing(const Controller& controller, const DrivePlaces& places, Element page)
+    Drawing(const Controller& controller, const Places& places, Element page)
         : m_Controller(controller), m_Places(places), m_Page(page) {}
 
     void Add(const Enclosure& enclosure) {
@@ -131,25 +131,25 @@ class Drawing final {
 
     void AddDrive(const Slot& slot, Element list) {
         const Drive& drive = *slot.drive;
-        const inventory::Level level = drive.health;
-        const std::string look = "slot " + std::string(ClassOf(level));
+        const Look look = LookOf(drive);
+        const std::string classes = "slot " + std::string(ClassOf(look));
         const std::string state = ShortStateOf(drive, m_Places.StateOf(m_Controller, drive));
-        Element box = list.Add("li", {{"class", look}, {"id", m_Places.AnchorOf(m_Controller, drive)}});
+        Element box = list.Add("li", {{"class", classes}, {"id", m_Places.AnchorOf(m_Controller, drive)}});
         AddNumber(slot.number ? std::to_string(*slot.number) : "", box);
-        AddSign(level, box);
+        AddSign(look, box);
         box.Add("b", drive.number.empty() ? "drive" : drive.number).Text(" ");
         box.Add("span", drive.capacity, {{"class", "size"}}).Text(" ");
-        box.Add("span", state.empty() ? "not told" : state, {{"class", "state"}});
+        box.Add("span", state, {{"class", "state"}});
     }
 
     const Controller& m_Controller;
-    const DrivePlaces& m_Places;
+    const Places& m_Places;
     Element m_Page;
 };
 
 }  // namespace
 
-void AddEnclosures(const Controller& controller, const DrivePlaces& places, Element page) {
+void AddEnclosures(const Controller& controller, const Places& places, Element page) {
     Drawing drawing(controller, places, page);
     for (const Enclosure& enclosure : EnclosuresOf(controller)) {
         drawing.Add(enclosure);

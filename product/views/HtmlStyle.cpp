@@ -3,14 +3,16 @@
 namespace views::html {
 
 // States are told apart by colour, and without it: by sign and word, by a filled, hatched, dashed or plain
-// box, and by brightness. Texts keep a contrast of 4.5:1 or more against what is behind them. Nothing here
-// may need escaping, since the page is XML as well.
+// box, and by brightness. Texts keep a contrast of 4.5:1 or more against what is behind them, and what can be
+// clicked is 24 pixels high or more. A table that goes on beyond an edge of its box has a shadow there: the
+// shadows stay with the box, and covers that move with the table hide them at its ends. Nothing here may need
+// escaping, since the page is XML as well.
 std::string_view StyleSheet() {
     return R"css(
 :root {
   color-scheme: light dark;
   --page: #f5f6f8; --card: #ffffff; --line: #d3d8df; --text: #1b1f24; --faint: #545d68; --link: #0b57a4;
-  --ok: #19692f;
+  --ok: #19692f; --busy: #0b57a4; --shade: #00000029;
   --warning: #fff0c2; --on-warning: #4f3500; --edge-warning: #9a6700; --hatch: #f3d479;
   --critical: #b3211a; --on-critical: #ffffff; --edge-critical: #7d120d; --text-critical: #b3211a;
   --unknown: #e6e9ee; --on-unknown: #39424d; --edge-unknown: #545d68;
@@ -18,7 +20,7 @@ std::string_view StyleSheet() {
 @media (prefers-color-scheme: dark) {
   :root {
     --page: #0f1318; --card: #191f26; --line: #36404b; --text: #e6e9ee; --faint: #a5b0bc; --link: #7db8f5;
-    --ok: #71d88b;
+    --ok: #71d88b; --busy: #7db8f5; --shade: #ffffff24;
     --warning: #453300; --on-warning: #ffdd7a; --edge-warning: #e0a800; --hatch: #6b5000;
     --critical: #ff8178; --on-critical: #240302; --edge-critical: #ffc2bd; --text-critical: #ff8f87;
     --unknown: #2c343d; --on-unknown: #d3dae2; --edge-unknown: #a5b0bc;
@@ -38,7 +40,10 @@ h4 { margin: 0.75rem 0 0.375rem; font-size: 0.9375rem; }
 h4 small, .note, dt { color: var(--faint); font-size: 0.8125rem; font-weight: 400; }
 p { margin: 0.375rem 0; }
 ul, ol { margin: 0; padding: 0; list-style: none; }
-a { color: var(--link); text-underline-offset: 0.15em; }
+a {
+  display: inline-block; min-width: 1.5rem; min-height: 1.5rem; line-height: 1.5rem; color: var(--link);
+  text-underline-offset: 0.15em;
+}
 a:focus-visible, summary:focus-visible, .scroll:focus-visible { outline: 3px solid var(--link); outline-offset: 2px; }
 .aside {
   position: absolute; width: 1px; height: 1px; overflow: hidden; clip-path: inset(50%); white-space: nowrap;
@@ -47,6 +52,8 @@ a:focus-visible, summary:focus-visible, .scroll:focus-visible { outline: 3px sol
   display: inline-block; flex: none; width: 1.25em; height: 1.25em; margin-right: 0.4em; border-radius: 0.2em;
   text-align: center; font-weight: 700; font-size: 0.875em; line-height: 1.25em; color: var(--ok);
 }
+.sign.busy { color: var(--busy); }
+.sign.accepted { color: var(--faint); }
 .sign.warning { color: var(--on-warning); background: var(--warning); box-shadow: inset 0 0 0 1.5px var(--edge-warning); }
 .sign.critical { color: var(--on-critical); background: var(--critical); }
 .sign.unknown { color: var(--on-unknown); background: var(--unknown); box-shadow: inset 0 0 0 1px var(--edge-unknown); }
@@ -65,7 +72,7 @@ a:focus-visible, summary:focus-visible, .scroll:focus-visible { outline: 3px sol
 .rollup.unknown { background: var(--unknown); color: var(--on-unknown); border: 2px dotted var(--edge-unknown); }
 .findings li { display: flex; align-items: baseline; gap: 0.25rem; padding: 0.25rem 0; border-top: 1px solid var(--line); }
 .findings li:first-child { border-top: 0; }
-.findings .accepted, .findings .accepted .sign { color: var(--faint); }
+.findings .accepted { color: var(--faint); }
 .controller { margin: 1rem 0; padding: 0 1rem; background: var(--card); border: 1px solid var(--line);
   border-radius: 0.5rem; }
 .controller[open] { padding-bottom: 1rem; }
@@ -90,7 +97,8 @@ dd { margin: 0; }
 .slot .sign { position: absolute; top: 0.25rem; right: 0.25rem; margin: 0; font-size: 0.8125rem; }
 .slot b, .slot .size, .slot .state { display: block; }
 .slot b { font-size: 0.9375rem; }
-.slot:target { outline: 3px solid var(--link); outline-offset: 1px; }
+.slot.busy { border-top-color: var(--busy); }
+:target { outline: 3px solid var(--link); outline-offset: 1px; }
 .slot.warning {
   color: var(--on-warning); border: 2px solid var(--edge-warning); border-top-width: 0.3125rem;
   background: var(--warning) repeating-linear-gradient(135deg, var(--hatch) 0 0.3125rem, transparent 0.3125rem 0.625rem)
@@ -113,8 +121,15 @@ dd { margin: 0; }
 .lds .size { color: var(--faint); }
 .lds .critical .state, tr.critical .state { color: var(--text-critical); font-weight: 600; }
 .lds .warning .state, tr.warning .state { font-weight: 600; }
-.members { display: flex; flex-wrap: wrap; gap: 0.125rem 0.75rem; margin-top: 0.375rem; font-size: 0.8125rem; }
-.scroll { overflow-x: auto; border: 1px solid var(--line); border-radius: 0.375rem; }
+.members { display: flex; flex-wrap: wrap; gap: 0 0.75rem; margin-top: 0.375rem; font-size: 0.8125rem; line-height: 1.5rem; }
+.scroll {
+  position: relative; overflow-x: auto; border: 1px solid var(--line); border-radius: 0.375rem;
+  background:
+    linear-gradient(to right, var(--card) 1rem, transparent) left / 2.5rem 100% no-repeat local,
+    linear-gradient(to left, var(--card) 1rem, transparent) right / 2.5rem 100% no-repeat local,
+    linear-gradient(to right, var(--shade), transparent) left / 1rem 100% no-repeat scroll,
+    linear-gradient(to left, var(--shade), transparent) right / 1rem 100% no-repeat scroll var(--card);
+}
 table { min-width: 100%; border-collapse: collapse; font-size: 0.8125rem; overflow-wrap: normal; }
 th, td { padding: 0.25rem 0.625rem; text-align: left; vertical-align: top; white-space: nowrap; max-width: 24rem;
   overflow: hidden; text-overflow: ellipsis; font-variant-numeric: tabular-nums; }
@@ -123,15 +138,15 @@ tbody tr + tr > * { border-top: 1px solid var(--line); }
 tbody th { font-weight: 600; }
 td.state { white-space: normal; min-width: 10rem; }
 details details, main > details:not(.controller) { margin: 0.375rem 0; }
-details summary { cursor: pointer; }
+details summary { padding: 0.125rem 0; cursor: pointer; }
 summary h3 { display: inline; }
 .controller > details { margin-top: 1.25rem; }
 .controller > details[open] > summary { margin-bottom: 0.375rem; }
-.scroll { position: relative; }
 details .scroll { margin-top: 0.375rem; }
 @media (max-width: 30rem) {
   body { padding: 0.5rem; }
   .controller { padding: 0 0.625rem; }
+  td.state { min-width: 7rem; }
   .controller > summary { margin: 0 -0.625rem; padding: 0.625rem; }
 }
 @media print {
@@ -141,10 +156,10 @@ details .scroll { margin-top: 0.375rem; }
   details::details-content { content-visibility: visible; display: block; block-size: auto; }
   .controller > summary::before, .controller[open] > summary::before { content: none; }
   summary { list-style: none; break-after: avoid; }
-  .scroll { overflow: visible; border: 0; }
-  table { width: 100%; font-size: 6.5pt; }
-  th, td { white-space: normal; overflow-wrap: break-word; padding: 1pt 2pt; }
-  td.state { min-width: 0; }
+  .scroll { overflow: visible; border: 0; background: none; }
+  table { width: 100%; font-size: 6pt; }
+  th, td { white-space: normal; overflow-wrap: break-word; padding: 1pt 2pt 1pt 0; }
+  td.state { min-width: 8em; }
   .slot, .group, tr, .findings li { break-inside: avoid; }
   h2, h3, h4 { break-after: avoid; }
   a { color: inherit; text-decoration: none; }

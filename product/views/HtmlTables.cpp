@@ -17,6 +17,7 @@ constexpr std::string_view kNotTold = "\xE2\x80\x93";
 constexpr std::size_t kMaxFindingsAtOnce = 20;
 constexpr std::size_t kMaxOpenSmart = 2;
 constexpr std::size_t kMaxNameWidth = 80;  // in a group
+constexpr std::string_view kReplaced = "RLD";
 
 /// A table in a box of its own, which scrolls by itself where the screen is narrow: by keyboard as well.
 template <typename Columns>
@@ -39,15 +40,11 @@ std::string NameOf(const Controller& controller) {
     return controller.number.empty() ? "the controller" : "controller " + controller.number;
 }
 
-void AddFinding(const inventory::Finding& finding, const DrivePlaces& places, Element list) {
+void AddFinding(const inventory::Finding& finding, const Places& places, Element list) {
     const std::string anchor = places.AnchorOf(finding);
-    Element item = list.Add("li", {{"class", finding.isAccepted ? "accepted" : ClassOf(finding.level)}});
-    if (finding.isAccepted) {
-        item.Add("span", kNotTold, {{"class", "sign"}, {"aria-hidden", "true"}});
-        item.Add("span", std::string(NameOfLevel(finding)) + " ", {{"class", "aside"}});
-    } else {
-        AddSign(finding.level, item);
-    }
+    const Look look = LookOf(finding);
+    Element item = list.Add("li", {{"class", ClassOf(look)}});
+    AddSign(look, item);
     Element words = item.Add("span").Add("b", finding.what).Text(" ");
     if (anchor.empty()) {
         words.Text(PlaceOf(finding));
@@ -62,11 +59,12 @@ void AddFinding(const inventory::Finding& finding, const DrivePlaces& places, El
     }
 }
 
-void AddLogicalDrives(const Group& group, Element page) {
+void AddLogicalDrives(const Controller& controller, const Group& group, const Places& places, Element page) {
     Element list = page.Add("ul", {{"class", "lds"}});
     for (const inventory::LogicalDrive& drive : group.logicalDrives) {
         const inventory::Level level = drive.health;
-        Element item = list.Add("li", {{"class", ClassOf(level)}});
+        Element item =
+            list.Add("li", {{"class", ClassOf(level)}, {"id", places.AnchorOf(controller, group, drive)}});
         AddSign(level, item);
         item.Add("b", drive.number.empty() ? "logical drive" : drive.number).Text(" ");
         item.Text(basics::Shortened(basics::Printable(drive.name), kMaxNameWidth)).Text(" ");
@@ -81,31 +79,33 @@ void AddLogicalDrives(const Group& group, Element page) {
     }
 }
 
-void AddMembers(const Controller& controller, const Group& group, const DrivePlaces& places, Element page) {
+void AddMembers(const Controller& controller, const Group& group, const Places& places, Element page) {
     Element list = page.Add("ul", {{"class", "members"}, {"aria-label", "Members of " + group.number}});
     for (const inventory::Member& member : group.members) {
         const Drive* const drive = DriveOf(controller, member);
         const std::string name = member.number.empty() ? "drive" : member.number;
-        Element item = list.Add("li", {{"class", drive == nullptr ? "unknown" : ClassOf(drive->health)}});
+        const Look look = drive == nullptr ? Look::Unknown : LookOf(*drive);
+        Element item = list.Add("li", {{"class", ClassOf(look)}});
+        AddSign(look, item);
         if (drive == nullptr) {
             item.Text(name);
-            continue;
+        } else {
+            item.Add("a", name, {{"href", "#" + places.AnchorOf(controller, *drive)}});
         }
-        AddSign(drive->health, item);
-        item.Add("a", name, {{"href", "#" + places.AnchorOf(controller, *drive)}});
     }
 }
 
-void AddGroup(const Controller& controller, const Group& group, const DrivePlaces& places, Element page) {
+void AddGroup(const Controller& controller, const Group& group, const Places& places, Element page) {
     const inventory::Level level = group.health;
-    Element section = page.Add("section", {{"class", "group " + std::string(ClassOf(level))}});
+    Element section = page.Add("section", {{"class", "group " + std::string(ClassOf(level))},
+                                           {"id", places.AnchorOf(controller, group)}});
     Element title = section.Add("h4");
     AddSign(level, title);
     Element note = title.Text(group.number.empty() ? "Group" : group.number).Text(" ").Add("small");
     note.Text(group.level).Text(group.level.empty() || group.capacity.empty() ? "" : ", ");
     note.Text(group.capacity);
     if (!group.logicalDrives.empty() || !group.caches.empty()) {
-        AddLogicalDrives(group, section);
+        AddLogicalDrives(controller, group, places, section);
     }
     if (!group.members.empty()) {
         AddMembers(controller, group, places, section);
@@ -120,18 +120,18 @@ struct DriveColumn {
 constexpr DriveColumn kDriveColumns[] = {
     {"Enclosure", [](const Drive& drive) { return drive.enclosure; }},
     {"Slot", [](const Drive& drive) { return drive.slot; }},
+    {"Model", [](const Drive& drive) { return drive.product; }},
+    {"Serial number", [](const Drive& drive) { return drive.serial; }},
     {"Group", [](const Drive& drive) { return drive.group; }},
     {"Use", [](const Drive& drive) { return RoleOf(drive); }},
     {"Size", [](const Drive& drive) { return drive.capacity; }},
-    {"Type", [](const Drive& drive) { return TypeOf(drive); }},
     {"Temperature", [](const Drive& drive) { return drive.temperature; }},
-    {"Power", [](const Drive& drive) { return drive.power; }},
     {"Media errors", [](const Drive& drive) { return drive.mediaErrors; }},
     {"Other errors", [](const Drive& drive) { return drive.otherErrors; }},
     {"Predicted failures", [](const Drive& drive) { return drive.predictiveFailures; }},
+    {"Type", [](const Drive& drive) { return TypeOf(drive); }},
+    {"Power", [](const Drive& drive) { return drive.power; }},
     {"Vendor", [](const Drive& drive) { return drive.vendor; }},
-    {"Model", [](const Drive& drive) { return drive.product; }},
-    {"Serial number", [](const Drive& drive) { return drive.serial; }},
     {"Firmware", [](const Drive& drive) { return drive.firmware; }},
 };
 
@@ -174,7 +174,7 @@ void AddSmartOf(const Drive& drive, bool isOpen, Element page) {
 
 }  // namespace
 
-void AddFindings(const inventory::Health& health, const DrivePlaces& places, Element page) {
+void AddFindings(const inventory::Health& health, const Places& places, Element page) {
     const auto add = [&](std::size_t first, std::size_t end, Element to) {
         Element list = to.Add("ul", {{"class", "findings"}});
         for (std::size_t index = first; index < end; ++index) {
@@ -191,14 +191,14 @@ void AddFindings(const inventory::Health& health, const DrivePlaces& places, Ele
     }
 }
 
-void AddGroups(const Controller& controller, const DrivePlaces& places, Element page) {
+void AddGroups(const Controller& controller, const Places& places, Element page) {
     Element list = page.Add("div", {{"class", "groups"}});
     for (const Group& group : controller.groups) {
         AddGroup(controller, group, places, list);
     }
 }
 
-void AddDrives(const Controller& controller, const DrivePlaces& places, Element page) {
+void AddDrives(const Controller& controller, const Places& places, Element page) {
     const std::vector<DriveColumn> columns = ColumnsFor(controller);
     std::vector<std::string_view> titles = {"Drive", "State"};
     for (const DriveColumn& column : columns) {
@@ -206,15 +206,19 @@ void AddDrives(const Controller& controller, const DrivePlaces& places, Element 
     }
     Element rows = AddTable("Drives of " + NameOf(controller), titles, page);
     for (const Drive& drive : controller.drives) {
-        const inventory::Level level = drive.health;
-        Element row = rows.Add("tr", {{"class", ClassOf(level)}});
+        const Look look = LookOf(drive);
+        Element row = rows.Add("tr", {{"class", ClassOf(look)}});
         row.Add("th", drive.number.empty() ? kNotTold : std::string_view(drive.number), {{"scope", "row"}});
         Element state = row.Add("td", {{"class", "state"}});
-        AddSign(level, state);
-        state.Text(" ").Text(places.StateOf(controller, drive));
+        AddSign(look, state);
+        state.Text(places.StateOf(controller, drive));
         for (const DriveColumn& column : columns) {
             AddCell(column.value(drive), row);
         }
+    }
+    if (std::any_of(controller.drives.begin(), controller.drives.end(),
+                    [](const Drive& drive) { return drive.membership == kReplaced; })) {
+        page.Add("p", "RLD: another drive has taken the place of this one.", {{"class", "note"}});
     }
 }
 

@@ -1,24 +1,18 @@
+#include "JsonValue.h"
 #include "basics/Time.h"
 #include "basics/Words.h"
 #include "inventory/Measure.h"
 #include "inventory/Smart.h"
 #include "views/Views.h"
 
-#include <nlohmann/json.hpp>
+#include <cmath>
 
 namespace views {
 namespace {
 
 using inventory::NameOf;
-using Value = nlohmann::ordered_json;
 
 constexpr int kSchemaVersion = 2;
-constexpr int kIndentation = 2;
-
-// What was not told is null, so that nobody takes it for an empty text.
-Value Told(const std::string& text) {
-    return text.empty() ? Value(nullptr) : Value(text);
-}
 
 /// Null for what is no whole number.
 Value Count(const std::string& text) {
@@ -31,19 +25,18 @@ Value Bytes(const std::string& text) {
     return bytes ? Value(*bytes) : Value(nullptr);
 }
 
-Value Celsius(const std::string& text) {
-    const std::optional<double> degrees = inventory::CelsiusFrom(text);
-    return degrees ? Value(*degrees) : Value(nullptr);
+/// A whole number is written as one: 31, not 31.0.
+Value Number(const std::optional<double>& number) {
+    constexpr double kMostExact = 1LL << 53;
+    if (!number) {
+        return nullptr;
+    }
+    const bool isWhole = std::trunc(*number) == *number && std::abs(*number) <= kMostExact;
+    return isWhole ? Value(static_cast<std::int64_t>(*number)) : Value(*number);
 }
 
-/// An array with what `make` makes of each.
-template <typename Parts, typename Make>
-Value Each(const Parts& parts, Make make) {
-    Value array = Value::array();
-    for (const auto& part : parts) {
-        array.push_back(make(part));
-    }
-    return array;
+Value Number(const std::optional<inventory::Measure>& measure) {
+    return Number(measure ? std::optional(measure->number) : std::nullopt);
 }
 
 Value FromFinding(const inventory::Finding& finding) {
@@ -103,7 +96,8 @@ Value FromMember(const inventory::Member& member) {
     return {{"number", Told(member.number)},
             {"enclosure", Told(member.enclosure)},
             {"slot", Told(member.slot)},
-            {"capacity", Told(member.capacity)}};
+            {"capacity", Told(member.capacity)},
+            {"capacity_bytes", Bytes(member.capacity)}};
 }
 
 Value FromLogicalDrive(const inventory::LogicalDrive& drive) {
@@ -123,22 +117,39 @@ Value FromGroup(const inventory::Group& group) {
             {"members", Each(group.members, FromMember)}};
 }
 
+Value FromSmartKey(const std::pair<std::string, std::string>& key) {
+    const std::optional<inventory::Measure> measure = inventory::MeasureFrom(key.second);
+    return {{"name", key.first},
+            {"value", Told(key.second)},
+            {"number", Number(measure)},
+            {"unit", Told(measure ? measure->unit : "")}};
+}
+
+Value NumbersOf(const std::vector<std::string>& cells, const std::vector<std::string>& columns) {
+    Value numbers = Value::array();
+    for (std::size_t column = 0; column < cells.size(); ++column) {
+        numbers.push_back(Number(inventory::MeasureFrom(cells[column], columns[column])));
+    }
+    return numbers;
+}
+
+Value FromSmartTable(const inventory::Smart& smart) {
+    if (smart.tableName.empty()) {
+        return nullptr;
+    }
+    return {
+        {"name", smart.tableName},
+        {"columns", smart.columns},
+        {"rows", Each(smart.rows, [](const auto& cells) { return Each(cells, Told); })},
+        {"numbers", Each(smart.rows, [&](const auto& cells) { return NumbersOf(cells, smart.columns); })}};
+}
+
 Value FromSmart(const inventory::Drive& drive) {
     if (drive.smart == nullptr) {
         return nullptr;
     }
     const inventory::Smart smart = SmartOf(drive);
-    Value table;
-    if (!smart.tableName.empty()) {
-        table = {{"name", smart.tableName},
-                 {"columns", smart.columns},
-                 {"rows", Each(smart.rows, [](const auto& cells) { return Each(cells, Told); })}};
-    }
-    return {{"keys", Each(smart.keys,
-                          [](const auto& key) {
-                              return Value{{"name", key.first}, {"value", Told(key.second)}};
-                          })},
-            {"table", std::move(table)}};
+    return {{"keys", Each(smart.keys, FromSmartKey)}, {"table", FromSmartTable(smart)}};
 }
 
 Value FromDrive(const inventory::Drive& drive) {
@@ -161,7 +172,7 @@ Value FromDrive(const inventory::Drive& drive) {
             {"capacity", Told(drive.capacity)},
             {"capacity_bytes", Bytes(drive.capacity)},
             {"temperature", Told(drive.temperature)},
-            {"temperature_celsius", Celsius(drive.temperature)},
+            {"temperature_celsius", Number(inventory::CelsiusFrom(drive.temperature))},
             {"power", Told(drive.power)},
             {"media_errors", Count(drive.mediaErrors)},
             {"media_errors_told", Told(drive.mediaErrors)},
@@ -209,13 +220,13 @@ std::string Json(const inventory::Snapshot& snapshot, bool isCompact) {
     Value value = Value::object();
     value["schema_version"] = kSchemaVersion;
     value["taken_at"] = snapshot.takenAt ? Value(basics::UtcText(*snapshot.takenAt)) : Value();
+    value["host"] = Told(snapshot.host);
     value["health"] = FromHealth(snapshot.TheHealth());
     value["tool_runs"] = FromRuns(snapshot.runs);
     value["controllers"] = Each(snapshot.TheServer().controllers, FromController);
     value["items"] = isCompact ? Value() : Each(snapshot.Main().Roots(), FromItem);
     value["drive_documents"] = isCompact ? Value() : Each(snapshot.Answers(), FromAnswer);
-    // Bytes that are no UTF-8 become U+FFFD; they may come with what was asked for, too.
-    return value.dump(kIndentation, ' ', false, Value::error_handler_t::replace) + '\n';
+    return TextOf(value);
 }
 
 }  // namespace views

@@ -194,7 +194,7 @@ class Series final {
     void Add(const inventory::Smart& smart, const Labels& labels) {
         DistinctLabels keys("repeat");
         for (const auto& [name, value] : smart.keys) {
-            AddSmart(kSmartKey, keys, labels.With("attribute", name), value);
+            AddSmart(kSmartKey, keys, labels.With("attribute", name), inventory::MeasureFrom(value));
         }
         DistinctLabels cells("repeat");
         for (const std::vector<std::string>& row : smart.rows) {
@@ -202,22 +202,23 @@ class Series final {
         }
     }
 
-    /// What a row is about stands in its columns "Attribute" and "ID"; "Flag" is a pattern of bits.
+    /// What a row is about stands in its columns "Attribute" and "ID".
     void Add(const std::vector<std::string>& columns, const std::vector<std::string>& row,
              DistinctLabels& cells, const Labels& drive) {
         const Labels labels =
             drive.With("attribute", CellOf(columns, row, "Attribute")).With("id", CellOf(columns, row, "ID"));
         for (std::size_t column = 0; column < row.size(); ++column) {
             const std::string& name = columns[column];
-            if (name != "Attribute" && name != "ID" && name != "Flag") {
-                AddSmart(kSmartTable, cells, labels.With("column", name), row[column]);
+            if (name != "Attribute" && name != "ID") {
+                AddSmart(kSmartTable, cells, labels.With("column", name),
+                         inventory::MeasureFrom(row[column], name));
             }
         }
     }
 
     void AddSmart(const Metric& metric, DistinctLabels& distinct, const Labels& labels,
-                  const std::string& value) {
-        if (const std::optional<inventory::Measure> measure = inventory::MeasureFrom(value)) {
+                  const std::optional<inventory::Measure>& measure) {
+        if (measure) {
             m_Exposition.Add(metric, distinct.Distinct(labels.With("unit", measure->unit)), measure->number);
         }
     }

@@ -19,7 +19,8 @@ using inventory::LogicalDrive;
 
 constexpr std::size_t kStep = 2;
 constexpr std::size_t kLongestText = 60;  // of a text in a line of them
-constexpr char kNotWell = '!';            // behind a member
+constexpr std::size_t kLongestFinding = 500;
+constexpr char kNotWell = '!';  // behind a member
 
 using Fit = Grid::Fit;
 
@@ -80,7 +81,7 @@ Grid GroupsOf(const Controller& controller) {
                          once(group.level),
                          isFirst ? Grid::Cell{MembersOf(controller, group), {}, false, kNotWell} : Blank(),
                          ofDrive(drive.number),
-                         isEmpty ? Blank() : Grid::Cell{drive.state, drive.health},
+                         isEmpty ? Blank() : Grid::Cell{drive.state, LookOf(drive.health)},
                          ofDrive(isEmpty ? "" : drive.capacity),
                          ofDrive(drive.name),
                          {CachesOf(group), {}, true}});
@@ -110,7 +111,7 @@ Grid DrivesOf(const Controller& controller) {
     for (const Drive& drive : controller.drives) {
         grid.AddRow({{drive.number},
                      {SlotOf(drive)},
-                     {StatusOf(drive), drive.health},
+                     {StatusOf(drive), LookOf(drive)},
                      {inventory::RoleOf(drive)},
                      {drive.group, {}, true},
                      {drive.capacity},
@@ -121,39 +122,6 @@ Grid DrivesOf(const Controller& controller) {
                      {drive.serial}});
     }
     return grid;
-}
-
-/// The text in lines no longer than the terminal is wide, broken at blanks, or within a word that fits no
-/// line; the first one begins in column `column`, the others in column `hang`.
-std::string Wrapped(std::string_view text, std::size_t column, std::size_t hang, const TerminalStyle& style) {
-    if (style.columns == 0) {
-        return std::string(text);
-    }
-    const std::size_t room = style.columns > hang ? style.columns - hang : 1;
-    std::string wrapped;
-    const auto startLine = [&] {
-        wrapped.append(1, '\n').append(hang, ' ');
-        column = hang;
-    };
-    for (bool isFirst = true; isFirst || !text.empty(); isFirst = false) {
-        std::string_view word = text.substr(0, text.find(' '));
-        text.remove_prefix(std::min(word.size() + 1, text.size()));
-        const std::size_t gap = isFirst ? 0 : 1;
-        if (column + gap + basics::WidthOf(word) > style.columns) {
-            startLine();
-        } else {
-            wrapped.append(gap, ' ');
-            column += gap;
-        }
-        for (; basics::WidthOf(word) > room; startLine()) {
-            const std::size_t front = std::max<std::size_t>(basics::FittingFront(word, room), 1);
-            wrapped += word.substr(0, front);
-            word.remove_prefix(std::min(front, word.size()));
-        }
-        wrapped += word;
-        column += basics::WidthOf(word);
-    }
-    return wrapped;
 }
 
 std::string HeadlineOf(const Controller& controller) {
@@ -168,7 +136,7 @@ std::string HeadlineOf(const Controller& controller) {
     return title;
 }
 
-std::string StateLine(const std::string& of, const std::string& state, std::optional<Level> level,
+std::string StateLine(const std::string& of, const std::string& state, Look look,
                       const TerminalStyle& style) {
     const std::size_t half = style.columns == 0 ? kLongestText : style.columns / 2;
     const std::string name = std::string(kStep, ' ') +
@@ -179,18 +147,15 @@ std::string StateLine(const std::string& of, const std::string& state, std::opti
     const std::size_t room =
         style.columns > basics::WidthOf(name) ? style.columns - basics::WidthOf(name) : kLongestText;
     return name +
-           Colored(basics::Shortened(basics::Printable(state), std::min(room, kLongestText)), level, style) +
+           Colored(basics::Shortened(basics::Printable(state), std::min(room, kLongestText)), look, style) +
            '\n';
 }
 
 std::string StatesOf(const Controller& controller, const TerminalStyle& style) {
-    // A word that is well in itself says nothing good beside parts that are not.
-    const bool isMisleading = controller.statusHealth == Level::Ok && controller.health != Level::Ok;
-    std::string states =
-        StateLine("status", controller.status,
-                  isMisleading ? std::nullopt : std::optional(controller.statusHealth), style);
+    std::string states = StateLine("status", controller.status, LookOfStatus(controller), style);
     for (const inventory::BackupUnit& unit : controller.backupUnits) {
-        states += StateLine(unit.name, unit.status.empty() ? unit.presence : unit.status, unit.health, style);
+        states +=
+            StateLine(unit.name, unit.status.empty() ? unit.presence : unit.status, LookOf(unit), style);
     }
     return states;
 }
@@ -214,19 +179,22 @@ std::string Attention(const inventory::Health& health, const TerminalStyle& styl
     constexpr std::size_t kLevelWidth = 10;
     std::string text;
     for (const inventory::Finding& finding : health.findings) {
+        const std::string words = basics::Shortened(basics::Printable(Describe(finding)), kLongestFinding);
         const std::string level = basics::PadRight(std::string(NameOfLevel(finding)), kLevelWidth);
-        text +=
-            std::string(kStep, ' ') +
-            Colored(level, finding.isAccepted ? std::nullopt : std::optional(finding.level), style) +
-            Wrapped(basics::Printable(Describe(finding)), kStep + kLevelWidth, kStep + kLevelWidth, style) +
-            '\n';
+        text += std::string(kStep, ' ') + Colored(level, LookOf(finding), style) +
+                Wrapped(words, kStep + kLevelWidth, kStep + kLevelWidth, style) + '\n';
     }
     return text.empty() ? "" : '\n' + Heading("Needs attention", style) + '\n' + text;
 }
 
-std::string Verdict(const inventory::Health& health, const std::string& text, const TerminalStyle& style) {
-    const std::string level(NameOf(health.level));
-    return Colored(level, health.level, style) + ": " + Wrapped(text, level.size() + 2, kStep, style) + '\n';
+/// "CRITICAL on storage7: 2 critical in ..."
+std::string Verdict(const inventory::Snapshot& snapshot, const std::string& text,
+                    const TerminalStyle& style) {
+    const Level level = snapshot.TheHealth().level;
+    const std::string name(NameOf(level));
+    const std::string host = basics::Shortened(basics::Printable(snapshot.host), kLongestText);
+    return Colored(name, LookOf(level), style) +
+           Wrapped((host.empty() ? ": " : " on " + host + ": ") + text, name.size(), kStep, style) + '\n';
 }
 
 bool HoldsNumbers(const inventory::Smart& smart, std::size_t column) {
@@ -283,15 +251,14 @@ std::string Identity(const Drive& drive, const TerminalStyle& style) {
     };
     Grid grid({{"DRIVE"}, {"VALUE", Fit::Shorten}});
     for (const auto& [name, value] : kLines) {
-        grid.AddRow(
-            {{name},
-             {value, name == std::string_view("Status") ? std::optional(drive.health) : std::nullopt}});
+        grid.AddRow({{name}, {value, name == std::string_view("Status") ? LookOf(drive) : Look::Plain}});
     }
     return Block(grid, style);
 }
 
-std::string DrivePage(const Drive& drive, const inventory::Health& health, const TerminalStyle& style) {
-    return Verdict(health, NameOf(drive), style) + Attention(health, style) + Identity(drive, style) +
+std::string DrivePage(const Drive& drive, const inventory::Snapshot& snapshot, const TerminalStyle& style) {
+    return Verdict(snapshot, NameOf(drive), style) + Attention(snapshot.TheHealth(), style) +
+           Identity(drive, style) +
            (drive.smart == nullptr ? "\n  no SMART data\n" : SmartBlock(drive, style));
 }
 
@@ -301,9 +268,9 @@ std::string Table(const inventory::Snapshot& snapshot, const TerminalStyle& styl
     const inventory::Health& health = snapshot.TheHealth();
     const inventory::Server& server = snapshot.TheServer();
     if (const Drive* const drive = OnlyDriveOf(server)) {
-        return DrivePage(*drive, health, style);
+        return DrivePage(*drive, snapshot, style);
     }
-    std::string text = Verdict(health, Headline(health), style) + Attention(health, style);
+    std::string text = Verdict(snapshot, Headline(health), style) + Attention(health, style);
     for (const Controller& controller : server.controllers) {
         text += Section(controller, style);
         for (const Drive& drive : controller.drives) {

@@ -1,5 +1,6 @@
 // docs/host.md: its example, its table of failures, and the commands that it gives.
 
+#include "Markdown.h"
 #include "sandbox/Sandbox.h"
 #include "test_support/Command.h"
 
@@ -7,6 +8,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+namespace docs::test {
 namespace {
 
 using namespace testsupport;
@@ -20,27 +22,7 @@ using testing::StartsWith;
 const fs::path kSources = COMMAND_TEST_SOURCES;
 const fs::path kScenarios = COMMAND_TEST_SCENARIOS;
 
-std::string DocumentText() {
-    return ReadFile(kSources / "docs" / "host.md");
-}
-
-// Its fenced blocks of one language.
-std::vector<std::string> Blocks(const std::string& language) {
-    const std::string opening = "\n```" + language + "\n";
-    const std::string text = DocumentText();
-    std::vector<std::string> blocks;
-    for (std::size_t at = text.find(opening); at != std::string::npos; at = text.find(opening, at)) {
-        at += opening.size();
-        blocks.push_back(text.substr(at, text.find("\n```\n", at) + 1 - at));
-    }
-    return blocks;
-}
-
-std::string Replaced(const std::string& text, const std::string& from, const std::string& to) {
-    const std::size_t at = text.find(from);
-    EXPECT_NE(at, std::string::npos) << from << " is not in the document's commands";
-    return at == std::string::npos ? text : std::string(text).replace(at, from.size(), to);
-}
+const std::string kDocument = "docs/host.md";
 
 void EnterScenario(const char* name) {
     if (name == nullptr) {
@@ -75,7 +57,8 @@ class SmallHostTest : public testing::Test {
 };
 
 TEST_F(SmallHostTest, StandsInTheDocumentAsItIs) {
-    EXPECT_EQ(Blocks("cpp"), std::vector{ReadFile(kSources / "docs" / "examples" / "small_host.cpp")});
+    EXPECT_EQ(Blocks(DocumentText(kDocument), "cpp"),
+              std::vector{ReadFile(kSources / "docs" / "examples" / "small_host.cpp")});
 }
 
 TEST_F(SmallHostTest, PrintsTheDocumentOfTheServer) {
@@ -126,7 +109,7 @@ TEST_P(FailureTest, IsToldByTheHostAndExplainedInTheTable) {
     EXPECT_EQ(ended.out, "");
     EXPECT_EQ(ended.err, "GetInfo failed with " + std::string(GetParam().line) + "\n");
     EXPECT_EQ(ended.ExitStatus(), GetParam().exitStatus);
-    EXPECT_THAT(DocumentText(), HasSubstr("\n" + std::string(GetParam().row)));
+    EXPECT_THAT(DocumentText(kDocument), HasSubstr("\n" + std::string(GetParam().row)));
 }
 
 INSTANTIATE_TEST_SUITE_P(All, FailureTest,
@@ -150,7 +133,7 @@ TEST(HostCommandsTest, BuildTheHostAgainstAnInstallationAndShowADocument) {
 #ifdef __SANITIZE_ADDRESS__
     GTEST_SKIP() << "the commands build a host without sanitizers, which cannot load what has them";
 #endif
-    const std::vector<std::string> blocks = Blocks("sh");
+    const std::vector<std::string> blocks = Blocks(DocumentText(kDocument), "sh");
     ASSERT_THAT(blocks, SizeIs(2));
     const TempFolder folder;
     std::string build = Replaced(blocks[0], "DIR=/usr/local/zorbalt\n", "DIR='" + folder / "root" + "'\n");
@@ -168,3 +151,4 @@ TEST(HostCommandsTest, BuildTheHostAgainstAnInstallationAndShowADocument) {
 }
 
 }  // namespace
+}  // namespace docs::test

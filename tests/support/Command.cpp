@@ -106,12 +106,32 @@ InstallRoot::InstallRoot() {
     for (const fs::path file : {COMMAND_TEST_MODULE, COMMAND_TEST_CONVERSION_LIBRARY}) {
         fs::create_symlink(file, Cim() / file.filename());
     }
-    // Also for tests that run the command as another user.
-    fs::permissions(m_Folder.Path(), fs::perms::all);
+    // For tests that run the command as another user, who has no right to write to it.
+    fs::permissions(m_Folder.Path(), fs::perms(0755));
 }
 
 std::vector<std::string> InstallRoot::ResultFiles() const {
     return TempFolder::NamesIn(m_Folder.Path() / "tmp" / "MSRAID");
+}
+
+bool InstallRoot::IsUntouched() const {
+    return m_Folder.Names() == std::vector<std::string>{"cim", "etc"};
+}
+
+std::string TemporaryDirectory::ResultFolder() const {
+    const std::vector<std::string> names = Names();
+    return names.empty() ? "" : m_Folder / (names.front() + "/tmp/MSRAID");
+}
+
+std::vector<std::string> TemporaryDirectory::ResultFiles() const {
+    const std::string folder = ResultFolder();
+    std::vector<std::string> files;
+    std::error_code error;  // The folder may go while it is looked at.
+    for (fs::directory_iterator at(folder, error), end; !error && at != end; at.increment(error)) {
+        files.push_back(at->path().filename().string());
+    }
+    std::sort(files.begin(), files.end());
+    return files;
 }
 
 void InstallRoot::SetKey(const std::string& key) const {

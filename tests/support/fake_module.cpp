@@ -1,6 +1,7 @@
 // A provider module that behaves as the environment variable FAKE_MODULE says, for what the real one cannot
 // be made to do from outside.
 
+#include "qel/CFileUtility.h"
 #include "qel/CIWbemUtil.h"
 #include "qel/CTraceUtility.h"
 #include "qel/CZORBALT_SysService.h"
@@ -29,6 +30,9 @@ class FakeProvider final : public CZORBALT_SysService {
         const std::string_view mode = std::getenv("FAKE_MODULE");
         if (mode == "throw") {
             throw ModuleError("out of\ncheese");
+        }
+        if (mode == "throw-root") {
+            throw ModuleError("no key in " + CFileUtility::GetInstallPath(INSTALLPATH_ROOT) + "/etc");
         }
         if (mode == "status") {
             sink->SetStatus(0, static_cast<HRESULT>(WBEM_E_NOT_SUPPORTED), nullptr, nullptr);

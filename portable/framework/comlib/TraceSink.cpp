@@ -23,10 +23,10 @@ namespace {
 std::atomic<unsigned> g_levels{0};
 std::atomic<int> g_descriptor{STDERR_FILENO};
 std::atomic<ITraceListener*> g_listener{nullptr};
+std::atomic<unsigned> g_heardLevels{0};
 
 void UpdateWantedLevels() noexcept {
-    constexpr unsigned kAny = ~0U;
-    g_wantedLevels.store(g_listener.load() == nullptr ? g_levels.load() : kAny);
+    g_wantedLevels.store(g_levels.load() | (g_listener.load() == nullptr ? 0 : g_heardLevels.load()));
 }
 
 // A child process has copies of the listener's locks, perhaps taken by threads that it does not have. And it
@@ -45,8 +45,8 @@ void PrepareChild() {
 }
 [[maybe_unused]] const int g_atForkResult = pthread_atfork(nullptr, nullptr, PrepareChild);
 
-bool IsWritten(int level) noexcept {
-    const unsigned levels = g_levels.load(std::memory_order_relaxed);
+bool IsOn(const std::atomic<unsigned>& wanted, int level) noexcept {
+    const unsigned levels = wanted.load(std::memory_order_relaxed);
     return level == 0 ? levels != 0 : (levels & static_cast<unsigned>(level)) != 0;
 }
 
@@ -162,10 +162,11 @@ void WriteLine(const TraceLine& line) noexcept {
 }  // namespace
 
 void EmitTrace(const TraceLine& line) noexcept {
-    if (ITraceListener* const listener = g_listener.load(std::memory_order_acquire)) {
+    ITraceListener* const listener = g_listener.load(std::memory_order_acquire);
+    if (listener != nullptr && IsOn(g_heardLevels, line.level)) {
         listener->OnTrace(line);
     }
-    if (IsWritten(line.level)) {
+    if (IsOn(g_levels, line.level)) {
         WriteLine(line);
     }
 }
@@ -196,7 +197,8 @@ bool CTraceOutput::OpenFile(const std::string& path) noexcept {
     return true;
 }
 
-void CTraceOutput::SetListener(ITraceListener* listener) noexcept {
+void CTraceOutput::SetListener(ITraceListener* listener, unsigned levels) noexcept {
+    qel::g_heardLevels.store(levels & ALL_LEVELS);
     qel::g_listener.store(listener, std::memory_order_release);
     qel::UpdateWantedLevels();
 }

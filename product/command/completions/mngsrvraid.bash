@@ -1,9 +1,9 @@
 # Completion of mngsrvraid for bash.
 
 _mngsrvraid() {
-    local subcommands="show smart health expect get-info get-pd-info capture diff"
+    local subcommands="show smart health expect get-info get-pd-info capture redact diff"
     local options="--help --version --scenario --install-dir --timeout --trace --trace-file --app-key --output --host --format --compact"
-    local valued="--scenario --install-dir --timeout --trace --trace-file --app-key --output --host --format --document
+    local valued="--scenario --install-dir --timeout --trace --trace-file --app-key --output --host --format --document --redact-word
         --expect --save --accept-until --reason --max-temperature --max-media-errors --max-media-error-growth --min-spares"
     local judging="--expect --max-temperature --max-media-errors --max-media-error-growth --min-spares"
     local scenarios="awkward empty half-failed huge large old small well
@@ -20,7 +20,10 @@ _mngsrvraid() {
         levels/raid10-pulled-while-rebuilding levels/raid10-rebuilding levels/raid5-gone
         levels/raid5-pulled levels/raid5-rebuilding levels/raid50-gone levels/raid6-one-gone
         levels/raid6-one-gone-one-rebuilding levels/raid6-two-gone levels/raid60-one-gone
-        levels/raid60-two-gone levels/unused-bad"
+        levels/raid60-two-gone levels/unused-bad watch/flaps watch/flaps/by-inquiry
+        watch/grows-errors watch/grows-errors/by-inquiry watch/half-told watch/half-told/by-inquiry
+        watch/hangs watch/hangs/by-inquiry watch/loses-drive watch/loses-drive/by-inquiry
+        watch/moves watch/moves/by-inquiry"
     # Bash takes the equals sign of --format=json for a word of its own.
     local word=${COMP_WORDS[COMP_CWORD]#=} previous=${COMP_WORDS[COMP_CWORD - 1]}
     if [[ $previous == "=" ]]; then
@@ -39,7 +42,9 @@ _mngsrvraid() {
     COMPREPLY=()
     case $previous in
         --format)
-            mapfile -t COMPREPLY < <(compgen -W "xml tree table json html prometheus" -- "$word")
+            local formats="xml tree table json html prometheus"
+            [[ $subcommand == diff ]] && formats="table json"
+            mapfile -t COMPREPLY < <(compgen -W "$formats" -- "$word")
             return
             ;;
         --trace)
@@ -59,23 +64,25 @@ _mngsrvraid() {
             mapfile -t COMPREPLY < <(compgen -f -- "$word")
             return
             ;;
-        --app-key | --host | --timeout | --accept-until | --reason | --max-* | --min-spares) return ;;
+        --app-key | --host | --timeout | --redact-word | --accept-until | --reason | --max-* | --min-spares) return ;;
     esac
     case $subcommand in
         show) options+=" --document --smart $judging" ;;
         health) options+=" --document --verbose $judging" ;;
         expect) options+=" --save --document --accept-until --reason" ;;
-        capture) options+=" --redact" ;;
+        capture) options+=" --redact --redact-word" ;;
+        redact) options+=" --redact-word" ;;
         diff) options+=" --all" ;;
     esac
     if [[ $word == -* ]]; then
         mapfile -t COMPREPLY < <(compgen -W "$options" -- "$word")
     elif [[ -z $subcommand ]]; then
         mapfile -t COMPREPLY < <(compgen -W "$subcommands" -- "$word")
-    elif [[ $subcommand == capture ]]; then
+    elif [[ $subcommand == capture || $subcommand == redact ]]; then
         mapfile -t COMPREPLY < <(compgen -d -- "$word")
     elif [[ $subcommand == diff ]]; then
-        mapfile -t COMPREPLY < <(compgen -f -- "$word")
+        mapfile -t COMPREPLY < <(compgen -f -- "$word"
+            compgen -W "$scenarios" -- "$word")
     fi
 }
 

@@ -6,10 +6,10 @@ function __mngsrvraid_subcommand
     set -e words[1]
     while set -q words[1]
         switch $words[1]
-            case --scenario --install-dir --timeout --trace --trace-file --app-key --output --host --format --document \
+            case --scenario --install-dir --timeout --trace --trace-file --app-key --output --host --format --document --redact-word \
                     --expect --save --accept-until --reason --max-temperature --max-media-errors --max-media-error-growth --min-spares
                 set -e words[1]
-            case show smart health expect get-info get-pd-info capture diff
+            case show smart health expect get-info get-pd-info capture redact diff
                 echo $words[1]
                 return
         end
@@ -34,7 +34,10 @@ set -l scenarios awkward empty half-failed huge large old small well \
     levels/raid10-pulled-while-rebuilding levels/raid10-rebuilding levels/raid5-gone \
     levels/raid5-pulled levels/raid5-rebuilding levels/raid50-gone levels/raid6-one-gone \
     levels/raid6-one-gone-one-rebuilding levels/raid6-two-gone levels/raid60-one-gone \
-    levels/raid60-two-gone levels/unused-bad
+    levels/raid60-two-gone levels/unused-bad watch/flaps watch/flaps/by-inquiry watch/grows-errors \
+    watch/grows-errors/by-inquiry watch/half-told watch/half-told/by-inquiry watch/hangs \
+    watch/hangs/by-inquiry watch/loses-drive watch/loses-drive/by-inquiry watch/moves \
+    watch/moves/by-inquiry
 complete -c mngsrvraid -f
 
 complete -c mngsrvraid -s h -l help -d 'Print a summary with examples'
@@ -48,7 +51,7 @@ complete -c mngsrvraid -l app-key -x -d 'Application key of the caller'
 complete -c mngsrvraid -l host -x -d 'What the server is called'
 complete -c mngsrvraid -l compact -d 'JSON without the items of the documents'
 complete -c mngsrvraid -l output -r -F -d 'Store what is printed in this file'
-complete -c mngsrvraid -l format -x -a 'xml tree table json html prometheus' -d 'Format of what is printed'
+complete -c mngsrvraid -n 'not __mngsrvraid_is diff' -l format -x -a 'xml tree table json html prometheus' -d 'Format of what is printed'
 
 complete -c mngsrvraid -n '__mngsrvraid_is ""' -a show -d 'What needs attention, then everything, in tables'
 complete -c mngsrvraid -n '__mngsrvraid_is ""' -a smart -d 'One drive with its SMART data'
@@ -57,7 +60,8 @@ complete -c mngsrvraid -n '__mngsrvraid_is ""' -a expect -d 'Save what this serv
 complete -c mngsrvraid -n '__mngsrvraid_is ""' -a get-info -d 'The RAID document of the server'
 complete -c mngsrvraid -n '__mngsrvraid_is ""' -a get-pd-info -d 'The document of one drive'
 complete -c mngsrvraid -n '__mngsrvraid_is ""' -a capture -d 'Record what the tool answers as a scenario'
-complete -c mngsrvraid -n '__mngsrvraid_is ""' -a diff -d 'What changed between two saved documents'
+complete -c mngsrvraid -n '__mngsrvraid_is ""' -a redact -d 'Replace serial numbers and the like in a capture'
+complete -c mngsrvraid -n '__mngsrvraid_is ""' -a diff -d 'What changed between two documents or captures'
 
 complete -c mngsrvraid -n '__mngsrvraid_is show health expect' -l document -r -F -d 'A saved document instead of the server'
 complete -c mngsrvraid -n '__mngsrvraid_is show health' -l expect -r -F -d 'What is not as it was saved'
@@ -71,6 +75,8 @@ complete -c mngsrvraid -n '__mngsrvraid_is expect' -l reason -x -d 'Why it is ac
 complete -c mngsrvraid -n '__mngsrvraid_is show' -l smart -d 'With all SMART data'
 complete -c mngsrvraid -n '__mngsrvraid_is health' -l verbose -d 'Name each finding'
 complete -c mngsrvraid -n '__mngsrvraid_is capture' -l redact -d 'Without serial numbers'
-complete -c mngsrvraid -n '__mngsrvraid_is capture' -x -a '(__fish_complete_directories)'
+complete -c mngsrvraid -n '__mngsrvraid_is capture redact' -l redact-word -x -d 'And without this word'
+complete -c mngsrvraid -n '__mngsrvraid_is capture redact' -x -a '(__fish_complete_directories)'
 complete -c mngsrvraid -n '__mngsrvraid_is diff' -l all -d 'With what always moves'
-complete -c mngsrvraid -n '__mngsrvraid_is diff' -F
+complete -c mngsrvraid -n '__mngsrvraid_is diff' -l format -x -a 'table json' -d 'Format of what is printed'
+complete -c mngsrvraid -n '__mngsrvraid_is diff' -F -a "$scenarios"

@@ -101,6 +101,35 @@ TEST(TraceTest, AListenerHasALineFormattedThatTheOutputDoesNotWant) {
     EXPECT_EQ(file.Contents(), "");
 }
 
+TEST(TraceTest, AListenerHearsTheLevelsThatItWantsAndMessagesWithAny) {
+    const TraceFile file(CTraceOutput::ALL_LEVELS);
+    for (unsigned mask = 0; mask <= CTraceOutput::ALL_LEVELS; ++mask) {
+        RememberingListener listener;
+        CTraceOutput::SetListener(&listener, mask);
+        std::vector<RememberingListener::Heard> expected;
+        for (const int level : {1, 2, 4, 8}) {
+            CTraceUtility::WriteDebug("msraid", level, "line");
+            if ((mask & static_cast<unsigned>(level)) != 0) {
+                expected.push_back({"msraid", level, "line"});
+            }
+        }
+        CTraceUtility::WriteTrace("msraid", "MSGID_1", "text");
+        if (mask != 0) {
+            expected.push_back({"msraid", 0, "MSGID_1 text"});
+        }
+        EXPECT_EQ(listener.Lines(), expected) << mask;
+    }
+}
+
+TEST(TraceTest, ALineThatNeitherOutputNorListenerWantsIsNotFormatted) {
+    const TraceFile file(2);
+    RememberingListener listener;
+    CTraceOutput::SetListener(&listener, 1);
+    EXPECT_EQ(TraceAndSeeWhetherItIsFormatted(1), 5);
+    EXPECT_EQ(TraceAndSeeWhetherItIsFormatted(2), 5);
+    EXPECT_EQ(TraceAndSeeWhetherItIsFormatted(4), -1);
+}
+
 TEST(TraceTest, ExactlyTheLevelsThatAreOnAreWrittenAndMessagesWithAny) {
     for (unsigned mask = 0; mask <= CTraceOutput::ALL_LEVELS; ++mask) {
         const TraceFile file(mask);

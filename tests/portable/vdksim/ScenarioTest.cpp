@@ -92,6 +92,22 @@ TEST_F(ScenarioTest, WithoutATextOfItsOwnNoSmartLeavesTheSmartSectionsOut) {
     EXPECT_EQ(Run("-pdinfo -nosmart -a0").out, "its own");
 }
 
+TEST_F(ScenarioTest, WithoutATextOfItsOwnADriveIsTheOneInTheReportOfAll) {
+    const std::string first =
+        "PD0(LD0)\n### General Information ###\nPD Status : ONLINE\n\n### Slot Information ###\n"
+        " Enclosure No.  : 252\n Slot No. : 1\n\n### SMART Information ###\nSlot No. : 7\n\n";
+    const std::string second = "PD1(GHS)\r\nEnclosure No. : 252\r\nSlot No.:2\r\nlast";
+    m_Folder.Write("pdinfo_a0.txt", "Slot No. : 3\nEnclosure No. : 252\n" + first + second);
+    EXPECT_EQ(Run("-pdinfo -pd[252:1] -a0").out, first);
+    EXPECT_EQ(Run("-pdinfo -pd[252:2] -a0").out, second);
+    for (const char* drive : {"-pd[252:3]", "-pd[252:7]", "-pd[1:252]", "-pd[252:12]"}) {
+        EXPECT_EQ(Run(std::string("-pdinfo ") + drive + " -a0").ExitStatus(), 2) << drive;
+    }
+    EXPECT_EQ(Run("-pdinfo -pd[252:1] -a1").ExitStatus(), 2);
+    m_Folder.Write("pdinfo_pd252.1_a0.txt", "its own");
+    EXPECT_EQ(Run("-pdinfo -pd[252:1] -a0").out, "its own");
+}
+
 TEST_F(ScenarioTest, AServerOfNumbersAnswersEveryCommand) {
     m_Folder.Write("server.conf", "# made up\nversion 4.2\r\ncontrollers 2\ndrives 30\n\n");
     EXPECT_NE(Run("-v").out.find("Product Version : 4.2\n"), std::string::npos);

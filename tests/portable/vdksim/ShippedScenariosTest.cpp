@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cctype>
 #include <csignal>
 #include <ostream>
 
@@ -53,14 +54,34 @@ std::vector<std::string> DriveCommands(const fs::path& folder, const std::string
     return commands;
 }
 
+bool Holds(const std::vector<std::string>& names, const std::string& name) {
+    return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+// The stages of a shipped timeline, in their order.
+std::vector<std::string> StagesOf(const std::string& scenario) {
+    std::vector<std::string> stages;
+    for (const std::string& line : LinesOf(ReadFile(Shipped(scenario) / "timeline"))) {
+        if (std::isdigit(static_cast<unsigned char>(line.front())) != 0) {
+            stages.push_back(line.substr(line.find_last_of(' ') + 1));
+        }
+    }
+    return stages;
+}
+
 class EveryScenario : public ::testing::TestWithParam<std::string> {};
 
 TEST_P(EveryScenario, HasOnlyFilesThatTheSimulatorKnows) {
     const std::string kKnown =
-        "README\\.md|server\\.conf|any\\.do|(v|ctrlinfo_a([0-9]+|All)|ldpdinfo_a[0-9]+|"
+        "README\\.md|server\\.conf|timeline|any\\.do|(v|ctrlinfo_a([0-9]+|All)|ldpdinfo_a[0-9]+|"
         "pdinfo(_nosmart|_pd[0-9]+\\.[0-9]+)?_a[0-9]+)\\.(txt|do)";
-    for (const auto& entry : fs::directory_iterator(Shipped(GetParam()))) {
+    const std::vector<std::string> stages = StagesOf(GetParam());
+    for (const auto& entry : fs::recursive_directory_iterator(Shipped(GetParam()))) {
         const fs::path& path = entry.path();
+        if (entry.is_directory()) {
+            EXPECT_TRUE(Holds(stages, path.filename().string()) || fs::exists(path / "README.md")) << path;
+            continue;
+        }
         EXPECT_FALSE(testsupport::WholeMatch(path.filename().string(), kKnown).empty()) << path;
         if (path.extension() == ".do") {
             EXPECT_NO_THROW(static_cast<void>(Instructions::FromFile(path))) << path;
@@ -80,10 +101,37 @@ INSTANTIATE_TEST_SUITE_P(ShippedScenariosTest, EveryScenario, ::testing::ValuesI
 
 TEST(ShippedScenariosTest, AllOfThemAreThere) {
     const std::vector<std::string> names = Names();
-    for (const char* name : {"small", "large", "old", "awkward", "half-failed", "huge", "empty",
-                             "faults/marker", "faults/killed", "faults/flaky", "faults/truncated-title"}) {
-        EXPECT_NE(std::find(names.begin(), names.end(), name), names.end()) << name;
+    for (const std::string name : {"small", "large", "old", "awkward", "half-failed", "huge", "empty",
+                                   "faults/marker", "faults/killed", "faults/flaky", "faults/truncated-title",
+                                   "watch/loses-drive", "watch/loses-drive/by-inquiry"}) {
+        EXPECT_TRUE(Holds(names, name)) << name;
     }
+}
+
+class EveryTimeline : public ::testing::TestWithParam<const char*> {};
+
+TEST_P(EveryTimeline, HasTheSameStagesByTheInquiry) {
+    const std::string scenario = std::string("watch/") + GetParam();
+    EXPECT_GT(StagesOf(scenario).size(), 2U);
+    EXPECT_EQ(StagesOf(scenario), StagesOf(scenario + "/by-inquiry"));
+    for (const std::string& each : {scenario, scenario + "/by-inquiry"}) {
+        const TempFolder state;
+        EXPECT_EQ(Tool(Shipped(each)).WithState(state.Path()).Run("-v").ExitStatus(), 0) << each;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(ShippedScenariosTest, EveryTimeline,
+                         ::testing::Values("flaps", "grows-errors", "half-told", "hangs", "loses-drive",
+                                           "moves"),
+                         [](const auto& scenario) {
+                             return testsupport::Replaced(scenario.param, "-", "_");
+                         });
+
+TEST(ShippedScenariosTest, LostDriveIsReplacedWithinAMinute) {
+    const TempFolder state;
+    state.Write("inquiries", "000000000000000\n000000000059999\n");
+    EXPECT_EQ(Tool(Shipped("watch/loses-drive")).WithState(state.Path()).Run("-pdinfo -a0").out,
+              ReadFile(Shipped("watch/loses-drive/mended/pdinfo_a0.txt")));
 }
 
 struct Server {

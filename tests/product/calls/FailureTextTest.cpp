@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/wait.h>
 
 #include <set>
 
@@ -28,10 +29,17 @@ TEST(FailureText, UnknownReasonsAreShownAsTheyAre) {
     EXPECT_THAT(DescribeMethodFailure(1, "", setting), HasSubstr("no reason was given"));
 }
 
-TEST(FailureText, UnwritableResultDirectoryIsTheAdviceOnAToolThatCannotBeRunOnly) {
-    const FailureSetting setting{.call = "get-info", .scenario = "small", .resultDirectory = "/srv/tmp"};
-    EXPECT_THAT(DescribeMethodFailure(0xA1, "01", setting), HasSubstr("/srv/tmp"));
-    EXPECT_THAT(DescribeMethodFailure(0xA0, "03", setting), testing::Not(HasSubstr("/srv/tmp")));
+TEST(FailureText, ResultFilesThatCannotBeWrittenAreTheAdviceOnReportsOnly) {
+    const FailureSetting setting{.call = "get-info",
+                                 .scenario = "small",
+                                 .run = ToolRun{.obstacle = "No space left on device"}};
+    const char* const advice = ": No space left on device; name another directory by the variable TMPDIR";
+    for (const std::string code : {"01", "04", "06"}) {
+        const std::string text = DescribeMethodFailure(0xA1, code, setting);
+        EXPECT_THAT(text, HasSubstr("; result files cannot be written below /"));
+        EXPECT_THAT(text, testing::EndsWith(advice));
+    }
+    EXPECT_THAT(DescribeMethodFailure(0xA0, "03", setting), testing::Not(HasSubstr("TMPDIR")));
 }
 
 TEST(FailureText, TheReportIsNamedBehindTheReasonThatIsAboutIt) {
@@ -45,6 +53,18 @@ TEST(FailureText, TheReportIsNamedBehindTheReasonThatIsAboutIt) {
     }
     EXPECT_THAT(DescribeMethodFailure(0xA1, "0406", setting), HasSubstr("(04), before that "));
     EXPECT_THAT(DescribeMethodFailure(0xA1, "0406", setting), HasSubstr("(06)" + std::string(place)));
+}
+
+TEST(FailureText, TheRunIsToldBehindItsReport) {
+    const FailureSetting setting{
+        .call = "show",
+        .command = "vdkcli -ldpdinfo -a3",
+        .run = ToolRun{.status = W_EXITCODE(9, 0), .hasReport = true, .lastLine = "busy"}};
+    const char* const run = "(vdkcli -ldpdinfo -a3): exit status 9: \"busy\"; ";
+    for (const std::string code : {"01", "04", "06"}) {
+        EXPECT_THAT(DescribeMethodFailure(0xA1, code, setting), HasSubstr(run));
+    }
+    EXPECT_THAT(DescribeMethodFailure(0xA1, "02", setting), testing::Not(HasSubstr("exit status")));
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 // Servers that are recorded, and what the recordings answer.
 
+#include "basics/HostName.h"
 #include "sandbox/Sandbox.h"
 
 #include "test_support/Command.h"
@@ -43,15 +44,16 @@ class CaptureTest : public testing::Test {
     // `words` are further options.
     [[nodiscard]] Command CaptureCommand(std::vector<std::string> words) const {
         words.insert(words.begin(), {"--install-dir", m_Root.Path(), "capture", Folder()});
-        return {.words = words, .environment = {{"TMPDIR", m_Temporary.Path().string()}}};
+        return {.words = words, .environment = m_Temporary.Environment()};
     }
 
     Ended Capture(const std::vector<std::string>& words) {
         const Ended ended = CaptureCommand(words).Run();
-        EXPECT_EQ(ended.out.starts_with("recorded in " + Folder() + ": "), ended.ExitStatus() == 0)
-            << ended.out;
+        const bool isRecorded = fs::exists(fs::path(Folder()) / "v.txt");
+        EXPECT_EQ(ended.out.starts_with("recorded in " + Folder() + ": "), isRecorded) << ended.out;
+        EXPECT_TRUE(isRecorded || ended.ExitStatus() != 0);
         EXPECT_TRUE(m_Temporary.Names().empty());
-        EXPECT_TRUE(m_Root.ResultFiles().empty());
+        EXPECT_TRUE(m_Root.IsUntouched());
         return ended;
     }
 
@@ -83,7 +85,7 @@ class CaptureTest : public testing::Test {
     }
 
     TempFolder m_Folder;
-    TempFolder m_Temporary;
+    TemporaryDirectory m_Temporary;
     InstallRoot m_Root;
 };
 
@@ -119,7 +121,8 @@ TEST_P(CapturedFailure, FailsAsTheServerDid) {
                 HasSubstr("mngsrvraid: what failed is recorded in " + Folder() + ": get-info failed"));
     EXPECT_FALSE(fs::exists(fs::path(Folder()) / "INCOMPLETE"));
     EXPECT_THAT(Captured("README.md"), AllOf(HasSubstr("## What failed\n\n- get-info failed"),
-                                             HasSubstr("Which drives there are is not known")));
+                                             HasSubstr("Which drives there are is not known"),
+                                             HasSubstr("- Not complete: "), Not(HasSubstr("- Complete"))));
     ExpectSameAnswer(GetParam(), {"get-info"});
 }
 
@@ -152,7 +155,8 @@ TEST_F(CaptureTest, HoldsEveryDriveAndSaysWhatItIs) {
     EXPECT_THAT(Captured("README.md"),
                 AllOf(HasSubstr("from the scenario large, 20"), HasSubstr("- Controllers: Gate SR-8e, "),
                       HasSubstr("- Version of the tool: 4.1\n"), HasSubstr("- Drives asked for: 26\n"),
-                      HasSubstr("- Not redacted"), HasSubstr("- Complete"), Not(HasSubstr("##"))));
+                      HasSubstr("- Not redacted"), HasSubstr("- Complete"), Not(HasSubstr("##")),
+                      Not(HasSubstr("- Host"))));
 }
 
 TEST_F(CaptureTest, TextsAreThoseOfTheToolToTheByte) {
@@ -206,13 +210,43 @@ TEST_F(CaptureTest, SaysWhatWasAnsweredDifferently) {
     EXPECT_THAT(Captured("README.md"), Not(HasSubstr("- `vdkcli -ctrlinfo -aAll` was")));
 }
 
-TEST_F(CaptureTest, ServerWithoutToolIsCapturedAsThat) {
-    Command command = CaptureCommand({});
+TEST_F(CaptureTest, ServerWithoutToolLeavesNoFolder) {
+    Command command = CaptureCommand({"--host", "storage7"});
     command.inChild = [] { sandbox::EnterSandboxWithoutTool(); };
     const Ended ended = command.Run();
     EXPECT_EQ(ended.ExitStatus(), 1);
-    EXPECT_EQ(TempFolder::NamesIn(Folder()), (std::vector<std::string>{"INCOMPLETE", "README.md"}));
-    EXPECT_THAT(Captured("README.md"), HasSubstr("- Incomplete: the tool was never run."));
+    EXPECT_THAT(ended.err, HasSubstr("mngsrvraid: storage7: nothing was recorded: get-info failed with"));
+    EXPECT_FALSE(fs::exists(Folder()));
+    EXPECT_EQ(Capture({"--scenario", "small"}).ExitStatus(), 0);
+}
+
+TEST_F(CaptureTest, ModuleThatCannotBeLoadedLeavesNoFolder) {
+    fs::remove_all(m_Root.Cim());
+    fs::create_directory(Folder());
+    EXPECT_EQ(Capture({"--scenario", "small"}).ExitStatus(), 4);
+    EXPECT_TRUE(TempFolder::NamesIn(Folder()).empty());
+    fs::remove(Folder());
+    EXPECT_EQ(Capture({"--scenario", "small"}).ExitStatus(), 4);
+    EXPECT_FALSE(fs::exists(Folder()));
+}
+
+TEST_F(CaptureTest, NamesTheHostUnlessItIsRedacted) {
+    EXPECT_EQ(
+        Capture({"--scenario", "half-failed", "--host", "storage7"}).err.find("mngsrvraid: storage7: what"),
+        0U);
+    EXPECT_THAT(Captured("README.md"), HasSubstr("\n- Host: storage7\n"));
+    fs::remove_all(Folder());
+    EXPECT_EQ(
+        Capture({"--scenario", "half-failed", "--host", "storage7", "--redact"}).err.find("mngsrvraid: what"),
+        0U);
+    EXPECT_THAT(Captured("README.md"), AllOf(HasSubstr("\n- Host: host-0001\n"), Not(HasSubstr("storage7"))));
+}
+
+TEST_F(CaptureTest, HostIsThisMachineWhereTheServerIs) {
+    Command command = CaptureCommand({});
+    command.inChild = [] { sandbox::EnterSandbox(COMMAND_TEST_SIMULATOR, kScenarios / "small"); };
+    EXPECT_EQ(command.Run().ExitStatus(), 0);
+    EXPECT_THAT(Captured("README.md"), HasSubstr("\n- Host: " + basics::HostName() + "\n"));
 }
 
 std::vector<std::string> WordsOf(const std::string& text) {
@@ -258,6 +292,7 @@ TEST_P(RedactedCapture, HasNoSerialNumberAndIsOtherwiseTheSame) {
         }
         if (name == "README.md") {
             EXPECT_THAT(text, HasSubstr("- Redacted: "));
+            EXPECT_THAT(text, Not(HasSubstr(GetParam())));
             continue;
         }
         const std::vector<std::string> before = WordsOf(ReadFile(Plain() / name));
@@ -316,17 +351,28 @@ TEST_F(CaptureTest, FillsAnEmptyFolderAndMakesNoneAboveIt) {
     EXPECT_THAT(ended.err, HasSubstr("No such file or directory"));
 }
 
-TEST_F(CaptureTest, InterruptedOneSaysThatItIsIncomplete) {
-    fs::copy(kScenarios / "small", m_Folder.Path() / "server", fs::copy_options::recursive);
-    WriteFile(m_Folder / "server/pdinfo_pd252.1_a0.do", "sleep 60\n");
-    const auto running = CaptureCommand({"--scenario", m_Folder / "server"}).Start();
-    ASSERT_TRUE(ComesTrue([&] {
-        return HasDescendant(running->Process(), [](const Process& process) {
-            return process.name == "vdkcli" && process.words.find("-pd[252:1]") != std::string::npos;
-        });
-    }));
+/// A capture that waits for a drive.
+class WaitingCapture : public CaptureTest {
+  protected:
+    WaitingCapture() {
+        fs::copy(kScenarios / "small", m_Folder.Path() / "server", fs::copy_options::recursive);
+        WriteFile(m_Folder / "server/pdinfo_pd252.1_a0.do", "sleep 60\n");
+    }
+    [[nodiscard]] std::unique_ptr<Running> Start() const {
+        auto running = CaptureCommand({"--scenario", m_Folder / "server"}).Start();
+        EXPECT_TRUE(ComesTrue([&] {
+            return HasDescendant(running->Process(), [](const Process& process) {
+                return process.name == "vdkcli" && process.words.find("-pd[252:1]") != std::string::npos;
+            });
+        }));
+        return running;
+    }
+};
+
+TEST_F(WaitingCapture, InterruptedOneSaysThatItIsIncomplete) {
+    const auto running = Start();
     EXPECT_EQ(m_Temporary.Names().size(), 1U);
-    EXPECT_EQ(m_Root.ResultFiles().size(), 1U);
+    EXPECT_EQ(m_Temporary.ResultFiles().size(), 1U);
     ::kill(running->Process(), SIGINT);
     const Ended ended = running->Wait();
     EXPECT_TRUE(WIFSIGNALED(ended.status) && WTERMSIG(ended.status) == SIGINT) << ended.status;
@@ -334,10 +380,24 @@ TEST_F(CaptureTest, InterruptedOneSaysThatItIsIncomplete) {
     EXPECT_THAT(TempFolder::NamesIn(Folder()), testing::ElementsAre("INCOMPLETE", "README.md"));
     EXPECT_THAT(Captured("README.md"), HasSubstr("has not come to its end"));
     EXPECT_TRUE(m_Temporary.Names().empty());
-    EXPECT_TRUE(m_Root.ResultFiles().empty());
+    EXPECT_TRUE(m_Root.IsUntouched());
     const Ended replayed = RunCommand({"--scenario", Folder(), "get-info"});
     EXPECT_EQ(replayed.ExitStatus(), 4);
     EXPECT_THAT(replayed.err, HasSubstr("is an incomplete capture; make another one"));
+    // Whoever repeats the command means the same folder.
+    EXPECT_EQ(Capture({"--scenario", "small"}).ExitStatus(), 0);
+    EXPECT_FALSE(fs::exists(fs::path(Folder()) / "INCOMPLETE"));
+    ExpectSameAnswer("small", {"get-info"});
+}
+
+TEST_F(WaitingCapture, SecondOneDoesNotTakeTheFolderOfTheFirst) {
+    const auto running = Start();
+    const Ended second = CaptureCommand({"--scenario", "small"}).Run();
+    EXPECT_EQ(second.ExitStatus(), 4);
+    EXPECT_THAT(second.err, HasSubstr("another capture is writing to it"));
+    ::kill(running->Process(), SIGINT);
+    (void)running->Wait();
+    EXPECT_THAT(TempFolder::NamesIn(Folder()), testing::ElementsAre("INCOMPLETE", "README.md"));
 }
 
 }  // namespace

@@ -27,7 +27,7 @@ TEST_P(ShippedScenario, GivesAValidDocumentAndNothingElse) {
     EXPECT_EQ(ended.ExitStatus(), 0);
     EXPECT_EQ(ended.err, "");
     EXPECT_EQ(testsupport::ValidateAgainstSchema(ended.out), "");
-    EXPECT_TRUE(root.ResultFiles().empty());
+    EXPECT_TRUE(root.IsUntouched());
 }
 
 INSTANTIATE_TEST_SUITE_P(All, ShippedScenario, testing::Values("awkward", "empty", "large", "old", "small"),
@@ -106,7 +106,7 @@ TEST(Document, InstallRootMayBeRelative) {
     const Command command{.words = {"--install-dir", ".", "--scenario", "empty", "get-info"},
                           .inChild = [&] { EXPECT_EQ(::chdir(root.Path().c_str()), 0); }};
     EXPECT_EQ(command.Run().ExitStatus(), 0);
-    EXPECT_TRUE(root.ResultFiles().empty());
+    EXPECT_TRUE(root.IsUntouched());
 }
 
 TEST(Document, OutputFileHasTheWholeDocumentAndTheUsualMode) {

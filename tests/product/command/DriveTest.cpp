@@ -63,7 +63,7 @@ TEST(Drive, OfTheLargeServerIsReadWithItsTable) {
         withoutTable += hasRows ? 0 : 1;
     }
     EXPECT_EQ(withoutTable, 2);  // One without a table, one that is neither SAS nor SATA.
-    EXPECT_TRUE(root.ResultFiles().empty());
+    EXPECT_TRUE(root.IsUntouched());
 }
 
 TEST(Drive, OfTheOldServerIsReadOrRefusedAsItsTableSays) {
@@ -79,7 +79,7 @@ TEST(Drive, OfTheOldServerIsReadOrRefusedAsItsTableSays) {
             EXPECT_EQ(testsupport::ValidateAgainstSchema(ended.out), "");
         }
     }
-    EXPECT_TRUE(root.ResultFiles().empty());
+    EXPECT_TRUE(root.IsUntouched());
 }
 
 TEST(Drive, ThatDoesNotExistIsRefusedByTheTool) {

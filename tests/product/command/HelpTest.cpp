@@ -91,8 +91,8 @@ std::set<std::string> OptionsIn(const std::string& text) {
     return options;
 }
 
-constexpr const char* kSubcommands[] = {"show",     "smart",       "health",  "expect",
-                                        "get-info", "get-pd-info", "capture", "diff"};
+constexpr const char* kSubcommands[] = {"show",        "smart",   "health", "expect", "get-info",
+                                        "get-pd-info", "capture", "redact", "diff"};
 
 TEST(ManualTest, HasEveryOptionAndSubcommand) {
     const std::string manual = ReadFile(COMMAND_TEST_SOURCES "/product/command/mngsrvraid.1");
@@ -167,12 +167,18 @@ std::string OfferedByBash(const std::string& words) {
 
 TEST(BashCompletion, OffersWhatMayStandThere) {
     EXPECT_EQ(OfferedByBash("s"), "show smart\n");
-    EXPECT_EQ(OfferedByBash("''"), "show smart health expect get-info get-pd-info capture diff\n");
+    EXPECT_EQ(OfferedByBash("''"), "show smart health expect get-info get-pd-info capture redact diff\n");
     EXPECT_EQ(OfferedByBash("show --format j"), "json\n");
     EXPECT_EQ(OfferedByBash("show --s"), "--scenario --smart\n");
     EXPECT_EQ(OfferedByBash("health --v"), "--version --verbose\n");
     EXPECT_EQ(OfferedByBash("get-info --v"), "--version\n");
-    EXPECT_EQ(OfferedByBash("capture --r"), "--redact\n");
+    EXPECT_EQ(OfferedByBash("capture --r"), "--redact --redact-word\n");
+    EXPECT_EQ(OfferedByBash("redact --r"), "--redact-word\n");
+    EXPECT_EQ(OfferedByBash("capture --redact-word ''"), "\n");
+    EXPECT_EQ(OfferedByBash("diff --format ''"), "table json\n");
+    EXPECT_EQ(OfferedByBash("diff --a"), "--app-key --all\n");
+    EXPECT_EQ(OfferedByBash("diff faults/la"), "faults/late\n");
+    EXPECT_EQ(OfferedByBash("diff " COMMAND_TEST_SOURCES "/READ"), COMMAND_TEST_SOURCES "/README.md\n");
     EXPECT_EQ(OfferedByBash("--scenario faults/s"),
               "faults/shell-killed faults/silent faults/slow faults/still-writing faults/stopped\n");
 }
@@ -189,6 +195,7 @@ TEST(BashCompletion, TakesNoValueForTheSubcommand) {
     EXPECT_EQ(OfferedByBash("--output = show s"), "show smart\n");
     EXPECT_EQ(OfferedByBash("--output diff show --sm"), "--smart\n");
     EXPECT_EQ(OfferedByBash("--version show --sm"), "--smart\n");
+    EXPECT_EQ(OfferedByBash("capture --redact-word show --re"), "--redact --redact-word\n");
 }
 
 /// What fish offers for the last of the words.
@@ -205,11 +212,17 @@ TEST(FishCompletion, OffersWhatMayStandThere) {
     EXPECT_THAT(OfferedByFish("show --format=j"), testing::ElementsAre("--format=json"));
     EXPECT_THAT(OfferedByFish("--scenario faults/la"), testing::ElementsAre("faults/late"));
     EXPECT_THAT(OfferedByFish("get-info --re"), testing::IsEmpty());
+    EXPECT_THAT(OfferedByFish("diff --format=j"), testing::ElementsAre("--format=json"));
+    EXPECT_THAT(OfferedByFish("diff --format=h"), testing::IsEmpty());
+    EXPECT_THAT(OfferedByFish("diff old faults/la"), testing::ElementsAre("faults/late"));
+    EXPECT_THAT(OfferedByFish("diff " COMMAND_TEST_SOURCES "/READ"),
+                testing::ElementsAre(COMMAND_TEST_SOURCES "/README.md"));
 }
 
 TEST(FishCompletion, TakesNoValueForTheSubcommand) {
     EXPECT_THAT(OfferedByFish("--output show s"), testing::UnorderedElementsAre("show", "smart"));
     EXPECT_THAT(OfferedByFish("--output=x --output diff show --sm"), testing::ElementsAre("--smart"));
+    EXPECT_THAT(OfferedByFish("--redact-word show redact --re"), testing::ElementsAre("--redact-word"));
 }
 
 }  // namespace

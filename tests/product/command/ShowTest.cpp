@@ -1,5 +1,6 @@
-// What people and monitoring systems ask for: show, smart, health, diff, and the formats.
+// What people and monitoring systems ask for: show, smart, health, and the formats.
 
+#include "SavedDocument.h"
 #include "basics/Text.h"
 #include "test_support/Command.h"
 #include "test_support/Waiting.h"
@@ -12,6 +13,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <csignal>
 #include <filesystem>
@@ -27,26 +29,6 @@ namespace fs = std::filesystem;
 using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
-
-std::string XmlOf(const std::string& scenario) {
-    return RunCommand({"--scenario", scenario, "get-info"}).out;
-}
-
-/// A saved document.
-class Saved final {
-  public:
-    explicit Saved(const std::string& xml) { WriteFile(Path(), xml); }
-    [[nodiscard]] std::string Path() const { return m_Folder / "saved.xml"; }
-
-  private:
-    TempFolder m_Folder;
-};
-
-std::string Replaced(std::string text, const std::string& old, const std::string& now) {
-    const std::size_t at = text.find(old);
-    EXPECT_NE(at, std::string::npos);
-    return text.replace(at, old.size(), now);
-}
 
 struct HealthCase {
     const char* scenario;
@@ -114,12 +96,40 @@ constexpr std::pair<const char*, int> kRules[] = {
     {"levels/raid60-one-gone", 1},
     {"levels/raid60-two-gone", 2},
     {"levels/unused-bad", 1},
+    {"watch/flaps", 0},
+    {"watch/flaps/back", 1},
+    {"watch/flaps/gone", 2},
+    {"watch/grows-errors", 0},
+    {"watch/grows-errors/errors-4", 0},
+    {"watch/grows-errors/errors-8", 0},
+    {"watch/grows-errors/errors-12", 0},
+    {"watch/grows-errors/errors-16", 0},
+    {"watch/grows-errors/errors-20", 0},
+    {"watch/half-told", 0},
+    {"watch/half-told/lost", 3},
+    {"watch/hangs", 0},
+    {"watch/loses-drive", 0},
+    {"watch/loses-drive/well", 0},
+    {"watch/loses-drive/announced", 1},
+    {"watch/loses-drive/failed", 2},
+    {"watch/loses-drive/pulled", 2},
+    {"watch/loses-drive/rebuilding", 1},
+    {"watch/loses-drive/mended", 0},
+    {"watch/moves", 0},
+    {"watch/moves/moved", 0},
+    {"watch/moves/swapped", 0},
 };
 
 TEST(Health, OfEachRuleIsAsItsScenarioSays) {
     for (const auto& [scenario, status] : kRules) {
         EXPECT_EQ(RunCommand({"--scenario", scenario, "health"}).ExitStatus(), status) << scenario;
     }
+}
+
+TEST(Health, OfAToolThatHangsIsUnknown) {
+    const Ended ended = RunCommand({"--scenario", "watch/hangs/hung", "--timeout", "1", "health"});
+    EXPECT_EQ(ended.ExitStatus(), 3);
+    EXPECT_EQ(ended.out, "RAID UNKNOWN - vdkcli -v did not end within 1 s, and was ended\n");
 }
 
 TEST(Show, FailureBearsItsOwnNameAndItsReport) {
@@ -139,6 +149,19 @@ TEST(Show, MetricsCountEveryRunThatFailed) {
     EXPECT_EQ(ended.ExitStatus(), 0);
     EXPECT_THAT(ended.out, HasSubstr("\nraid_tool_failed_commands 1\n"));
     EXPECT_THAT(ended.out, HasSubstr("\nraid_tool_failed_runs 3\n"));
+}
+
+TEST(Show, MetricsTellHowLongTheToolTook) {
+    const TempFolder folder;
+    fs::copy(fs::path(COMMAND_TEST_SCENARIOS) / "small", folder.Path() / "server", fs::copy_options::recursive);
+    folder.Write("server/v.do", "sleep 0.5\n");
+    folder.Write("server/ctrlinfo_aAll.do", "fail-first 1\n");  // The module pauses for a second.
+    const Ended ended =
+        RunCommand({"--scenario", folder / "server", "show", "--format", "prometheus"});
+    const std::string name = "\nraid_tool_duration_seconds ";
+    const std::size_t at = ended.out.find(name);
+    ASSERT_NE(at, std::string::npos) << ended.out;
+    EXPECT_GE(std::stod(ended.out.substr(at + name.size())), 1.5);
 }
 
 TEST(Health, IsAWarningWhileADriveIsRebuilt) {
@@ -165,14 +188,16 @@ TEST(Health, IsUnknownWithoutTheModule) {
 }
 
 TEST(Health, IsUnknownWhenItIsInterrupted) {
-    const InstallRoot root;
-    const Command command{.words = {"--install-dir", root.Path(), "--scenario", "faults/slow", "health"}};
+    const TemporaryDirectory temporary;
+    const Command command{.words = {"--scenario", "faults/slow", "health"},
+                          .environment = temporary.Environment()};
     const auto running = command.Start();
-    ASSERT_TRUE(ComesTrue([&] { return !root.ResultFiles().empty(); }));
+    ASSERT_TRUE(ComesTrue([&] { return !temporary.ResultFiles().empty(); }));
     ::kill(running->Process(), SIGTERM);
     const Ended ended = running->Wait();
     EXPECT_EQ(ended.ExitStatus(), 3);
     EXPECT_EQ(ended.out, "RAID UNKNOWN - interrupted\n");
+    EXPECT_TRUE(temporary.Names().empty());
 }
 
 TEST(Health, IsNotMeantByAnArgumentOfThatName) {
@@ -249,6 +274,23 @@ TEST(Show, StoresWhatItShows) {
     EXPECT_EQ(ReadFile(folder / "shown.txt"), RunCommand({"--scenario", "small", "show"}).out);
 }
 
+TEST(Show, TellsWhichServerItIs) {
+    const auto in = [](const std::vector<std::string>& words) {
+        std::vector<std::string> all = {"--scenario", "small", "--host", "storage7"};
+        all.insert(all.end(), words.begin(), words.end());
+        return RunCommand(all).out;
+    };
+    EXPECT_THAT(in({"show"}), StartsWith("OK on storage7: 1 controller, "));
+    EXPECT_THAT(in({"show", "--smart"}), StartsWith("OK on storage7: 1 controller, "));
+    EXPECT_THAT(in({"smart", "0", "252:1"}), StartsWith("OK on storage7: PD1 in "));
+    EXPECT_THAT(in({"get-info", "--format", "html"}), HasSubstr("<h1>RAID report of storage7</h1>"));
+    EXPECT_THAT(in({"show", "--format", "json"}), HasSubstr("\n  \"host\": \"storage7\",\n"));
+    for (const std::vector<std::string>& elsewhere :
+         {std::vector<std::string>{"health"}, {"show", "--format", "prometheus"}, {"get-info"}}) {
+        EXPECT_THAT(in(elsewhere), Not(HasSubstr("storage7"))) << elsewhere.front();
+    }
+}
+
 TEST(Smart, ShowsOneDrive) {
     const Ended ended = RunCommand({"--scenario", "large", "smart", "0", "16", "2"});
     EXPECT_EQ(ended.ExitStatus(), 0);
@@ -300,21 +342,6 @@ TEST(Format, OfATreeIsEveryItemIndented) {
     EXPECT_EQ(std::to_string(CountLines(tree)), testsupport::EvaluateXPath(XmlOf("small"), "count(//Item)"));
 }
 
-TEST(Diff, SaysWhatChangedAndWhetherAnythingDid) {
-    const std::string xml = XmlOf("small");
-    const Saved before(xml);
-    const Saved after(Replaced(xml, "Value=\"31 C\"", "Value=\"45 C\""));
-    const Ended same = RunCommand({"diff", before.Path(), before.Path()});
-    EXPECT_EQ(same.ExitStatus(), 0);
-    EXPECT_EQ(same.out, "no difference\n");
-    const Ended changed = RunCommand({"diff", "--all", before.Path(), after.Path()});
-    EXPECT_EQ(changed.ExitStatus(), 1);
-    EXPECT_EQ(changed.out,
-              "changed   controller 0, the drive in enclosure 252 slot 0: General Information / Temperature: "
-              "\"31 C\" -> "
-              "\"45 C\"\n0 appeared, 0 vanished, 1 changed\n");
-}
-
 TEST(Show, RefusesWhatIsNoDocumentInEveryFormat) {
     const Saved page("<html/>");
     for (const char* const format : {"xml", "table", "json"}) {
@@ -325,36 +352,10 @@ TEST(Show, RefusesWhatIsNoDocumentInEveryFormat) {
     }
 }
 
-TEST(Diff, LeavesOutWhatAlwaysMovesUnlessAsked) {
-    const Saved before(
-        "<RAID version=\"1\"><Item Name=\"Controller Information\" Valid=\"TRUE\">"
-        "<Item Name=\"Voltage\" Value=\"4053 mV\" Valid=\"TRUE\"/></Item></RAID>");
-    const Saved after(
-        "<RAID version=\"1\"><Item Name=\"Controller Information\" Valid=\"TRUE\">"
-        "<Item Name=\"Voltage\" Value=\"4050 mV\" Valid=\"TRUE\"/></Item></RAID>");
-    const Ended ended = RunCommand({"diff", before.Path(), after.Path()});
-    EXPECT_EQ(ended.ExitStatus(), 0);
-    EXPECT_EQ(ended.out, "no difference\n");
-    const Ended all = RunCommand({"diff", "--all", before.Path(), after.Path()});
-    EXPECT_EQ(all.ExitStatus(), 1);
-    EXPECT_THAT(all.out, HasSubstr("Voltage: \"4053 mV\" -> \"4050 mV\""));
-}
-
-TEST(Diff, FailsOnWhatIsNoDocument) {
-    const Saved before("<RAID version=\"1\"/>");
-    const Saved broken("<RAID version=\"1\">");
-    EXPECT_EQ(RunCommand({"diff", before.Path(), broken.Path()}).ExitStatus(), 4);
-    EXPECT_THAT(RunCommand({"diff", before.Path(), broken.Path()}).err,
-                HasSubstr(" is no RAID document: it is no XML"));
-    EXPECT_THAT(RunCommand({"diff", before.Path(), "/nowhere"}).err,
-                HasSubstr("/nowhere cannot be read: No such file or directory"));
-}
-
 TEST(WrongUse, OfWhatDoesNotGoTogether) {
     const std::vector<std::pair<std::vector<std::string>, std::string>> cases = {
         {{"show", "--format", "yaml"},
          "--format takes xml, tree, table, json, html or prometheus, not \"yaml\""},
-        {{"diff", "--format", "json", "a", "b"}, "--format does not go with diff"},
         {{"--scenario", "small", "show", "--document", "a"},
          "--scenario is a server to ask, which --document leaves alone"},
         {{"show", "--smart", "--document", "a"}, "--smart asks the server, which --document leaves alone"},
@@ -362,7 +363,6 @@ TEST(WrongUse, OfWhatDoesNotGoTogether) {
          "--smart has no xml: the document of a server holds none; get-pd-info has it drive by drive"},
         {{"show", "--compact"}, "--compact goes with --format json alone"},
         {{"get-info", "--compact"}, "--compact goes with --format json alone"},
-        {{"diff", "a"}, "diff needs two saved documents: OLD NEW"},
         {{"capture"}, "capture needs a folder to make: DIR"},
         {{"smart", "0"}, "smart needs a drive: CTRL ENCL PD, or CTRL ENCL:PD"},
         {{"get-info", "--document", "a"}, "unknown option \"--document\""},
@@ -376,7 +376,8 @@ TEST(WrongUse, OfWhatDoesNotGoTogether) {
 }
 
 /// What a terminal of that width gets to see of `show`.
-std::string OnTerminal(std::map<std::string, std::string> environment, unsigned short columns) {
+std::string OnTerminal(std::map<std::string, std::string> environment, unsigned short columns,
+                       const char* scenario = "small") {
     const int controller = ::posix_openpt(O_RDWR | O_NOCTTY);
     EXPECT_EQ(::grantpt(controller), 0);
     EXPECT_EQ(::unlockpt(controller), 0);
@@ -385,15 +386,18 @@ std::string OnTerminal(std::map<std::string, std::string> environment, unsigned 
     const std::string name = ::ptsname(controller);
     environment.insert({"TERM", "xterm"});
     const Command command{
-        .words = {"--scenario", "small", "show"}, .environment = std::move(environment), .inChild = [&] {
+        .words = {"--scenario", scenario, "show"}, .environment = std::move(environment), .inChild = [&] {
             ::unsetenv("COLUMNS");
             ::dup2(::open(name.c_str(), O_RDWR | O_NOCTTY), STDOUT_FILENO);
         }};
     EXPECT_EQ(command.Run().ExitStatus(), 0);
-    std::string seen(1 << 16, '\0');
-    const ssize_t count = ::read(controller, seen.data(), seen.size());
+    std::string seen;
+    std::array<char, 4096> part{};
+    for (ssize_t count = 0; (count = ::read(controller, part.data(), part.size())) > 0;) {
+        seen.append(part.data(), static_cast<std::size_t>(count));
+    }
     ::close(controller);
-    seen.resize(static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+    seen.erase(std::remove(seen.begin(), seen.end(), '\r'), seen.end());
     return seen;
 }
 
@@ -416,8 +420,17 @@ TEST(Terminal, IsFilledAndNotOverrun) {
     const std::map<std::string, std::string> plain = {{"NO_COLOR", "1"}};
     EXPECT_LE(LongestLine(OnTerminal(plain, 60)), 60U);
     EXPECT_GT(LongestLine(OnTerminal(plain, 60)), 55U);
-    EXPECT_THAT(OnTerminal(plain, 60), Not(HasSubstr("SERIAL NUMBER")));
-    EXPECT_THAT(OnTerminal(plain, 200), HasSubstr("SERIAL NUMBER"));
+    EXPECT_THAT(OnTerminal(plain, 60), HasSubstr("MODEL,\n  SERIAL NUMBER\n")) << "not shown";
+    EXPECT_THAT(OnTerminal(plain, 60), Not(HasSubstr("7K00025200C4")));
+    EXPECT_THAT(OnTerminal(plain, 200), HasSubstr("7K00025200C4"));
+}
+
+TEST(Terminal, OfEightyColumnsShowsWhichDriveToReplace) {
+    const std::string seen = OnTerminal({{"NO_COLOR", "1"}}, 80, "large");
+    EXPECT_LE(LongestLine(seen), 80U);
+    EXPECT_THAT(seen, HasSubstr("PD13 in enclosure 16 slot 5: OFFLINE (TF800P,\n"
+                                "            serial number 7K1301605C4)\n"));
+    EXPECT_THAT(seen, HasSubstr("\n  not shown for lack of width: ")) << "the table's own column has no room";
 }
 
 }  // namespace

@@ -140,6 +140,7 @@ TEST(ExpectationsText, SaysWhereASlipIs) {
     const std::pair<std::string, std::string> kSlips[] = {
         {"", "line 1: it cannot be read as JSON"},
         {"{\n  \"version\": 1,\n}", "line 3: it cannot be read as JSON"},
+        {R"({"version": 1e999})", "a number in it is too large"},
         {"[]", "the file: it is no object"},
         {"{}", "version: it is missing"},
         {R"({"version": 2})", "version: 1 is known, not 2"},
@@ -177,6 +178,16 @@ TEST(ExpectationsText, KnowsDays) {
                                     "2031-6-30", "2031-06-30 ", "+031-06-30", "0000-01-01", "2031-06-+3"}) {
         EXPECT_FALSE(IsDay(other)) << other;
     }
+}
+
+TEST(Expectations, LeaveOutWhatNobodyCouldFindAgain) {
+    const std::string nameless = Node("Physical Drive Information", General(Key("Product ID", "TF600S15")));
+    const Expectations saved =
+        SavedFrom(kWell + GroupItem("", LogicalDriveItem("LD9", "OPTIMAL")) + nameless + ControllerItem(""));
+    EXPECT_EQ(Text(ReadExpectations(Text(saved))), Text(saved));
+    ASSERT_EQ(saved.controllers->size(), 1U);
+    EXPECT_EQ(saved.controllers->front().groups.size(), 1U);
+    EXPECT_EQ(saved.controllers->front().drives.size(), 3U);
 }
 
 TEST(Expectations, OfAServerThatIsAsItWasAddNothing) {

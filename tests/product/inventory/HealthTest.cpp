@@ -260,6 +260,33 @@ TEST(HealthTest, ALogicalDrivesWordCounts) {
     EXPECT_EQ(LevelOfLogicalDrive("Reconstruction"), Level::Warning);
 }
 
+TEST(HealthTest, WorkThatEndsByItselfIsNoFindingAndStillNotDone) {
+    const auto isBusy = [](const char* status, const char* detail) {
+        const Document document = Read(ControllerItem("0") + Spare("PD0", status, detail));
+        Server server = Survey(document);
+        EXPECT_EQ(Judge(server).findings.empty(), std::string(status) == "NO ERROR") << detail;
+        return IsBusy(server.controllers.at(0).drives.at(0));
+    };
+    EXPECT_TRUE(isBusy("NO ERROR", "COPYBACK"));
+    EXPECT_TRUE(isBusy("NO ERROR", "Copyback"));
+    EXPECT_FALSE(isBusy("NO ERROR", "ONLINE"));
+    EXPECT_FALSE(isBusy("NO ERROR", "HOT SPARE"));
+    EXPECT_FALSE(isBusy("NO ERROR", "COPYBACK DONE"));
+    EXPECT_FALSE(isBusy("REBUILD", "COPYBACK")) << "a warning is more than work";
+
+    const auto isUnitBusy = [](const std::string& keys) {
+        const Document document =
+            Read(Node("Controller Information", Node("### Battery Backup Unit Information ###", keys)));
+        Server server = Survey(document);
+        (void)Judge(server);
+        return IsBusy(server.controllers.at(0).backupUnits.at(0));
+    };
+    EXPECT_TRUE(isUnitBusy(Key("Status", "Learning")));
+    EXPECT_TRUE(isUnitBusy(Key("Status", "CHARGING")));
+    EXPECT_FALSE(isUnitBusy(Key("Status", "Optimal")));
+    EXPECT_FALSE(isUnitBusy(Key("Status", "Learning") + Key("Replacement Required", "Yes")));
+}
+
 TEST(HealthTest, ABackupUnitMayBeAbsentButNotWorn) {
     EXPECT_EQ(LevelOfUnit(Key("BBU", "Absent")), Level::Ok);
     EXPECT_EQ(LevelOfUnit(Key("BBU", "Present") + Key("Status", "Optimal")), Level::Ok);

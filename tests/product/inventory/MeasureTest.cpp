@@ -34,6 +34,12 @@ TEST(Measure, IsNothingForOtherTexts) {
     }
 }
 
+TEST(Measure, IsNoPatternOfBits) {
+    EXPECT_EQ(MeasureFrom("0032", "Value")->number, 32);
+    EXPECT_FALSE(MeasureFrom("0032", "Flag"));
+    EXPECT_FALSE(MeasureFrom("0032", "FLAG"));
+}
+
 TEST(Temperature, IsReadInCelsius) {
     for (const char* const text : {"31", "31 C", "31C", "31.0 C", "31 degrees C",
                                    "31 \xC2\xB0"

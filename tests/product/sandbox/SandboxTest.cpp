@@ -82,6 +82,51 @@ TEST(Sandbox, ScenarioCanBeChangedAndTheStateIsThenEmpty) {
     EXPECT_EQ(seen, "3.9 runs.log 0 4.1 3.5");
 }
 
+// Of the mirror, inquiry by inquiry.
+std::string States(int inquiries) {
+    std::string states;
+    for (int inquiry = 0; inquiry < inquiries; ++inquiry) {
+        states += states.empty() ? "" : " ";
+        (void)Shell("/opt/zorbalt/vdk/cli/vdkcli -v");
+        states +=
+            Shell("echo $(/opt/zorbalt/vdk/cli/vdkcli -ldpdinfo -a0 | sed -n 's/^>LD.*, //p' | tr -d ')')");
+    }
+    return states;
+}
+
+TEST(Sandbox, ScenarioThatChangesGoesOnUntilItIsUsedAnew) {
+    const std::string seen = InChild([] {
+        EnterSandbox(kSimulator, kScenarios / "watch/flaps/by-inquiry");
+        // Each in a process of its own, as those of somebody who asks now and then.
+        std::string text = InChild([] { return States(1); });
+        text += " " + InChild([] { return States(2); });
+        UseScenario(kScenarios / "watch/flaps/by-inquiry");
+        text += " " + States(1);
+        UseScenario(kScenarios / "small");
+        text += " " + States(1);
+        UseScenario(kScenarios / "watch/flaps/gone");
+        return text + " " + States(2);
+    });
+    EXPECT_EQ(seen, "OPTIMAL DEGRADED DEGRADED OPTIMAL OPTIMAL DEGRADED DEGRADED");
+}
+
+TEST(Sandbox, StageComesWithTheFolderAboveIt) {
+    const TempFolder folder;
+    fs::copy(kScenarios / "watch/flaps", folder.Path() / "mine", fs::copy_options::recursive);
+    fs::create_directory_symlink("mine/gone", folder.Path() / "link");
+    const std::string seen = InChild([&] {
+        EnterSandbox(kSimulator, folder.Path() / "link");
+        std::string text = ToolVersion() + " " + States(1);
+        fs::current_path(folder.Path() / "mine/back");
+        UseScenario(".");
+        text += " " + ToolVersion() + " " + States(1);
+        return text + Shell("touch /opt/zorbalt/vdk/scenario/new /opt/zorbalt/vdk/scenario/../new");
+    });
+    EXPECT_THAT(seen, testing::StartsWith("4.2 DEGRADED 4.2 DEGRADED"));
+    EXPECT_THAT(seen, HasSubstr("scenario/new': Read-only file system"));
+    EXPECT_THAT(seen, HasSubstr("scenario/../new': Read-only file system"));
+}
+
 TEST(Sandbox, ScenarioThatCannotBeOpenedLeavesTheOldOne) {
     const std::string seen = InChild([]() -> std::string {
         EnterSandbox(kSimulator, kScenarios / "small");
@@ -149,6 +194,22 @@ TEST(Sandbox, ScenarioMayLieInTheCoveredDirectory) {
         return text + " " + ToolVersion();
     });
     EXPECT_EQ(seen, "3.9 3.9");
+}
+
+TEST(Sandbox, ScenariosForLaterMayLieInTheToolsDirectory) {
+    const std::string seen = InChild([]() -> std::string {
+        MakeOptWithoutTool();
+        const fs::path inTool = "/opt/zorbalt/vdk/mine";
+        fs::create_directories(inTool.parent_path());
+        fs::copy(kScenarios / "large", inTool, fs::copy_options::recursive);
+        EnterSandbox(kSimulator, kScenarios / "small", {inTool});
+        std::string text = ToolVersion() + (fs::exists(inTool) ? " seen" : " covered");
+        UseScenario(inTool);
+        text += " " + ToolVersion();
+        UseScenario(kScenarios / "old");
+        return text + " " + ToolVersion();
+    });
+    EXPECT_EQ(seen, "3.9 covered 4.1 3.5");
 }
 
 TEST(Sandbox, WhatIsInTheWayOfTheToolsDirectoryIsLeftOut) {
@@ -234,7 +295,7 @@ TEST_F(OrdinaryUser, NeedsNoRights) {
     const Ended ended = command.Run();
     EXPECT_EQ(ended.err, "");
     EXPECT_EQ(ended.out, RunCommand({"--scenario", "small", "get-info"}).out);
-    EXPECT_TRUE(root.ResultFiles().empty());
+    EXPECT_TRUE(root.IsUntouched());
     EXPECT_EQ(Shell("ls -laR --time-style=full-iso /opt"), before);
 }
 

@@ -95,6 +95,7 @@ TEST(Configuration, NamesTheLineAndWhatIsWrong) {
         {"smart_of_sleeping = 1", "line 1: smart_of_sleeping: it is true or false"},
         {"host = \"\"", "line 1: host: it is a text in quotes, and not empty"},
         {"histroy = \"a\"", "line 1: histroy: there is no such key; did you mean history?"},
+        {"\"a\\nb\" = 1", "line 1: a\\nb: there is no such key"},
         {"limits = 5", "line 1: limits: it is a section, [limits]"},
         {"[limits]\nmax_temperatur = 50",
          "line 2: limits.max_temperatur: there is no such key; did you mean max_temperature?"},

@@ -35,8 +35,7 @@ class Supervisor : public testing::Test {
         m_Parent = ::fork();
         if (m_Parent == 0) {
             ::setenv("TMPDIR", m_Folder.Path().c_str(), 1);
-            const Supervision supervision{.resultDirectory = m_Folder.Path().string(),
-                                          .timeLimit = timeLimit,
+            const Supervision supervision{.timeLimit = timeLimit,
                                           .overtimeStatus = 7,
                                           .privateFolder = privateFolder};
             ::_exit(work(Supervise(supervision)));
@@ -201,11 +200,25 @@ TEST_F(Supervisor, PrivateFolderIsThereForTheWorkerAloneAndGoesWithIt) {
     }
 }
 
+TEST_F(Supervisor, PrivateFolderIsMadeElsewhereWhereTheUsualPlaceIsOfNoUse) {
+    fs::create_directory(m_Folder / "other");
+    const std::string seen = InChild([&] {
+        ::setenv("TMPDIR", "/no/such", 1);
+        const std::string place = m_Folder / "other";
+        // Of the child that is left: the parent ends with it.
+        WriteFile(m_Folder / "made", Supervise({.privateFolder = "words", .otherPlaces = {"/proc", place}}));
+        return std::string();
+    });
+    EXPECT_EQ(seen, "");
+    EXPECT_TRUE(m_Folder.Read("made").starts_with(m_Folder / "other/words.")) << m_Folder.Read("made");
+    EXPECT_TRUE(TempFolder::NamesIn(m_Folder / "other").empty());
+}
+
 TEST_F(Supervisor, PrivateFolderThatCannotBeMadeIsToldOf) {
     const std::string seen = testsupport::InChild([&]() -> std::string {
         ::setenv("TMPDIR", "/no/such", 1);
         try {
-            return Supervise({.resultDirectory = "", .privateFolder = "words"});
+            return Supervise({.privateFolder = "words", .otherPlaces = {"/no/such/either"}});
         } catch (const basics::Failure& error) {
             return error.what();
         }

@@ -13,7 +13,8 @@ struct Look {
     bool isDark = false;
 };
 
-/// What a browser makes of a page, by probe.js: the width, the boxes of its slots, its least contrast.
+/// What a browser makes of a page, by probe.js: the width, its least contrast, the boxes of its slots, what
+/// can be clicked, its tables with the columns that are seen whole.
 [[nodiscard]] nlohmann::json Probe(const std::string& page, const Look& look);
 
 /// The median colour of each box, `[x, y, width, height]`, of the page as it is seen: `[red, green, blue]`

@@ -10,15 +10,13 @@
 namespace views::test {
 namespace {
 
-using inventory::Level;
-
 Grid Example() {
     Grid grid({{"NAME"},
                {"SIZE", Grid::Fit::Omit, true},
                {"A LONG NOTE", Grid::Fit::Shorten},
                {"MODEL", Grid::Fit::Omit}});
     grid.AddRow({{"PD0"}, {"9 GB"}, {"all is well here"}, {"M1"}});
-    grid.AddRow({{"PD10", Level::Critical}, {"558 GB"}, {""}, {"", {}, true}});
+    grid.AddRow({{"PD10", views::Look::Critical}, {"558 GB"}, {""}, {"", {}, true}});
     return grid;
 }
 
@@ -48,7 +46,9 @@ TEST(GridTest, LeavesOutTheLastColumnThatMayBeFirst) {
               "  NAME  A LONG NOTE\n"
               "  PD0   all is well\xE2\x80\xA6\n"
               "  PD10  -\n"
-              "  not shown for lac\xE2\x80\xA6\n");
+              "  not shown for lack\n"
+              "  of width: SIZE,\n"
+              "  MODEL\n");
 }
 
 TEST(GridTest, NeverGetsWiderThanTheTerminal) {
@@ -62,7 +62,17 @@ TEST(GridTest, ShortensBeforeItLeavesOutWhereEitherMayBe) {
     Grid grid({{"NAME"}, {"NOTES", Grid::Fit::ShortenOrOmit}});
     grid.AddRow({{"PD0"}, {"failure predicted: 7"}});
     EXPECT_EQ(grid.Text({20, false}, 0), "NAME  NOTES\nPD0   failure predi\xE2\x80\xA6\n");
-    EXPECT_EQ(grid.Text({13, false}, 0), "NAME\nPD0\nnot shown fo\xE2\x80\xA6\n");
+    EXPECT_EQ(grid.Text({13, false}, 0), "NAME\nPD0\nnot shown for\nlack of\nwidth: NOTES\n");
+}
+
+TEST(GridTest, ShortensALongTextBeforeItLeavesOutAColumnBehindIt) {
+    Grid grid({{"NAME"}, {"NOTES", Grid::Fit::ShortenOrOmit}, {"MODEL", Grid::Fit::Omit}});
+    grid.AddRow({{"PD0"}, {std::string(60, 'n')}, {"M1234"}});
+    const std::string all = "NAME  NOTES" + std::string(37, ' ') + "MODEL\nPD0   " + std::string(39, 'n') +
+                            "\xE2\x80\xA6  M1234\n";
+    EXPECT_EQ(grid.Text({53, false}, 0), all);
+    EXPECT_EQ(grid.Text({52, false}, 0), "NAME  NOTES\nPD0   " + std::string(45, 'n') +
+                                             "\xE2\x80\xA6\nnot shown for lack of width: MODEL\n");
 }
 
 TEST(GridTest, LeavesOutAColumnThatHoldsNothing) {
@@ -90,6 +100,17 @@ TEST(GridTest, TellsOfAMarkThatIsCutOff) {
     EXPECT_EQ(shown("PD1 PD2 PD3!"), "PD1 PD2\xE2\x80\xA6!\n");
     EXPECT_EQ(shown("PD1! PD2 PD3"), "PD1! PD2\xE2\x80\xA6\n");
     EXPECT_EQ(shown("PD1! PD2 PD3!"), "PD1! PD\xE2\x80\xA6!\n");
+}
+
+TEST(GridTest, ShortensWhatNobodyReadsHoweverMuchRoomThereIs) {
+    Grid grid({{"NAME", Grid::Fit::Shorten}, {"SIZE"}});
+    grid.AddRow({{std::string(200, 'x')}, {"1"}});
+    grid.AddRow({{std::string(201, 'y')}, {"2"}});
+    const std::string title = "NAME" + std::string(198, ' ') + "SIZE\n";
+    const std::string shown =
+        title + std::string(200, 'x') + "  1\n" + std::string(199, 'y') + "\xE2\x80\xA6  2\n";
+    EXPECT_EQ(grid.Text({}, 0), shown);
+    EXPECT_EQ(grid.Text({5000, false}, 0), shown);
 }
 
 TEST(GridTest, ColoursTextAndNotItsWidth) {

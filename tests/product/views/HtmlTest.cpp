@@ -93,6 +93,72 @@ TEST(Html, FindingLeadsToADriveWithoutANumberByItsSlot) {
     EXPECT_EQ(Query(page, "string(//li[@id='d0-1']/span[@class='state'])"), "FAILED");
 }
 
+TEST(Html, FindingLeadsToItsGroupItsLogicalDriveItsUnitOrItsController) {
+    const std::string controller = ParentXml(
+        "Controller Information",
+        {ParentXml("### General Information ###",
+                   {ItemXml("Controller No.", "0"), ItemXml("Controller Status", "Needs Attention")}),
+         ParentXml("### Battery Backup Unit Information ###", {ItemXml("Status", "Failed")}),
+         ParentXml("### Controller Settings Information ###", {ItemXml("Rebuild Rate", "30 %")})});
+    const std::string group = ParentXml(
+        "Logical Drive Information",
+        {ParentXml("PD List", {ItemXml("PD No.", "PD7"), ItemXml("Slot No.", "7")}),
+         ParentXml("### General Information ###",
+                   {ItemXml("RG No.", "RG0"),
+                    ParentXml("LD List", {ItemXml("LD No.", "LD0"), ItemXml("State", "OPTIMAL")}),
+                    ParentXml("LD List", {ItemXml("LD No.", "LD1"), ItemXml("State", "OFFLINE")})})});
+    const std::string page = PageOf(controller + group + DriveXml("1"));
+    const auto link = [&](const std::string& place) {
+        return Query(page, "string(//ul[@class='findings']/li//a[. = '" + place + "']/@href)");
+    };
+    EXPECT_EQ(link("controller 0"), "#c0");
+    EXPECT_EQ(link("controller 0, Battery Backup Unit"), "#u0-0");
+    EXPECT_EQ(link("controller 0, RG0"), "#g0-0");
+    EXPECT_EQ(link("controller 0, RG0, LD1"), "#l0-0-1");
+    EXPECT_EQ(link("controller 0, RG0, PD7 in slot 7"), "#g0-0") << "the group that names it";
+    EXPECT_EQ(Query(page, "string(//*[@id='c0']//h2)"), "Controller 0");
+    EXPECT_EQ(Query(page, "string(//*[@id='u0-0']/dt)"), "Battery Backup Unit");
+    EXPECT_THAT(Query(page, "string(//*[@id='g0-0']/h4)"), HasSubstr("RG0"));
+    EXPECT_EQ(Query(page, "string(//*[@id='l0-0-1']/b)"), "LD1");
+    EXPECT_EQ(Query(page, "count(//ul[@class='findings']/li[not(.//a)])"), "0");
+}
+
+TEST(Html, OnlyWhatIsWellLooksWell) {
+    const std::string page = Html(SnapshotOf("large"));
+    const auto look = [&](const std::string& path) {
+        return Query(page, "string(" + path + "/span[contains(@class, 'sign')]/@class)");
+    };
+    EXPECT_EQ(look("//*[@id='d0-0']"), "sign ok");
+    EXPECT_EQ(look("//*[@id='d0-14']"), "sign busy");
+    EXPECT_EQ(Query(page, "string(//*[@id='d0-14']/@class)"), "slot busy");
+    EXPECT_EQ(look("//tr[td[@class='state'][contains(., 'COPYBACK')]]/td"), "sign busy");
+    EXPECT_EQ(look("//li[a[@href='#d0-14']]"), "sign busy");
+    EXPECT_EQ(look("//*[@id='u0-0']/dd"), "sign ok");
+    EXPECT_EQ(look("//*[@id='u1-0']/dd"), "sign busy");
+    EXPECT_EQ(look("//*[@id='c0']//div[dt='Status']/dd"), "") << "OK, beside drives that failed";
+    EXPECT_EQ(look("//*[@id='c1']//div[dt='Status']/dd"), "sign ok");
+    EXPECT_EQ(Query(page, "string(//*[@id='c0']//div[dt='Status']/dd)"), "OK");
+}
+
+TEST(Html, TellsWhichServerItIs) {
+    inventory::Snapshot snapshot = SnapshotOf("small");
+    EXPECT_EQ(Query(Html(snapshot), "string(//h1)"), "RAID report");
+    snapshot.host = "storage7";
+    EXPECT_EQ(Query(Html(snapshot), "string(//h1)"), "RAID report of storage7");
+    EXPECT_THAT(Query(Html(snapshot), "string(//title)"),
+                testing::StartsWith("RAID OK on storage7: 1 contr"));
+    snapshot.host = "<b>\x1b</title>";
+    EXPECT_EQ(Query(Html(snapshot), "string(//h1)"), "RAID report of <b>\xEF\xBF\xBD</title>");
+}
+
+TEST(Html, SaysWhatAReplacedDriveIs) {
+    const std::string note = "count(//p[starts-with(., 'RLD: another drive has taken the place')])";
+    const std::string page = Html(SnapshotOf("large"));
+    EXPECT_EQ(Query(page, note), "1");
+    EXPECT_EQ(Query(page, "count(//tr[th='PD10']/td[. = 'replaced (RLD)'])"), "1");
+    EXPECT_EQ(Query(Html(SnapshotOf("small")), note), "0");
+}
+
 TEST(Html, EnclosureIsDrawnWithItsGaps) {
     const std::string page = PageOf(ControllerXml() + DriveXml("7") + DriveXml("2") + DriveXml("4") +
                                     DriveXml("4") + DriveXml("90") + DriveXml("none") + DriveXml(""));
@@ -128,6 +194,25 @@ TEST(Html, SlotSaysWhatIsWrongInAWord) {
               "Diagnosing");
     EXPECT_EQ(state({ItemXml("PD Status(Detail)", std::string(99, 'x'))}),
               std::string(23, 'x') + "\xE2\x80\xA6");
+}
+
+TEST(Html, ADriveShowsAllThatIsWrongTheWorstFirst) {
+    const inventory::Snapshot snapshot(
+        inventory::Document::Read(DocumentOf("large")), "", {},
+        {.expectations =
+             inventory::Expectations{.host = "",
+                                     .savedAt = "",
+                                     .accepted = {{"controller 0, RG2, PD13 in enclosure 16 slot 5", "",
+                                                   "OFFLINE", "2031-06-30", "ordered"}}},
+         .limits = {.temperature = 35},
+         .today = "2031-04-05"});
+    const std::string page = Html(snapshot);
+    EXPECT_EQ(Query(page, "string(//li[@class='accepted']//a/@href)"), "#d0-13");
+    EXPECT_EQ(Query(page, "string(//li[@id='d0-13']/span[@class='state'])"), "OFFLINE");
+    EXPECT_EQ(Query(page, "normalize-space(//tr[th='PD13']/td[@class='state'])"),
+              "\xC3\x97"
+              "CRITICAL OFFLINE, 36 C, limit 35 C");
+    EXPECT_EQ(Query(page, "string(//li[@id='d0-14']/span[@class='state'])"), "37 C") << "which was well else";
 }
 
 TEST(Html, GroupNamesItsLogicalDrivesAndMembers) {

@@ -68,8 +68,8 @@ TEST(Json, TellsThePartsInTheOrderOfTheDocumentAndJudgesThem) {
     for (const auto& [key, value] : json.items()) {
         keys.push_back(key);
     }
-    EXPECT_THAT(keys, testing::ElementsAre("schema_version", "taken_at", "health", "tool_runs", "controllers",
-                                           "items", "drive_documents"));
+    EXPECT_THAT(keys, testing::ElementsAre("schema_version", "taken_at", "host", "health", "tool_runs",
+                                           "controllers", "items", "drive_documents"));
 }
 
 TEST(Json, WhatWasNotToldIsNull) {
@@ -103,9 +103,11 @@ TEST(Json, SmartKeysAndRowsStandWithTheDrive) {
     const std::string text = Json(SnapshotFrom(DriveXml("3", {}, {smart})));
     EXPECT_EQ(Validate(text), "");
     EXPECT_EQ(Parsed::parse(text)["controllers"][0]["drives"][0]["smart"].dump(),
-              R"-({"keys":[{"name":"SMART Status","value":"OK"},{"name":"Temperature","value":null}],)-"
+              R"-({"keys":[{"name":"SMART Status","value":"OK","number":null,"unit":null},)-"
+              R"-({"name":"Temperature","value":null,"number":null,"unit":null}],)-"
               R"-("table":{"name":"SMART Detail(SATA)","columns":["ID","Attribute","Raw Data"],)-"
-              R"-("rows":[["5","Reallocated","0"],["9","Power-On",null]]}})-");
+              R"-("rows":[["5","Reallocated","0"],["9","Power-On",null]],)-"
+              R"-("numbers":[[5,null,0],[9,null,null]]}})-");
 }
 
 TEST(Json, ToolRunsAreToldWhereTheyWereWatched) {
@@ -149,6 +151,43 @@ TEST(Json, NumbersStandBesideTheReportsWords) {
     EXPECT_TRUE(drive["predictive_failures"].is_null());
 }
 
+TEST(Json, NumbersStandBesideTheWordsOfGroupsAndMembersToo) {
+    const Parsed json = Parsed::parse(Json(SnapshotOf("small")));
+    const Parsed& group = json["controllers"][0]["groups"][0];
+    EXPECT_EQ(group["capacity"], "557.861 GB");
+    EXPECT_EQ(group["capacity_bytes"], 598998687678ULL);
+    EXPECT_EQ(group["logical_drives"][0]["capacity_bytes"], 598998687678ULL);
+    EXPECT_EQ(group["members"][0]["capacity"], "558.406 GB");
+    EXPECT_EQ(group["members"][0]["capacity_bytes"], 599583876973ULL);
+}
+
+TEST(Json, NumbersStandBesideTheWordsOfSmartData) {
+    const std::string smart =
+        ParentXml("### SMART Information ###",
+                  {ItemXml("Temperature", "88 F"), ItemXml("Power-On Time", "20411 Hours"),
+                   ItemXml("Wear", "12.5 %"), ItemXml("Version", "1.2.3"),
+                   ParentXml("SMART Detail(SATA)", {ItemXml("Flag", "0032"), ItemXml("Value", "100"),
+                                                    ItemXml("Raw Data", "000000000031"),
+                                                    ItemXml("Read", "486.550"), ItemXml("State", "5/10")})});
+    const std::string text = Json(SnapshotFrom(DriveXml("3", {}, {smart})));
+    EXPECT_EQ(Validate(text), "");
+    const Parsed told = Parsed::parse(text)["controllers"][0]["drives"][0]["smart"];
+    EXPECT_EQ(told["table"]["numbers"].dump(), "[[null,100,31,486.55,null]]");
+    std::vector<std::string> keys;
+    for (const Parsed& key : told["keys"]) {
+        keys.push_back(key["number"].dump() + " " + key["unit"].dump());
+    }
+    EXPECT_THAT(keys, testing::ElementsAre("88 \"F\"", "20411 \"Hours\"", "12.5 \"%\"", "null null"));
+}
+
+TEST(Json, TellsWhichServerItIs) {
+    inventory::Snapshot snapshot = SnapshotOf("small");
+    EXPECT_TRUE(Parsed::parse(Json(snapshot))["host"].is_null());
+    snapshot.host = "storage7\n\"\xFF";
+    EXPECT_EQ(Validate(Json(snapshot)), "");
+    EXPECT_EQ(Parsed::parse(Json(snapshot))["host"], "storage7\n\"\xEF\xBF\xBD");
+}
+
 TEST(Json, LeavesTheItemsOutWhereItIsToBeCompact) {
     const inventory::Snapshot snapshot = SnapshotOf("large");
     Parsed compact = Parsed::parse(Json(snapshot, true));
@@ -163,7 +202,9 @@ TEST(Json, LeavesTheItemsOutWhereItIsToBeCompact) {
 /// What jq answers, as an administrator would ask.
 std::string AskJq(const std::string& question) {
     const TempFolder folder;
-    folder.Write("raid.json", Json(SnapshotOf("large")));
+    inventory::Snapshot snapshot = SnapshotOf("large");
+    snapshot.host = "storage7";
+    folder.Write("raid.json", Json(snapshot));
     const testsupport::Command command{.words = {"-r", question, folder / "raid.json"},
                                        .program = "/usr/bin/jq"};
     const testsupport::Ended ended = command.Run();
@@ -177,6 +218,14 @@ TEST(Json, AnswersWhatAdministratorsAskWithJq) {
     EXPECT_EQ(AskJq("[.controllers[].drives[].capacity_bytes] | add > 1e13"), "true\n");
     EXPECT_EQ(AskJq(".health.findings[] | select(.level == \"CRITICAL\" and .serial != null) | .part"),
               "PD13\n");
+    EXPECT_EQ(AskJq(".controllers[].drives[] | select(.level != \"OK\") | .serial"),
+              "7K04025204C4\n7K1001602C4\nWMX121604\n7K1301605C4\n");
+    EXPECT_EQ(
+        AskJq("[.controllers[].drives[]] | max_by(.temperature_celsius) | .number, .temperature_celsius"),
+        "PD7\n38\n");
+    EXPECT_EQ(AskJq("[.controllers[].drives[].capacity_bytes] | add / 1e12 * 100 | floor / 100"), "20.19\n");
+    EXPECT_EQ(AskJq("[.controllers[].groups[] | .members | map(.capacity_bytes) | add] | length"), "7\n");
+    EXPECT_EQ(AskJq(".host + \": \" + .health.level"), "storage7: CRITICAL\n");
 }
 
 // Each one change to a view that the schema accepts.
@@ -204,6 +253,10 @@ constexpr Damage kDamages[] = {
     {"NoTime", [](Parsed& json) { json.erase("taken_at"); }},
     {"NoSerial", [](Parsed& json) { json["controllers"][0]["drives"][0].erase("serial"); }},
     {"NoItems", [](Parsed& json) { json["items"][0]["items"][0].erase("items"); }},
+    {"NoHost", [](Parsed& json) { json.erase("host"); }},
+    {"EmptyHost", [](Parsed& json) { json["host"] = ""; }},
+    {"WordAsBytes",
+     [](Parsed& json) { json["controllers"][0]["groups"][0]["members"][0]["capacity_bytes"] = "1"; }},
     {"OtherVersion", [](Parsed& json) { json["schema_version"] = 3; }},
     {"OtherLevel", [](Parsed& json) { json["controllers"][0]["groups"][0]["level"] = "GOOD"; }},
     {"EmptyInsteadOfNull", [](Parsed& json) { json["controllers"][0]["drives"][0]["vendor"] = ""; }},

@@ -92,6 +92,67 @@ TEST(TableTest, ColoursNothingUnlessAsked) {
     EXPECT_THAT(Table(SnapshotOf("large"), {80, true}), HasSubstr("\x1b[1;31mOFFLINE"));
 }
 
+TEST(TableTest, OnlyWhatIsWellIsGreen) {
+    const std::string text = Table(SnapshotOf("large"), {0, true});
+    EXPECT_THAT(text, HasSubstr("\x1b[32mONLINE"));
+    EXPECT_THAT(text, HasSubstr("\x1b[36mCOPYBACK"));
+    EXPECT_THAT(text, HasSubstr("Flash Backup Unit \x1b[32mOptimal"));
+    EXPECT_THAT(text, HasSubstr("Flash Backup Unit \x1b[36mLearning"));
+    const std::size_t second = text.find("Controller 1");
+    EXPECT_THAT(text.substr(0, second), HasSubstr("  status OK\n")) << "beside drives that failed";
+    EXPECT_THAT(text.substr(second), HasSubstr("  status \x1b[32mOK"));
+}
+
+TEST(TableTest, TellsWhichServerItIs) {
+    Snapshot snapshot = SnapshotOf("small");
+    EXPECT_EQ(Lines(Table(snapshot, {})).front(),
+              "OK: 1 controller, 1 group, 1 logical drive, 3 drives, all well");
+    snapshot.host = "storage7";
+    EXPECT_EQ(Lines(Table(snapshot, {})).front(),
+              "OK on storage7: 1 controller, 1 group, 1 logical drive, 3 drives, all well");
+    EXPECT_THAT(Table(snapshot, {20, false}), testing::StartsWith("OK on storage7: 1\n  controller, 1\n"));
+    snapshot.host = "\x1b[2J" + std::string(300, 'h');
+    const std::string line = Lines(Table(snapshot, {})).front();
+    EXPECT_THAT(line, testing::StartsWith("OK on \xEF\xBF\xBD[2Jhhh"));
+    EXPECT_THAT(line, HasSubstr("h\xE2\x80\xA6: 1 controller"));
+    EXPECT_LT(basics::WidthOf(line), 140U);
+
+    Snapshot drive(inventory::Document::Read(DocumentOf("small", {"0", "252", "1"})), "0");
+    drive.host = "storage7";
+    EXPECT_EQ(Lines(Table(drive, {})).front(), "OK on storage7: PD1 in enclosure 252 slot 1");
+}
+
+TEST(TableTest, TheSerialNumberOfADriveThatIsNotWellIsSeenOnANarrowTerminalToo) {
+    std::size_t seen = 0;
+    for (const char* const scenario : {"large", "levels/raid6-two-gone", "levels/failed-spare"}) {
+        const Snapshot snapshot = SnapshotOf(scenario);
+        const std::string text = Table(snapshot, {80, false});
+        EXPECT_THAT(text, Not(HasSubstr("  SERIAL NUMBER"))) << "the table has room for it";
+        for (const inventory::Controller& controller : snapshot.TheServer().controllers) {
+            for (const inventory::Drive& drive : controller.drives) {
+                if (drive.health != inventory::Level::Ok && !drive.serial.empty()) {
+                    EXPECT_THAT(text, HasSubstr("number " + drive.serial)) << scenario;
+                    ++seen;
+                }
+            }
+        }
+    }
+    EXPECT_EQ(seen, 7U);
+}
+
+TEST(TableTest, AReportCannotFillTheScreenWithOneText) {
+    const std::string text = Table(
+        SnapshotFrom(ControllerXml() + DriveXml("3", {ItemXml("PD Status(Detail)", std::string(5000, 'd')),
+                                                      ItemXml("PD Status", "ERROR"),
+                                                      ItemXml("Product ID", std::string(5000, 'p'))})),
+        {});
+    EXPECT_THAT(text, HasSubstr("  " + std::string(199, 'd') + "\xE2\x80\xA6  "));
+    EXPECT_THAT(text, HasSubstr("  " + std::string(199, 'p') + "\xE2\x80\xA6"));
+    for (const std::string& line : Lines(text)) {
+        EXPECT_LT(basics::WidthOf(line), 900U);
+    }
+}
+
 TEST(TableTest, APlaceholderNeverLooksLikeAValue) {
     const Snapshot snapshot =
         SnapshotFrom(ControllerXml() +
@@ -160,18 +221,6 @@ TEST(MonitoringLineTest, AReportCannotBeginTheFigures) {
     const std::string line = MonitoringLine(health, false);
     EXPECT_THAT(line, HasSubstr("controller 0, PD/0: x / drives=0 y | controllers=0"));
     EXPECT_EQ(Lines(line).size(), 1U);
-}
-
-TEST(DifferencesTest, AreOneALine) {
-    using Kind = inventory::Change::Kind;
-    EXPECT_EQ(Differences({{Kind::Appeared, "controller 0, RG1", "", "", ""},
-                           {Kind::Vanished, "controller 0", "General Information / Rate", "30 %", ""},
-                           {Kind::Changed, "controller 0", "a\tb", "", "x"}}),
-              "appeared  controller 0, RG1\n"
-              "vanished  controller 0: General Information / Rate: \"30 %\"\n"
-              "changed   controller 0: a b: \"\" -> \"x\"\n"
-              "1 appeared, 1 vanished, 1 changed\n");
-    EXPECT_EQ(Differences({}), "no difference\n");
 }
 
 }  // namespace

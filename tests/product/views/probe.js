@@ -41,10 +41,29 @@
     return { id: slot.id, drive: slot.querySelector("b").textContent, box: [x, y, width, height] };
   });
 
+  const seen = [...document.querySelectorAll("a, summary")].filter((each) => each.checkVisibility());
+  const targets = seen.map((target) => {
+    const { width, height } = target.getBoundingClientRect();
+    return { text: target.textContent, href: target.getAttribute("href"), width, height };
+  });
+
+  const anchors = [...document.querySelectorAll("[id]")].filter((each) => each.checkVisibility()).map((each) => each.id);
+
+  const tables = [...document.querySelectorAll(".scroll")].filter((each) => each.checkVisibility()).map((scroll) => {
+    const { x, y, width, height } = scroll.getBoundingClientRect();
+    const columns = [...scroll.querySelectorAll("thead th")];
+    return {
+      name: scroll.getAttribute("aria-label"),
+      box: [x, y, width, height],
+      goesOn: scroll.scrollWidth > scroll.clientWidth,
+      whole: columns.filter((each) => each.getBoundingClientRect().right <= x + width).map((each) => each.textContent),
+    };
+  });
+
   parent.document.documentElement.setAttribute("data-probe", JSON.stringify({
     width: window.innerWidth,
     contentWidth: document.documentElement.scrollWidth,
     isDark: matchMedia("(prefers-color-scheme: dark)").matches,
-    texts, least, slots,
+    texts, least, slots, targets, anchors, tables,
   }));
 })();

@@ -2,6 +2,8 @@
 
 #include "basics/Descriptor.h"
 
+#include <sys/types.h>
+
 #include <string>
 #include <string_view>
 
@@ -10,8 +12,10 @@ namespace basics {
 /// Where the document goes: standard output or a file.
 ///
 /// A file is replaced as a whole or left as it is: the document is written beside it and takes its name when
-/// it is safe on disk. What is not a regular file (/dev/null, a pipe) is written to directly. The place is
-/// kept open from the start, so that it stays the same place when the view of the file system changes.
+/// it is safe on disk. It gets the owner, group, mode and access control list of the file that it replaces,
+/// as far as the caller may give them (FileAccess.h). What is not a regular file (/dev/null, a pipe) is
+/// written to directly. The place is kept open from the start, so that it stays the same place when the view
+/// of the file system changes.
 ///
 /// Throws Failure(Surroundings) where the document cannot be stored; the constructor does when that can be
 /// known beforehand.
@@ -25,7 +29,8 @@ class DocumentTarget final {
   private:
     DocumentTarget() = default;
     void ReplaceFile(std::string_view document) const;
-    [[nodiscard]] Descriptor MakeTemporary(std::string& name) const;
+    [[nodiscard]] Descriptor OpenReplaced() const;
+    [[nodiscard]] Descriptor MakeTemporary(std::string& name, mode_t mode) const;
 
     std::string m_Shown = "standard output";  ///< for messages
     Descriptor m_Directory;                   ///< of a regular file

@@ -50,9 +50,6 @@ class Inquiry final {
     Module m_Module;
 };
 
-/// Where the module puts result files.
-[[nodiscard]] std::string ResultDirectory();
-
 /// A document as the module or a file gives it, read. Throws Failure(Surroundings) with `source` in it.
 [[nodiscard]] inventory::Document ReadDocument(const std::string& xml, const std::string& source);
 

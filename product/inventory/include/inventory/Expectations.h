@@ -83,7 +83,7 @@ struct Expectations {
 /// One part a line. Ends with a line feed; bytes that are no UTF-8 become U+FFFD.
 [[nodiscard]] std::string Text(const Expectations& expectations);
 
-/// What the server has, is what it ought to have.
+/// What the server has, is what it ought to have; but for parts that nobody could find again.
 [[nodiscard]] std::vector<ExpectedController> ExpectedOf(const Server& server);
 
 /// Such a finding, known until then.

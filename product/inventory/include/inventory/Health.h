@@ -27,6 +27,11 @@ struct Health {
 /// accepted does not count for the server; the part itself is no better for it.
 [[nodiscard]] Health Judge(Server& server, const Criteria& criteria = {});
 
+/// Whether a part is well and something is under way with it that ends by itself: a drive that says COPYBACK,
+/// a backup unit that says Learning or Charging. It needs nobody, and is not yet as it is to be.
+[[nodiscard]] bool IsBusy(const Drive& drive);
+[[nodiscard]] bool IsBusy(const BackupUnit& unit);
+
 /// What there is, in words: "2 controllers, 5 groups, 6 logical drives, 26 drives".
 [[nodiscard]] std::string Describe(const Counts& counts);
 

@@ -16,6 +16,9 @@ struct Measure {
 /// Nothing for a text that is more, or other, than a decimal number and a unit: "000B", "5/10", "N/A", "nan".
 [[nodiscard]] std::optional<Measure> MeasureFrom(std::string_view text);
 
+/// That of a cell in a table of SMART data; nothing in the column "Flag", whose digits are a pattern of bits.
+[[nodiscard]] std::optional<Measure> MeasureFrom(std::string_view text, std::string_view column);
+
 /// A whole number, "12"; nothing for any other text.
 [[nodiscard]] std::optional<std::uint64_t> CountFrom(std::string_view text);
 

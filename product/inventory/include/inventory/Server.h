@@ -50,6 +50,7 @@ struct Member {
     std::string number;  ///< "PD0"
     std::string enclosure, slot, capacity;
     std::size_t drive = kNowhere;  ///< which of its controller's drives it is
+    const Item* item = nullptr;
 };
 
 /// A RAID group: a root "Logical Drive Information".

@@ -50,6 +50,7 @@ class Snapshot final {
     ToolRuns runs;
     /// When the server was asked; nothing where that is not known, of a saved document say.
     std::optional<std::chrono::system_clock::time_point> takenAt = std::chrono::system_clock::now();
+    std::string host;  ///< what the server is called; empty where that is not known
 
   private:
     Document m_Document;

@@ -5,7 +5,6 @@
 
 #include <cstddef>
 #include <string>
-#include <vector>
 
 namespace views {
 
@@ -46,7 +45,17 @@ struct TerminalStyle {
 ///     critical=0 ...
 [[nodiscard]] std::string MonitoringLine(const inventory::Health& health, bool isVerbose);
 
+/// Where one of two documents that were compared comes from.
+struct Source {
+    std::string name;  ///< as it was typed; "-" for standard input
+    bool isScenario = false;
+};
+
 /// The differences, one a line, and what they come to.
-[[nodiscard]] std::string Differences(const std::vector<inventory::Change>& changes);
+[[nodiscard]] std::string Differences(const inventory::Changes& changes);
+
+/// The same as JSON, as docs/diff.schema.json describes it.
+[[nodiscard]] std::string DifferencesJson(const inventory::Changes& changes, const Source& before,
+                                          const Source& after);
 
 }  // namespace views

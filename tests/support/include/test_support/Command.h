@@ -62,10 +62,29 @@ class InstallRoot final {
     [[nodiscard]] std::string Path() const { return m_Folder.Path().string(); }
     [[nodiscard]] std::filesystem::path Cim() const { return m_Folder.Path() / "cim"; }
     [[nodiscard]] std::vector<std::string> ResultFiles() const;
+    [[nodiscard]] bool IsUntouched() const;  ///< the command has put nothing into it
     void SetKey(const std::string& key) const;
 
     /// Puts the module of FakeModule.cpp in place of the built one.
     void UseFakeModule() const;
+
+  private:
+    TempFolder m_Folder;
+};
+
+/// A directory for temporary files, to be named by TMPDIR, with a look at what one command keeps there while
+/// it runs. Everybody may write to it.
+class TemporaryDirectory final {
+  public:
+    TemporaryDirectory() { std::filesystem::permissions(m_Folder.Path(), std::filesystem::perms::all); }
+
+    [[nodiscard]] std::string Path() const { return m_Folder.Path().string(); }
+    [[nodiscard]] std::map<std::string, std::string> Environment() const { return {{"TMPDIR", Path()}}; }
+    [[nodiscard]] std::vector<std::string> Names() const { return m_Folder.Names(); }
+
+    /// Of the command's private folder; "" while there is none.
+    [[nodiscard]] std::string ResultFolder() const;
+    [[nodiscard]] std::vector<std::string> ResultFiles() const;
 
   private:
     TempFolder m_Folder;

@@ -12,8 +12,9 @@ struct TraceLine {
     std::string_view text;  ///< of a message: its id, a blank, its argument
 };
 
-/// Hears every trace line of the process, whatever levels are on for the output. Called on the tracing
-/// thread, from several threads at once, and never in a forked child. Must not trace.
+/// Hears the trace lines of the process at the levels that it was registered for, whatever levels are on for
+/// the output. Called on the tracing thread, from several threads at once, and never in a forked child. Must
+/// not trace.
 class ITraceListener {
   public:
     ITraceListener(const ITraceListener&) = delete;
@@ -51,6 +52,8 @@ class QEL_API CTraceOutput {
     /// changes nothing.
     [[nodiscard]] static bool OpenFile(const std::string& path) noexcept;
 
-    /// Null: no listener. Not owned; must outlive its registration.
-    static void SetListener(ITraceListener* listener) noexcept;
+    /// Null: no listener. Not owned; must outlive its registration. It hears the levels of this sum of bits,
+    /// and with any of them the messages; a line that nobody wants is not even formatted, and there are two
+    /// of level 4 for most lines of a report.
+    static void SetListener(ITraceListener* listener, unsigned levels = ALL_LEVELS) noexcept;
 };

@@ -1,0 +1,1 @@
+sleep 3600   # an hour, unless somebody loses patience

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <nlohmann/json.hpp>
+
+#include <string>
+
+namespace views {
+
+using Value = nlohmann::ordered_json;
+
+/// What was not told is null, so that nobody takes it for an empty text.
+[[nodiscard]] inline Value Told(const std::string& text) {
+    return text.empty() ? Value(nullptr) : Value(text);
+}
+
+/// An array with what `make` makes of each.
+template <typename Parts, typename Make>
+[[nodiscard]] Value Each(const Parts& parts, Make make) {
+    Value array = Value::array();
+    for (const auto& part : parts) {
+        array.push_back(make(part));
+    }
+    return array;
+}
+
+/// The whole text. Bytes that are no UTF-8 become U+FFFD.
+[[nodiscard]] inline std::string TextOf(const Value& value) {
+    constexpr int kIndentation = 2;
+    return value.dump(kIndentation, ' ', false, Value::error_handler_t::replace) + '\n';
+}
+
+}  // namespace views
