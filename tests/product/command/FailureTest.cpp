@@ -130,7 +130,8 @@ TEST(MethodFailure, SeveralReasonsAreToldNewestFirst) {
     ExpectFailure(
         RunFake("reasons", {"get-info"}), 1,
         "get-info failed with return value 0x80000001: the tool's report could not be opened (04), before "
-        "that the tool's report could not be understood (06); see that the folder mngsrvraid.* below TMPDIR is "
+        "that the tool's report could not be understood (06); see that the folder mngsrvraid.* below TMPDIR "
+        "is "
         "left alone");
 }
 
@@ -182,8 +183,8 @@ TEST(StatusFailure, ProviderGivesNoResult) {
 TEST(WrongUse, IsToldInOneLine) {
     const std::string see = "; see mngsrvraid --help";
     const std::string missing =
-        "a subcommand is missing: show, smart, health, expect, get-info, get-pd-info, capture, redact or "
-        "diff";
+        "a subcommand is missing: show, smart, health, expect, get-info, get-pd-info, capture, redact, "
+        "diff, history or events";
     const std::string three = "get-pd-info needs a drive: CTRL ENCL PD, or CTRL ENCL:PD";
     const std::vector<std::pair<std::vector<std::string>, std::string>> cases = {
         {{}, missing},

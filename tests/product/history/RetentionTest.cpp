@@ -240,9 +240,10 @@ TEST_F(OldEvents, AreBounded) {
 
 TEST_F(OldThings, OfStatesAreBounded) {
     const std::string today = std::to_string(SecondsOf(kToday));
-    m_Database.Run("WITH RECURSIVE n(i) AS (SELECT 2 UNION ALL SELECT i + 1 FROM n WHERE i < 201501) "
-                   "INSERT INTO states SELECT i, 1, " +
-                   today + ", 0, '', '', " + today + " FROM n");
+    m_Database.Run(
+        "WITH RECURSIVE n(i) AS (SELECT 2 UNION ALL SELECT i + 1 FROM n WHERE i < 201501) "
+        "INSERT INTO states SELECT i, 1, " +
+        today + ", 0, '', '', " + today + " FROM n");
     Tidy();
     EXPECT_EQ(Rows("states"), kMostStatesKept);
     EXPECT_EQ(m_Database.Integer("SELECT max(id) FROM states"), 201'501);
