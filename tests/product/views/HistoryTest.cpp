@@ -267,11 +267,10 @@ TEST(HistoryPages, AreWellFormedAndWhole) {
               "controller 0, PD3 in enclosure 252 slot 3");
     const std::string drive = HistoryHtml(Drive(), "");
     EXPECT_EQ(testsupport::EvaluateXPath(drive, "count(//*[local-name()='svg'])"), "3");
-    EXPECT_EQ(testsupport::EvaluateXPath(drive, "string(//*[local-name()='svg'][2]/@aria-label)"), "");
     EXPECT_THAT(drive, HasSubstr("aria-label=\"28 to 40\""));
     EXPECT_THAT(drive, HasSubstr("Replace it."));
     EXPECT_THAT(drive, Not(HasSubstr("<script")));
-    EXPECT_THAT(drive, Not(HasSubstr("http://")) << "but for names of vocabularies");
+    EXPECT_THAT(testsupport::MatchesIn(parts + drive, "(src|href)=\"[^#]"), testing::IsEmpty());
 }
 
 /// Parts of paths that lead out of the picture.
