@@ -67,6 +67,27 @@ ALARM = (b'{"level": "CRITICAL", %s, "part_key": "drive/A", "place_key": "slot/0
 EVENT = (b'{"id": "1", "at": "2009-12-01T00:00:00Z", "kind": "began", "level": "CRITICAL", "before": "OK", %s, '
          b'"words": "a", "advice": "b"}' % PART)
 
+HISTORY = [
+    [b"m", b"answered", b"#1933113600"],
+    [b"p", b"#1", b"drive/A", b"#4", b"0", b"", b"PD0", b"252", b"0", b"TF6", b"A"],
+    [b"p", b"#2", b"group/0/RG1", b"#2", b"0", b"RG1", b"", b"", b"", b"", b""],
+    [b"s", b"#1", b"#1", b"#1933000000", b"#0", b"ONLINE", b"controller 0, PD0", b"#1933010000"],
+    [b"s", b"#2", b"#1", b"#1933020000", b"~", b"", b"controller 0, PD0", b"#1933113600"],
+    [b"s", b"#3", b"#2", b"#1933020000", b"#3", b"", b"controller 0, RG1", b"#1933113600"],
+    [b"c", b"#1", b"temperature"],
+    [b"c", b"#2", b"SMART Reallocated, Raw Data"],
+    [b"v", b"#22373", b"#1", b"#1", b"#3600", b"#31"],
+    [b"v", b"#22374", b"#1", b"#1", b"#3600", b".32.5"],
+    [b"v", b"#22330", b"#1", b"#2", b"#3600", b"#5"],
+    [b"d", b"#1", b"#1", b"#22350", b"#28", b"#40", b"#31", b"#3"],
+    [b"d", b"#1", b"#2", b"#22320", b"#5", b"#5", b"#5", b"#20"],
+    [b"e", b"#7", b"1", b"#1933020000", EVENT],
+    [b"o", b"#7", b"mail"],
+    [b"w", b"alarm a", ALARM],
+    [b"x", b"#1", DOCUMENT[:100]],
+    [b"?0 252:0"],
+]
+
 
 def main():
     scenarios, output = map(pathlib.Path, sys.argv[1:])
@@ -96,6 +117,7 @@ def all_inputs(scenarios):
         "configuration": [CONFIGURATION],
         "redaction": captures((flat(controllers) + flat(drives))[::8]),
         "expectations": [SECTION.join([EXPECTATIONS, DOCUMENT])],
+        "history": [SECTION.join(FIELD.join(row) for row in HISTORY)],
         "watch": [SECTION.join([b"alarm a" + FIELD + ALARM, DOCUMENT, b"", EVENT, DOCUMENT])],
     }
 

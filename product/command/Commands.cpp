@@ -33,14 +33,14 @@ using inventory::Criteria;
 using inventory::Level;
 using inventory::Snapshot;
 
-std::string Present(const Snapshot& snapshot, const Options& options) {
+std::string Present(const Snapshot& snapshot, const Options& options, const Surroundings& surroundings) {
     switch (options.format) {
         case Options::Format::Tree:
             return views::Tree(snapshot);
         case Options::Format::Json:
             return views::Json(snapshot, options.isCompact);
         case Options::Format::Html:
-            return views::Html(snapshot);
+            return views::Html(snapshot, surroundings.history ? &*surroundings.history : nullptr);
         case Options::Format::Prometheus:
             return views::Prometheus(snapshot);
         case Options::Format::Xml:  // passed on as it is, before this
@@ -54,7 +54,7 @@ constexpr const char* kFromModule = "what the module returned";
 
 /// A document in the format that is wanted: XML is passed on as it is.
 std::string InFormat(std::string xml, const std::string& source, const inventory::ToolRuns& runs,
-                     const Options& options, const Criteria& criteria) {
+                     const Options& options, const Surroundings& surroundings) {
     if (options.format == Options::Format::Xml) {
         if (options.document) {
             (void)ReadDocument(xml, source);  // Nothing else has seen that it is one.
@@ -65,13 +65,13 @@ std::string InFormat(std::string xml, const std::string& source, const inventory
     // As the module reads it: "x" is 0.
     const std::string controller =
         isDrive ? std::to_string(CStringUtil::TStringToNumber(options.parameters.front().text)) : "";
-    Snapshot snapshot(ReadDocument(xml, source), controller, {}, criteria);
+    Snapshot snapshot(ReadDocument(xml, source), controller, {}, surroundings.criteria);
     snapshot.runs = runs;
     snapshot.host = options.host;
     if (options.document) {
         snapshot.takenAt.reset();
     }
-    return Present(snapshot, options);
+    return Present(snapshot, options, surroundings);
 }
 
 DrivePlace DriveOf(const Options& options) {
@@ -79,11 +79,11 @@ DrivePlace DriveOf(const Options& options) {
 }
 
 /// What the inquiry draws on the terminal is gone when this returns.
-std::string AskOnce(const Options& options, const Criteria& criteria) {
+std::string AskOnce(const Options& options, const Surroundings& surroundings) {
     ServerInquiry inquiry(options);
     std::string xml =
         options.parameters.empty() ? inquiry->AskForServer() : inquiry->AskForDrive(DriveOf(options));
-    return InFormat(std::move(xml), kFromModule, inquiry->Runs(), options, criteria);
+    return InFormat(std::move(xml), kFromModule, inquiry->Runs(), options, surroundings);
 }
 
 /// What is to be printed, and what failed besides.
@@ -157,23 +157,23 @@ inventory::ToolRuns AskForDrives(ServerInquiry& inquiry, std::size_t jobs, Smart
     return inquiry->Runs();
 }
 
-Shown AskWithSmart(const Options& options, const Criteria& criteria) {
+Shown AskWithSmart(const Options& options, const Surroundings& surroundings) {
     ServerInquiry inquiry(options);
     inventory::Document document = ReadDocument(inquiry->AskForServer(), kFromModule);
     SmartAnswers answers(calls::DrivePlaces(inventory::Survey(document)));
     const inventory::ToolRuns runs = AskForDrives(inquiry, options.jobs, answers);
     const std::optional<Failure> failure = answers.TheFailure();
-    Snapshot snapshot(std::move(document), "", std::move(answers).All(), criteria);
+    Snapshot snapshot(std::move(document), "", std::move(answers).All(), surroundings.criteria);
     snapshot.runs = runs;
     snapshot.host = options.host;
-    return {Present(snapshot, options), failure};
+    return {Present(snapshot, options, surroundings), failure};
 }
 
-Shown Show(const Options& options, const Criteria& criteria) {
+Shown Show(const Options& options, const Surroundings& surroundings) {
     if (options.document) {
-        return {InFormat(ReadFile(*options.document), *options.document, {}, options, criteria)};
+        return {InFormat(ReadFile(*options.document), *options.document, {}, options, surroundings)};
     }
-    return options.hasSmart ? AskWithSmart(options, criteria) : Shown{AskOnce(options, criteria)};
+    return options.hasSmart ? AskWithSmart(options, surroundings) : Shown{AskOnce(options, surroundings)};
 }
 
 /// Stores what there is before it tells what is missing.
@@ -199,7 +199,9 @@ int TellHealth(const Options& options, const basics::DocumentTarget& target, con
 
 }  // namespace
 
-int RunCommand(const Options& options, const basics::DocumentTarget& target, const Criteria& criteria) {
+int RunCommand(const Options& options, const basics::DocumentTarget& target,
+               const Surroundings& surroundings) {
+    const Criteria& criteria = surroundings.criteria;
     switch (options.action) {
         case Options::Action::Health:
             return TellHealth(options, target, criteria);
@@ -207,10 +209,10 @@ int RunCommand(const Options& options, const basics::DocumentTarget& target, con
             SaveExpectations(TakeSnapshot(options, criteria), options, criteria, target);
             return 0;
         case Options::Action::Show:
-            Store(Show(options, criteria), target);
+            Store(Show(options, surroundings), target);
             return 0;
         default:
-            target.Store(AskOnce(options, criteria));
+            target.Store(AskOnce(options, surroundings));
             return 0;
     }
 }

@@ -1,5 +1,6 @@
 #include "Options.h"
 
+#include "Recall.h"
 #include "basics/Failure.h"
 #include "basics/HostName.h"
 #include "basics/NearestName.h"
@@ -51,6 +52,8 @@ Examples:
   mngsrvraid --scenario ./my-server show       show what was recorded
   mngsrvraid redact ./my-server                for a capture that was made without --redact
   mngsrvraid diff ./my-server raid.xml         what has changed since then
+  mngsrvraid history 0 252:3 --since 90d       how the drive in that slot got on
+  mngsrvraid events --follow                   what happens, as it happens
   mngsrvraid --scenario small get-pd-info 0 252 0
   mngsrvraid --scenario small --trace-file trace.txt get-info)";
 
@@ -63,6 +66,9 @@ constexpr FormatName kFormats[] = {
     {"table", Options::Format::Table}, {"json", Options::Format::Json},
     {"html", Options::Format::Html},   {"prometheus", Options::Format::Prometheus},
 };
+
+constexpr const char* kHistory = "/var/lib/mngsrvraid/history.db";
+constexpr const char* kUsualSince = "30d";
 
 std::string Quoted(const std::string& text) {
     return '"' + text + '"';
@@ -119,7 +125,7 @@ class Parser final {
                   "scenarios and saved documents");
         AddOption("--format", m_Format, "FORMAT",
                   "Of show, smart, get-info and get-pd-info: xml, tree, table, json,\nhtml or prometheus; "
-                  "of diff: table or json");
+                  "of diff and events: table or json;\nof history: table, json or html");
         m_App.add_flag("--compact", m_Options.isCompact,
                        "Of the format json: without the items of the documents");
         AddShow();
@@ -133,6 +139,8 @@ class Parser final {
         AddCapture();
         AddRedact();
         AddDiff();
+        AddHistory();
+        AddEvents();
     }
     Parser(const Parser&) = delete;
     Parser& operator=(const Parser&) = delete;
@@ -179,12 +187,14 @@ class Parser final {
                                              "  --document FILE  of this saved document, not of the server\n"
                                              "  --smart          with the SMART data of all drives\n"
                                              "  --jobs N         asking for N of them at a time, up to 64\n"
+                                             "  --history FILE   of the format html: with lines of 30 days\n"
                                              "  and with what health is told to judge by",
                                              Options::Action::Show);
         AddOption("--document", m_Options.document, "FILE", "", show);
         AddJudging(show);
         show->add_flag("--smart", m_Options.hasSmart);
         AddOption("--jobs", m_Jobs, "N", "", show);
+        AddOption("--history", m_Options.history, "FILE", "", show);
     }
 
     void AddHealth() {
@@ -270,6 +280,35 @@ class Parser final {
         diff->add_option("NEW", m_Options.after);
     }
 
+    void AddHistory() {
+        CLI::App* const history =
+            AddSubcommand("history",
+                          "[PART]: the parts that mngsrvraidd has seen and their states, or what\n"
+                          "happened to one: a serial number, 0 252:3, RG1, LD4, controller 0\n"
+                          "  --since TIME     30d, 12h, 90m, 2031-04-05, 2031-04-05T06:07:08Z;\n"
+                          "                   30d by default\n"
+                          "  --history FILE   of this file instead of\n"
+                          "                   /var/lib/mngsrvraid/history.db",
+                          Options::Action::History);
+        history->add_option("PART", m_Part);
+        AddRecalling(history);
+    }
+
+    void AddEvents() {
+        CLI::App* const events = AddSubcommand("events",
+                                               "What has happened, in the order in which it did\n"
+                                               "  --since TIME  --history FILE  as for history\n"
+                                               "  --follow         and what happens from now on, as it comes",
+                                               Options::Action::Events);
+        AddRecalling(events);
+        events->add_flag("--follow", m_Options.isFollowing);
+    }
+
+    void AddRecalling(CLI::App* subcommand) {
+        AddOption("--since", m_Since, "TIME", "", subcommand);
+        AddOption("--history", m_Options.history, "FILE", "", subcommand);
+    }
+
     /// What the parser has left over; "--" only ends the options.
     void RejectRest() const {
         const std::vector<std::string> rest = m_App.remaining(true);
@@ -321,6 +360,7 @@ class Parser final {
         RejectEmpty("--document", m_Options.document);
         RejectEmpty("--expect", m_Options.expect);
         RejectEmpty("--save", m_Save);
+        RejectEmpty("--history", m_Options.history);
         ChooseLimits();
         if (m_Options.output == "-") {
             m_Options.output.reset();
@@ -360,6 +400,7 @@ class Parser final {
             case Options::Action::Show:
             case Options::Action::Health:
                 CheckDocument();
+                CheckPageHistory();
                 if (m_Options.limits.mediaErrorGrowth && !m_Options.expect) {
                     Reject("--max-media-error-growth needs to know since when: --expect FILE");
                 }
@@ -378,6 +419,10 @@ class Parser final {
                 break;
             case Options::Action::Diff:
                 CheckSides();
+                break;
+            case Options::Action::History:
+            case Options::Action::Events:
+                ChooseRecalling();
                 break;
             default:
                 break;
@@ -413,6 +458,44 @@ class Parser final {
         }
     }
 
+    void CheckPageHistory() {
+        if (m_Options.history && m_Options.format != Options::Format::Html) {
+            Reject("--history of show goes with --format html alone");
+        }
+        m_Options.since = SinceFrom(kUsualSince, std::chrono::system_clock::now());
+    }
+
+    void ChooseRecalling() {
+        if (m_Options.scenario) {
+            Reject("--scenario is a server to ask, which " + m_Options.subcommand + " leaves alone");
+        }
+        if (m_Options.isFollowing && m_Options.output) {
+            Reject("--follow prints events as they come, which --output does not store");
+        }
+        const std::string since = m_Since.value_or(kUsualSince);
+        m_Options.since = SinceFrom(since, std::chrono::system_clock::now());
+        if (!m_Options.since) {
+            Reject("--since takes a time such as 30d, 12h, 90m, 2031-04-05 or 2031-04-05T06:07:08Z, not " +
+                   Quoted(since));
+        }
+        m_Options.history = m_Options.history.value_or(kHistory);
+        m_Options.part = basics::Joined(m_Part, " ");
+    }
+
+    void ChooseRecallingFormat(std::string_view formats) {
+        const std::string format = m_Format.value_or("table");
+        const auto* const found = std::find_if(std::begin(kFormats), std::end(kFormats),
+                                               [&](const FormatName& each) { return each.name == format; });
+        if (found == std::end(kFormats) || formats.find(format) == std::string_view::npos) {
+            Reject("--format of " + m_Options.subcommand + " takes " + std::string(formats) + ", not " +
+                   Quoted(format));
+        }
+        if (m_Options.isCompact) {
+            Reject("--compact does not go with " + m_Options.subcommand);
+        }
+        m_Options.format = found->format;
+    }
+
     void ChooseDiffFormat() {
         const std::string format = m_Format.value_or("table");
         if (format != "table" && format != "json") {
@@ -436,6 +519,12 @@ class Parser final {
                 break;
             case Options::Action::Diff:
                 ChooseDiffFormat();
+                return;
+            case Options::Action::History:
+                ChooseRecallingFormat("table, json or html");
+                return;
+            case Options::Action::Events:
+                ChooseRecallingFormat("table or json");
                 return;
             default:
                 if (m_Format) {
@@ -527,8 +616,9 @@ class Parser final {
 
     // What is asked in this server's place is another one.
     void ChooseHost() {
-        const bool isThisServer =
-            !m_Options.scenario && !m_Options.document && m_Options.action != Options::Action::Redact;
+        const bool isOther = m_Options.action == Options::Action::Redact ||
+                             (m_Options.history && m_Options.action != Options::Action::Show);
+        const bool isThisServer = !m_Options.scenario && !m_Options.document && !isOther;
         m_Options.host = m_Host.value_or(isThisServer ? basics::HostName() : "");
     }
 
@@ -586,6 +676,8 @@ class Parser final {
     std::optional<std::string> m_Jobs;
     std::optional<std::string> m_Host;
     std::optional<std::string> m_Save;
+    std::optional<std::string> m_Since;
+    std::vector<std::string> m_Part;
     /// In the order of inventory::Limits.
     std::array<std::pair<const char*, std::optional<std::string>>, 4> m_Limits = {
         {{"--max-temperature", {}},

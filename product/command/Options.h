@@ -28,7 +28,9 @@ struct Options {
         GetPDInfo,
         Capture,
         Redact,
-        Diff
+        Diff,
+        History,
+        Events
     };
     enum class Format { Xml, Tree, Table, Json, Html, Prometheus };
 
@@ -61,7 +63,11 @@ struct Options {
     std::vector<std::string> redactWords;  ///< of Capture and Redact: what is replaced besides
     bool hasAll = false;                   ///< of Diff: what always moves as well
     std::string before, after;             ///< of Diff: documents or scenarios
-    std::chrono::seconds timeLimit{0};     ///< for what runs the tool; 0: none
+    std::optional<std::string> history;    ///< of History, Events and Show: the file to read
+    std::optional<std::chrono::system_clock::time_point> since;  ///< with a history, from when on
+    std::string part;                                            ///< of History: as it was typed
+    bool isFollowing = false;                                    ///< of Events: and new ones as they come
+    std::chrono::seconds timeLimit{0};                           ///< for what runs the tool; 0: none
     unsigned traceLevels = 0;
     std::string helpText;
 };

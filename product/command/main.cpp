@@ -5,6 +5,7 @@
 #include "ExitStatus.h"
 #include "Judging.h"
 #include "Options.h"
+#include "Recall.h"
 #include "ServerInquiry.h"
 #include "basics/Descriptor.h"
 #include "basics/DocumentTarget.h"
@@ -173,13 +174,23 @@ int AnswerDiff(const Options& options) {
     return diff.Run(target);
 }
 
+int AnswerFromHistory(const Options& options) {
+    const basics::DocumentTarget target = TargetOf(options);
+    if (options.action == Options::Action::History) {
+        TellHistory(options, target);
+    } else {
+        TellEvents(options, target);
+    }
+    return 0;
+}
+
 int Answer(const Options& options) {
     const std::string folder = AsksTheServer(options) ? StartWorker(options) : "";
     if (!folder.empty()) {
         calls::UsePrivateRoot(folder);
     }
     const basics::DocumentTarget target = TargetOf(options);
-    const inventory::Criteria criteria = CriteriaFor(options);
+    const Surroundings surroundings{CriteriaFor(options), HistoryForPage(options)};
     StartTrace(options);
     const bool isMadeUp = options.scenario && AsksTheServer(options);
     const fs::path scenario =
@@ -200,7 +211,7 @@ int Answer(const Options& options) {
         target.Store(capture::RedactFolder({options.folder, options.redactWords, options.host}));
         return 0;
     }
-    return RunCommand(options, target, criteria);
+    return RunCommand(options, target, surroundings);
 }
 
 std::string VersionText() {
@@ -228,6 +239,9 @@ int Run(const Options& options) {
             return 0;
         case Options::Action::Diff:
             return AnswerDiff(options);
+        case Options::Action::History:
+        case Options::Action::Events:
+            return AnswerFromHistory(options);
         default:
             return Answer(options);
     }

@@ -150,10 +150,20 @@ void Contents::AddSamples(std::int64_t part, std::optional<std::int64_t> counter
     }
 }
 
-std::vector<Series> Contents::SeriesOf(std::int64_t part, TimePoint since) {
+Contents::Readings Contents::AllReadingsOf(std::int64_t part, std::optional<std::int64_t> counter,
+                                           TimePoint since) {
     Readings readings;
-    AddDays(part, std::nullopt, since, readings);
-    AddSamples(part, std::nullopt, since, readings);
+    AddDays(part, counter, since, readings);
+    AddSamples(part, counter, since, readings);
+    for (auto& [id, all] : readings) {  // A clock that was put back has mixed them.
+        std::stable_sort(all.begin(), all.end(),
+                         [](const Reading& one, const Reading& other) { return one.from < other.from; });
+    }
+    return readings;
+}
+
+std::vector<Series> Contents::SeriesOf(std::int64_t part, TimePoint since) {
+    Readings readings = AllReadingsOf(part, std::nullopt, since);
     std::vector<Series> series;
     m_Database.Prepare("SELECT id, name FROM counters ORDER BY name").Each([&](const Row& row) {
         if (const auto found = readings.find(row.Integer(0)); found != readings.end()) {
@@ -167,12 +177,7 @@ std::vector<Series> Contents::SeriesOf(std::int64_t part, TimePoint since) {
 std::vector<Reading> Contents::ReadingsOf(std::int64_t part, const std::string& counter, TimePoint since) {
     const std::optional<std::int64_t> id =
         m_Database.Prepare("SELECT id FROM counters WHERE name = ?").Integer(counter);
-    Readings readings;
-    if (id) {
-        AddDays(part, id, since, readings);
-        AddSamples(part, id, since, readings);
-    }
-    return id ? std::move(readings[*id]) : std::vector<Reading>();
+    return id ? std::move(AllReadingsOf(part, id, since)[*id]) : std::vector<Reading>();
 }
 
 std::vector<NumberedEvent> Contents::EventsSince(TimePoint since) {

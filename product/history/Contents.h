@@ -47,6 +47,8 @@ class Contents final {
   private:
     using Readings = std::unordered_map<std::int64_t, std::vector<Reading>>;  // by the counters' ids
 
+    [[nodiscard]] Readings AllReadingsOf(std::int64_t part, std::optional<std::int64_t> counter,
+                                         TimePoint since);
     void AddDays(std::int64_t part, std::optional<std::int64_t> counter, TimePoint since, Readings& readings);
     void AddSamples(std::int64_t part, std::optional<std::int64_t> counter, TimePoint since,
                     Readings& readings);

@@ -160,7 +160,6 @@ void Ledger::Trim() {
 }
 
 void Ledger::Disown() {
-    nextPart = nextState = nextCounter = 1;
     m_OwnedParts.clear();
     m_OwnedCounters.clear();
     for (auto& [key, part] : m_Parts) {
@@ -177,8 +176,6 @@ void Ledger::Disown() {
 }
 
 void Ledger::Own(const Part& stored, std::int64_t id, std::int64_t stateId) {
-    nextPart = std::max(nextPart, id + 1);
-    nextState = std::max(nextState, stateId + 1);
     KnownPart& part = m_Parts[stored.key];
     m_OwnedParts[id] = &part;
     part.id = id;
@@ -197,7 +194,6 @@ void Ledger::Own(const Part& stored, std::int64_t id, std::int64_t stateId) {
 }
 
 void Ledger::OwnCounter(std::int64_t id, const std::string& name) {
-    nextCounter = std::max(nextCounter, id + 1);
     if (const std::optional<std::uint32_t> number = NumberOf(name)) {
         m_Counters[*number].id = id;
         m_Counters[*number].isStored = true;

@@ -125,7 +125,8 @@ class Reader::Impl final {
         return m_Access.Opened().Prepare("SELECT id FROM parts WHERE key = ?").Integer(key).value_or(0);
     }
 
-    [[nodiscard]] bool IsCurrent() const { return m_Access.IsLive() && m_Identity == IdentityOf(m_Path); }
+    [[nodiscard]] bool IsCurrent() const { return m_Identity == IdentityOf(m_Path); }
+    [[nodiscard]] bool IsLive() const { return m_Access.IsLive(); }
 
   private:
     class Ending final {
@@ -205,6 +206,24 @@ std::vector<Reading> Reader::ReadingsOf(const std::string& key, const std::strin
         [&](Contents& contents) { return contents.ReadingsOf(m_Impl->IdOf(key), counter, since); });
 }
 
+ServerHistory Reader::HistoryOfServer(TimePoint since, TimePoint now) {
+    return m_Impl->Read([&](Contents& contents) {
+        ServerHistory told{since, now, {}, contents.EventsSince(since)};
+        std::vector<std::pair<std::string, std::int64_t>> drives;
+        contents.EachPart([&drives](const Part& part, std::int64_t id, std::int64_t) {
+            if (part.about.kind == PartKind::Drive && part.state.level) {
+                drives.emplace_back(part.key, id);
+            }
+        });
+        for (const auto& [key, id] : drives) {
+            told.drives.emplace(key, DriveLines{contents.ReadingsOf(id, kTemperature, since),
+                                                contents.ReadingsOf(id, kMediaErrors, since),
+                                                contents.ReadingsOf(id, kOtherErrors, since)});
+        }
+        return told;
+    });
+}
+
 std::vector<NumberedEvent> Reader::EventsSince(TimePoint since) {
     return m_Impl->Read([since](Contents& contents) { return contents.EventsSince(since); });
 }
@@ -223,6 +242,10 @@ std::optional<StoredDocument> Reader::Document() {
 
 bool Reader::IsCurrent() const {
     return m_Impl->IsCurrent();
+}
+
+bool Reader::IsLive() const {
+    return m_Impl->IsLive();
 }
 
 }  // namespace history

@@ -107,7 +107,7 @@ void Retention::AddDay(std::int64_t part, std::int64_t counter, std::int64_t day
     m_RunBefore.Each(
         [&](const Row& row) {
             first = row.Integer(0);
-            run = row.Integer(1);
+            run = first < kFirstDay ? 0 : std::clamp<std::int64_t>(row.Integer(1), 0, kLastDay);
             before = {{}, {}, row.Number(2), row.Number(3), row.Number(4)};
         },
         part, counter, day);

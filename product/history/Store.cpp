@@ -47,6 +47,10 @@ Store::Store(Database& database)
 
 void Store::Load(Ledger& ledger) {
     ledger.Disown();
+    ledger.nextPart = NextOf("id", "parts");
+    ledger.nextState = NextOf("id", "states");
+    ledger.nextCounter = NextOf("id", "counters");
+    (void)NextOf("number", "events");
     Contents contents(m_Database);
     contents.EachPart([&ledger](const Part& part, std::int64_t id, std::int64_t stateId) {
         ledger.Own(part, id, stateId);
@@ -57,12 +61,18 @@ void Store::Load(Ledger& ledger) {
     LoadValues(ledger);
     contents.EachDebt(
         [&ledger](const std::string& channel, const watch::Event& event) { ledger.OwnDebt(channel, event); });
-    // Also above the ids of rows that were left out.
-    ledger.nextPart = std::max(ledger.nextPart, m_Database.Integer("SELECT max(id) FROM parts") + 1);
-    ledger.nextState = std::max(ledger.nextState, m_Database.Integer("SELECT max(id) FROM states") + 1);
-    ledger.nextCounter = std::max(ledger.nextCounter, m_Database.Integer("SELECT max(id) FROM counters") + 1);
     ledger.EndOwning();
     ForgetRows();
+}
+
+std::int64_t Store::NextOf(const char* id, const char* table) {
+    constexpr std::int64_t kMost = std::int64_t{1} << 53U;  // Nobody counts so far.
+    const std::int64_t last = m_Database.Integer(std::string("SELECT max(") + id + ") FROM " + table);
+    if (last < 0 || last > kMost) {
+        throw DatabaseError(DatabaseError::Kind::Damaged,
+                            std::string("numbers in ") + table + " make no sense");
+    }
+    return last + 1;
 }
 
 // Every counter that is told has a sample of each day, so that the last two days have all of them.

@@ -60,6 +60,7 @@ class Store final {
     void WriteParts(Ledger& ledger);
     void WriteSample(const Ledger::Sample& sample, std::int64_t counter);
     void WriteState(const Ledger::KnownPart& part, std::int64_t id, const State& state);
+    [[nodiscard]] std::int64_t NextOf(const char* id, const char* table);
     void LoadValues(Ledger& ledger);
     [[nodiscard]] Hashes LoadRows();
 

@@ -10,7 +10,7 @@ namespace views::html {
 namespace {
 
 constexpr std::size_t kMaxWidth = 300;
-constexpr std::string_view kInline[] = {"a", "b", "code", "small", "span", "td", "th", "time"};
+constexpr std::string_view kInline[] = {"a", "b", "code", "path", "small", "span", "svg", "td", "th", "time"};
 
 std::string Shown(std::string_view text) {
     return basics::Shortened(basics::Printable(text), kMaxWidth);

@@ -1,3 +1,5 @@
+#include "HtmlHistory.h"
+#include "HtmlPage.h"
 #include "HtmlParts.h"
 #include "basics/Time.h"
 #include "views/Views.h"
@@ -13,14 +15,6 @@ using inventory::Level;
 
 // Where there are more controllers, those that are well are closed, and of the others the tables.
 constexpr std::size_t kMaxOpenControllers = 4;
-
-// A browser takes a style sheet as it is, whatever would have to be escaped in XML: it stands beside the
-// markup.
-constexpr const char* kBegin = R"html(<!DOCTYPE html>
-<html lang="en" xmlns="http://www.w3.org/1999/xhtml"><head><meta charset="utf-8"/>
-<meta name="viewport" content="width=device-width, initial-scale=1"/>
-<meta name="color-scheme" content="light dark"/>
-)html";
 
 /// A part of a controller that can be closed, with its heading.
 Element AddClosable(std::string_view title, bool isOpen, Element page) {
@@ -80,7 +74,8 @@ bool NeedsAttention(const Controller& controller) {
                        [](const inventory::Group& group) { return group.health != Level::Ok; });
 }
 
-void AddController(const Controller& controller, bool isBrief, const html::Places& places, Element page) {
+void AddController(const Controller& controller, bool isBrief, const html::Places& places,
+                   const html::DriveLinesOfPage& lines, Element page) {
     const Level level = controller.health;
     const bool isOpen = !isBrief || level != Level::Ok;
     Element details = page.Add(
@@ -100,7 +95,7 @@ void AddController(const Controller& controller, bool isBrief, const html::Place
                         AddClosable("Groups", !isBrief || NeedsAttention(controller), details));
     }
     if (!controller.drives.empty()) {
-        html::AddDrives(controller, places, AddClosable("Drives", !isBrief, details));
+        html::AddDrives(controller, places, lines, AddClosable("Drives", !isBrief, details));
     }
     html::AddSmart(controller, details);
 }
@@ -129,9 +124,11 @@ void AddRollUp(const inventory::Snapshot& snapshot, const inventory::Health& hea
     AddTime(snapshot, header.Add("p", {{"class", "note"}}));
 }
 
-void AddBody(const inventory::Snapshot& snapshot, const inventory::Health& health, Element page) {
+void AddBody(const inventory::Snapshot& snapshot, const inventory::Health& health,
+             const history::ServerHistory* history, Element page) {
     const std::vector<Controller>& controllers = snapshot.TheServer().controllers;
     const html::Places places(snapshot.TheServer(), health);
+    const html::DriveLinesOfPage lines(snapshot, history);
     AddRollUp(snapshot, health, page);
     Element main = page.Add("main");
     if (!health.findings.empty()) {
@@ -141,34 +138,20 @@ void AddBody(const inventory::Snapshot& snapshot, const inventory::Health& healt
         main.Add("p", "The server told of no controller and no drive.");
     }
     for (const Controller& controller : controllers) {
-        AddController(controller, controllers.size() > kMaxOpenControllers, places, main);
+        AddController(controller, controllers.size() > kMaxOpenControllers, places, lines, main);
+    }
+    if (history != nullptr) {
+        html::AddEvents(*history, places, main);
     }
 }
 
-/// Takes what the library writes. A stream would keep to itself that there is no memory left.
-struct Writer final : pugi::xml_writer {
-    void write(const void* data, std::size_t size) override {
-        text.append(static_cast<const char*>(data), size);
-    }
-    std::string text;
-};
-
 }  // namespace
 
-std::string Html(const inventory::Snapshot& snapshot) {
-    constexpr unsigned kAsItIs = pugi::format_raw | pugi::format_no_declaration;
+std::string Html(const inventory::Snapshot& snapshot, const history::ServerHistory* history) {
     const inventory::Health& health = snapshot.TheHealth();
-    pugi::xml_document title;
-    pugi::xml_document body;
-    Element(title).Add("title", "RAID " + std::string(NameOf(health.level)) + OfHost(snapshot, " on ") +
-                                    ": " + Headline(health));
-    AddBody(snapshot, health, Element(body).Add("body"));
-    Writer page;
-    page.text = kBegin;
-    title.save(page, "", kAsItIs);
-    page.text.append("<style>").append(html::StyleSheet()).append("</style>\n</head>\n");
-    body.save(page, "", kAsItIs);
-    return page.text + "</html>\n";
+    const std::string title =
+        "RAID " + std::string(NameOf(health.level)) + OfHost(snapshot, " on ") + ": " + Headline(health);
+    return html::PageOf(title, [&](Element body) { AddBody(snapshot, health, history, body); });
 }
 
 }  // namespace views

@@ -65,8 +65,11 @@ void AddEnclosures(const inventory::Controller& controller, const Places& places
 /// A controller's groups with their logical drives, caches and members.
 void AddGroups(const inventory::Controller& controller, const Places& places, Element page);
 
-/// A controller's drives in a table.
-void AddDrives(const inventory::Controller& controller, const Places& places, Element page);
+class DriveLinesOfPage;
+
+/// A controller's drives in a table, with what is remembered of them.
+void AddDrives(const inventory::Controller& controller, const Places& places, const DriveLinesOfPage& lines,
+               Element page);
 
 /// The SMART data of a controller's drives, where there are any.
 void AddSmart(const inventory::Controller& controller, Element page);

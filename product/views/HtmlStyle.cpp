@@ -137,6 +137,8 @@ thead th { color: var(--faint); font-weight: 600; white-space: normal; vertical-
 tbody tr + tr > * { border-top: 1px solid var(--line); }
 tbody th { font-weight: 600; }
 td.state { white-space: normal; min-width: 10rem; }
+.line { width: 7.5rem; height: 1.5rem; vertical-align: middle; }
+.line path { fill: none; stroke: var(--link); stroke-width: 1.5px; stroke-linecap: round; vector-effect: non-scaling-stroke; }
 details details, main > details:not(.controller) { margin: 0.375rem 0; }
 details summary { padding: 0.125rem 0; cursor: pointer; }
 summary h3 { display: inline; }

@@ -1,3 +1,4 @@
+#include "HtmlHistory.h"
 #include "HtmlParts.h"
 #include "basics/Text.h"
 #include "inventory/Smart.h"
@@ -198,11 +199,17 @@ void AddGroups(const Controller& controller, const Places& places, Element page)
     }
 }
 
-void AddDrives(const Controller& controller, const Places& places, Element page) {
+void AddDrives(const Controller& controller, const Places& places, const DriveLinesOfPage& lines,
+               Element page) {
     const std::vector<DriveColumn> columns = ColumnsFor(controller);
-    std::vector<std::string_view> titles = {"Drive", "State"};
+    std::vector<std::string> titles = {"Drive", "State"};
     for (const DriveColumn& column : columns) {
-        titles.push_back(column.title);
+        titles.emplace_back(column.title);
+    }
+    const bool hasLines = lines.HasAny(controller);
+    if (hasLines) {
+        const std::vector<std::string> more = lines.Titles();
+        titles.insert(titles.end(), more.begin(), more.end());
     }
     Element rows = AddTable("Drives of " + NameOf(controller), titles, page);
     for (const Drive& drive : controller.drives) {
@@ -214,6 +221,9 @@ void AddDrives(const Controller& controller, const Places& places, Element page)
         state.Text(places.StateOf(controller, drive));
         for (const DriveColumn& column : columns) {
             AddCell(column.value(drive), row);
+        }
+        if (hasLines) {
+            lines.AddCells(drive, row);
         }
     }
     if (std::any_of(controller.drives.begin(), controller.drives.end(),

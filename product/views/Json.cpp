@@ -5,8 +5,6 @@
 #include "inventory/Smart.h"
 #include "views/Views.h"
 
-#include <cmath>
-
 namespace views {
 namespace {
 
@@ -25,18 +23,8 @@ Value Bytes(const std::string& text) {
     return bytes ? Value(*bytes) : Value(nullptr);
 }
 
-/// A whole number is written as one: 31, not 31.0.
-Value Number(const std::optional<double>& number) {
-    constexpr double kMostExact = 1LL << 53;
-    if (!number) {
-        return nullptr;
-    }
-    const bool isWhole = std::trunc(*number) == *number && std::abs(*number) <= kMostExact;
-    return isWhole ? Value(static_cast<std::int64_t>(*number)) : Value(*number);
-}
-
 Value Number(const std::optional<inventory::Measure>& measure) {
-    return Number(measure ? std::optional(measure->number) : std::nullopt);
+    return NumberValue(measure ? std::optional(measure->number) : std::nullopt);
 }
 
 Value FromFinding(const inventory::Finding& finding) {
@@ -172,7 +160,7 @@ Value FromDrive(const inventory::Drive& drive) {
             {"capacity", Told(drive.capacity)},
             {"capacity_bytes", Bytes(drive.capacity)},
             {"temperature", Told(drive.temperature)},
-            {"temperature_celsius", Number(inventory::CelsiusFrom(drive.temperature))},
+            {"temperature_celsius", NumberValue(inventory::CelsiusFrom(drive.temperature))},
             {"power", Told(drive.power)},
             {"media_errors", Count(drive.mediaErrors)},
             {"media_errors_told", Told(drive.mediaErrors)},

@@ -1,9 +1,9 @@
 # Completion of mngsrvraid for bash.
 
 _mngsrvraid() {
-    local subcommands="show smart health expect get-info get-pd-info capture redact diff"
+    local subcommands="show smart health expect get-info get-pd-info capture redact diff history events"
     local options="--help --version --scenario --install-dir --timeout --trace --trace-file --app-key --output --host --format --compact"
-    local valued="--scenario --install-dir --timeout --trace --trace-file --app-key --output --host --format --document --redact-word --jobs
+    local valued="--scenario --install-dir --timeout --trace --trace-file --app-key --output --host --format --document --redact-word --jobs --since --history
         --expect --save --accept-until --reason --max-temperature --max-media-errors --max-media-error-growth --min-spares"
     local judging="--expect --max-temperature --max-media-errors --max-media-error-growth --min-spares"
     local scenarios="awkward empty half-failed huge large old small well
@@ -43,7 +43,8 @@ _mngsrvraid() {
     case $previous in
         --format)
             local formats="xml tree table json html prometheus"
-            [[ $subcommand == diff ]] && formats="table json"
+            [[ $subcommand == diff || $subcommand == events ]] && formats="table json"
+            [[ $subcommand == history ]] && formats="table json html"
             mapfile -t COMPREPLY < <(compgen -W "$formats" -- "$word")
             return
             ;;
@@ -60,19 +61,21 @@ _mngsrvraid() {
             mapfile -t COMPREPLY < <(compgen -d -- "$word")
             return
             ;;
-        --trace-file | --output | --document | --expect | --save)
+        --trace-file | --output | --document | --expect | --save | --history)
             mapfile -t COMPREPLY < <(compgen -f -- "$word")
             return
             ;;
-        --app-key | --host | --timeout | --jobs | --redact-word | --accept-until | --reason | --max-* | --min-spares) return ;;
+        --app-key | --host | --timeout | --jobs | --redact-word | --since | --accept-until | --reason | --max-* | --min-spares) return ;;
     esac
     case $subcommand in
-        show) options+=" --document --smart --jobs $judging" ;;
+        show) options+=" --document --smart --jobs --history $judging" ;;
         health) options+=" --document --verbose $judging" ;;
         expect) options+=" --save --document --accept-until --reason" ;;
         capture) options+=" --redact --redact-word" ;;
         redact) options+=" --redact-word" ;;
         diff) options+=" --all" ;;
+        history) options+=" --since --history" ;;
+        events) options+=" --since --history --follow" ;;
     esac
     if [[ $word == -* ]]; then
         mapfile -t COMPREPLY < <(compgen -W "$options" -- "$word")

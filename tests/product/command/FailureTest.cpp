@@ -183,8 +183,8 @@ TEST(StatusFailure, ProviderGivesNoResult) {
 TEST(WrongUse, IsToldInOneLine) {
     const std::string see = "; see mngsrvraid --help";
     const std::string missing =
-        "a subcommand is missing: show, smart, health, expect, get-info, get-pd-info, capture, redact or "
-        "diff";
+        "a subcommand is missing: show, smart, health, expect, get-info, get-pd-info, capture, redact, "
+        "diff, history or events";
     const std::string three = "get-pd-info needs a drive: CTRL ENCL PD, or CTRL ENCL:PD";
     const std::vector<std::pair<std::vector<std::string>, std::string>> cases = {
         {{}, missing},

@@ -1,5 +1,6 @@
 // What tells people how to use the command: its help, its manual page and the completions of three shells.
 
+#include "history/Archive.h"
 #include "scenario/ScenarioFolder.h"
 #include "test_support/Command.h"
 #include "test_support/Pattern.h"
@@ -50,17 +51,36 @@ bool Holds(const std::vector<std::string>& words, const std::string& word) {
     return std::find(words.begin(), words.end(), word) != words.end();
 }
 
-/// With a made-up server where the example means the one that it is typed on.
+/// With a made-up server, or what is remembered of one, where the example means the one that it is typed on.
 std::vector<std::string> OnMadeUpServer(std::vector<std::string> words) {
+    if (Holds(words, "history") || Holds(words, "events")) {
+        std::erase(words, "--follow");  // It would not end.
+        words.insert(words.end(), {"--history", "history.db"});
+        return words;
+    }
     if (!Holds(words, "--scenario") && !Holds(words, "--document") && !Holds(words, "diff")) {
         words.insert(words.begin(), {"--scenario", "large"});
     }
     return words;
 }
 
+/// A history with the made-up server's first answer.
+void Remember(const std::string& path) {
+    const std::string xml = RunCommand({"--scenario", "large", "get-info"}).out;
+    const inventory::Snapshot snapshot(inventory::Document::Read(xml));
+    history::Archive archive(path);
+    history::Restored restored;
+    history::Entry entry;
+    entry.at = std::chrono::system_clock::now();
+    entry.snapshot = &snapshot;
+    EXPECT_TRUE(archive.Open(entry.at, restored).IsStored());
+    EXPECT_TRUE(archive.Record(entry).IsStored());
+}
+
 TEST(HelpTest, ItsExamplesWork) {
     const TempFolder folder;
     WriteFile(folder / "old.xml", RunCommand({"--scenario", "large", "get-info"}).out);
+    Remember(folder / "history.db");
     const std::vector<std::vector<std::string>> examples = Examples();
     EXPECT_GE(examples.size(), 10U);
     for (const std::vector<std::string>& words : examples) {
@@ -91,8 +111,8 @@ std::set<std::string> OptionsIn(const std::string& text) {
     return options;
 }
 
-constexpr const char* kSubcommands[] = {"show",        "smart",   "health", "expect", "get-info",
-                                        "get-pd-info", "capture", "redact", "diff"};
+constexpr const char* kSubcommands[] = {"show",    "smart",  "health", "expect",  "get-info", "get-pd-info",
+                                        "capture", "redact", "diff",   "history", "events"};
 
 TEST(ManualTest, HasEveryOptionAndSubcommand) {
     const std::string manual = ReadFile(COMMAND_TEST_SOURCES "/product/command/mngsrvraid.1");
@@ -167,7 +187,8 @@ std::string OfferedByBash(const std::string& words) {
 
 TEST(BashCompletion, OffersWhatMayStandThere) {
     EXPECT_EQ(OfferedByBash("s"), "show smart\n");
-    EXPECT_EQ(OfferedByBash("''"), "show smart health expect get-info get-pd-info capture redact diff\n");
+    EXPECT_EQ(OfferedByBash("''"),
+              "show smart health expect get-info get-pd-info capture redact diff history events\n");
     EXPECT_EQ(OfferedByBash("show --format j"), "json\n");
     EXPECT_EQ(OfferedByBash("show --s"), "--scenario --smart\n");
     EXPECT_EQ(OfferedByBash("show --j"), "--jobs\n");

@@ -4,6 +4,7 @@
 #include "watch/Event.h"
 
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -60,6 +61,18 @@ struct PartHistory {
     std::optional<TimePoint> answered = {};
     std::vector<State> states = {};  ///< those that stood then or later, the oldest first
     std::vector<Series> series = {};
+    std::vector<NumberedEvent> events = {};
+};
+
+/// A drive's counters that say how it is getting on.
+struct DriveLines {
+    std::vector<Reading> temperature, mediaErrors, otherErrors;
+};
+
+/// What happened to a server in a time.
+struct ServerHistory {
+    TimePoint since, until;
+    std::map<std::string, DriveLines> drives = {};  ///< by their keys
     std::vector<NumberedEvent> events = {};
 };
 

@@ -34,6 +34,9 @@ class Reader final {
     [[nodiscard]] std::vector<Reading> ReadingsOf(const std::string& key, const std::string& counter,
                                                   TimePoint since);
 
+    /// All drives that are there, and all events, up to now.
+    [[nodiscard]] ServerHistory HistoryOfServer(TimePoint since, TimePoint now);
+
     /// In the order in which they happened, whatever the clock said.
     [[nodiscard]] std::vector<NumberedEvent> EventsSince(TimePoint since);
     /// Those behind the one of that number.
@@ -45,6 +48,9 @@ class Reader final {
 
     /// Whether the file is still the one that is read: it may have been set aside, or removed.
     [[nodiscard]] bool IsCurrent() const;
+
+    /// Whether this shows what is stored from now on; where only a copy could be read it does not.
+    [[nodiscard]] bool IsLive() const;
 
   private:
     class Impl;

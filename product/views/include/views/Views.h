@@ -1,5 +1,6 @@
 #pragma once
 
+#include "history/History.h"
 #include "inventory/Changes.h"
 #include "inventory/Snapshot.h"
 
@@ -32,8 +33,10 @@ struct TerminalStyle {
 /// of the documents.
 [[nodiscard]] std::string Json(const inventory::Snapshot& snapshot, bool isCompact = false);
 
-/// One page that needs nothing from elsewhere.
-[[nodiscard]] std::string Html(const inventory::Snapshot& snapshot);
+/// One page that needs nothing from elsewhere. With a history it shows a line of each drive's past, and what
+/// happened.
+[[nodiscard]] std::string Html(const inventory::Snapshot& snapshot,
+                               const history::ServerHistory* history = nullptr);
 
 /// Series for the node exporter's textfile collector.
 [[nodiscard]] std::string Prometheus(const inventory::Snapshot& snapshot);

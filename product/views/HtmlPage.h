@@ -1,0 +1,13 @@
+#pragma once
+
+#include "Element.h"
+
+#include <functional>
+#include <string>
+
+namespace views::html {
+
+/// A page that needs nothing from elsewhere, with what `fill` puts into its body.
+[[nodiscard]] std::string PageOf(const std::string& title, const std::function<void(Element body)>& fill);
+
+}  // namespace views::html
