@@ -110,8 +110,10 @@ Element Builder::Parse(std::string_view text) {
     if (!m_Parser) {
         throw std::bad_alloc();
     }
-    xmlCtxtUseOptions(m_Parser.get(),
-                      XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_IGNORE_ENC);
+    // Without a document type there are no entities but the five. Left to themselves, attributes would hold
+    // "&#38;" for the "&" of one.
+    xmlCtxtUseOptions(m_Parser.get(), XML_PARSE_NONET | XML_PARSE_NOENT | XML_PARSE_NOERROR |
+                                          XML_PARSE_NOWARNING | XML_PARSE_IGNORE_ENC);
     const int result = xmlParseChunk(m_Parser.get(), text.data(), static_cast<int>(text.size()), 1);
     if (m_Thrown) {
         std::rethrow_exception(m_Thrown);

@@ -13,7 +13,7 @@ namespace wbem {
 namespace {
 
 struct Repository {
-    explicit Repository(std::vector<WbemMethod> methods, std::vector<WbemProperty> properties = {}) {
+    Repository(std::vector<WbemProperty> properties, std::vector<WbemMethod> methods) {
         made->DeclareClass({kRaidClass, std::move(properties), std::move(methods)});
     }
     ~Repository() { made->Release(); }
@@ -46,9 +46,9 @@ TEST(Classes, AreThoseOfTheRepository) {
 
 TEST(Classes, HaveTheTypesAndTheOrderOfTheDeclaration) {
     const Repository repository(
+        {{"Property", WbemType::Boolean}},
         {{"GetInfo", {{"Z", WbemType::Uint32}, {"Both", WbemType::Sint32}}, {{"Both", WbemType::Sint32}}},
-         {"GetPDInfo", {}, {{"B", WbemType::Boolean}, {"A", WbemType::String}}}},
-        {{"Property", WbemType::Boolean}});
+         {"GetPDInfo", {}, {{"B", WbemType::Boolean}, {"A", WbemType::String}}}});
     const Classes classes(*repository.made);
     const Class& raid = classes.All().front();
     EXPECT_EQ(Describe(raid.methods[0]), "GetInfo in uint32 Z in out sint32 Both");
@@ -58,7 +58,7 @@ TEST(Classes, HaveTheTypesAndTheOrderOfTheDeclaration) {
 }
 
 TEST(Classes, AreNotMadeWithoutTheMethods) {
-    const Repository repository({{"GetInfo", {}, {}}});
+    const Repository repository({}, {{"GetInfo", {}, {}}});
     EXPECT_THROW(Classes classes(*repository.made), std::runtime_error);
     repository.made->RemoveClass(kRaidClass);
     EXPECT_THROW(Classes classes(*repository.made), std::runtime_error);

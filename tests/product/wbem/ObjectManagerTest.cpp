@@ -5,8 +5,6 @@
 namespace wbem::test {
 namespace {
 
-constexpr const char* kRaid = "ZORBALT_MngSrvRaid";
-
 http::Response Asked(const std::string& method, const std::string& path = ObjectManager::kPath) {
     http::Request request = Question().Request();
     request.method = method;
@@ -126,7 +124,7 @@ TEST(AnOutcome, IsAnErrorWhereTheModuleDidNotAnswer) {
 }
 
 TEST(AnOutcome, OfNoCallIsAnErrorToo) {
-    EXPECT_EQ(ErrorOf(ObjectManager().AnswerOf({.method = "A", .messageId = "4711", .calledAs = "A"},
+    EXPECT_EQ(ErrorOf(ObjectManager().AnswerOf({"", "A", {}, "4711", "A"},
                                                {.returnValue = 0U})),
               "17: there is no such method");
 }

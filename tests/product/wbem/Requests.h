@@ -9,6 +9,9 @@
 
 namespace wbem::test {
 
+inline constexpr const char* kRaid = "ZORBALT_MngSrvRaid";
+inline constexpr const char* kHealth = "ZORBALT_MngSrvRaidHealth";
+
 /// What a test asks, as a client writes it.
 struct Question {
     std::string method = "EnumerateClassNames";
