@@ -39,7 +39,7 @@ std::string Hashed(const std::string& password, const std::string& setting) {
     const char* const hash =
         ::crypt_rn(password.c_str(), setting.c_str(), data.get(), static_cast<int>(sizeof(crypt_data)));
     const std::string text = hash == nullptr ? "" : hash;
-    ::explicit_bzero(data.get(), sizeof(crypt_data));
+    gnutls_memset(data.get(), 0, sizeof(crypt_data));  // Not to be left out, as that of the language is.
     return text;
 }
 
@@ -228,7 +228,7 @@ std::chrono::seconds Patience::WaitOf(const std::string& address, Clock::time_po
 void Patience::Failed(const std::string& address, Clock::time_point now) {
     constexpr unsigned kFree = 2;
     constexpr unsigned kMostDoublings = 8;
-    constexpr std::chrono::hours kForget{1};
+    static constexpr std::chrono::hours kForget{1};
     if (m_Failures.size() >= kMostAddresses) {
         std::erase_if(m_Failures, [now](const auto& each) { return now - each.second.last >= kForget; });
     }

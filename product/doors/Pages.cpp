@@ -1,6 +1,7 @@
 #include "Pages.h"
 
 #include "basics/Time.h"
+#include "http/Status.h"
 #include "views/Views.h"
 
 #include <gnutls/crypto.h>
@@ -13,8 +14,6 @@
 namespace doors {
 namespace {
 
-constexpr int kOk = 200;
-constexpr int kUnavailable = 503;
 constexpr const char* kLivePath = "/live.js";
 
 // The page is fetched anew when the server sends word; what is open stays open, and nothing moves under the
@@ -96,13 +95,9 @@ views::Watching WatchingOf(const board::Board& board) {
     return watching;
 }
 
-http::Response Plain(int status, std::string text) {
-    return http::MakeResponse(status, "text/plain; charset=utf-8", std::move(text));
-}
-
 http::Response Html(std::string page) {
     const std::string policy = PolicyFor(page);
-    http::Response response = http::MakeResponse(kOk, "text/html; charset=utf-8", std::move(page));
+    http::Response response = http::MakeResponse(http::kOk, "text/html; charset=utf-8", std::move(page));
     response.headers.emplace_back("Content-Security-Policy", policy);
     return response;
 }
@@ -122,40 +117,42 @@ http::Response Pages::Make(const std::string& path) const {
     if (!m_Board || !m_Board->snapshot) {
         const std::string why =
             m_Board && m_Board->inquiry ? ": " + m_Board->inquiry->failure : " yet; it is being asked";
-        return Plain(kUnavailable, "The server has not answered" + why + ".\n");
+        return http::MakeWords(http::kServiceUnavailable, "The server has not answered" + why + ".");
     }
     const inventory::Snapshot& snapshot = *m_Board->snapshot;
     const views::Watching watching = WatchingOf(*m_Board);
     if (path == "/metrics") {
-        return http::MakeResponse(kOk, "text/plain; version=0.0.4; charset=utf-8",
+        return http::MakeResponse(http::kOk, "text/plain; version=0.0.4; charset=utf-8",
                                   views::Prometheus(snapshot, &watching));
     }
     if (path == "/raid.json") {
-        return http::MakeResponse(kOk, "application/json", views::Json(snapshot));
+        return http::MakeResponse(http::kOk, "application/json", views::Json(snapshot));
     }
     if (path == "/raid.xml") {
-        return {kOk, {{"Content-Type", "application/xml; charset=utf-8"}}, m_Board->document};
+        return {http::kOk, {{"Content-Type", "application/xml; charset=utf-8"}}, m_Board->document};
     }
     return Html(views::Html(snapshot, nullptr, &watching));
 }
 
 const http::Response& LiveScript() {
-    static const http::Response script = http::MakeResponse(kOk, "text/javascript; charset=utf-8", kScript);
+    static const http::Response script =
+        http::MakeResponse(http::kOk, "text/javascript; charset=utf-8", kScript);
     return script;
 }
 
 http::Response HealthOf(const board::Board* board, std::chrono::seconds interval, board::TimePoint now) {
     constexpr int kIntervals = 3;
     if (board == nullptr || !board->inquiry) {
-        return Plain(kUnavailable, "the server has not been asked yet\n");
+        return http::MakeWords(http::kServiceUnavailable, "the server has not been asked yet");
     }
     if (!board->inquiry->failure.empty()) {
-        return Plain(kUnavailable, "the server could not be asked\n");
+        return http::MakeWords(http::kServiceUnavailable, "the server could not be asked");
     }
     if (now - board->inquiry->at > kIntervals * interval) {
-        return Plain(kUnavailable, "the last inquiry was at " + basics::UtcText(board->inquiry->at) + "\n");
+        return http::MakeWords(http::kServiceUnavailable,
+                               "the last inquiry was at " + basics::UtcText(board->inquiry->at));
     }
-    return Plain(kOk, "ok\n");
+    return http::MakeWords(http::kOk, "ok");
 }
 
 void Secure(http::Response& response) {

@@ -1,6 +1,7 @@
 #include "Routes.h"
 
 #include "basics/Text.h"
+#include "http/Status.h"
 
 #include <gnutls/gnutls.h>
 
@@ -12,22 +13,11 @@ namespace doors {
 namespace {
 
 using http::MakeResponse;
+using http::MakeWords;
 using http::Request;
 
-constexpr int kOk = 200;
-constexpr int kSeeOther = 303;
-constexpr int kUnauthorized = 401;
-constexpr int kForbidden = 403;
-constexpr int kNotFound = 404;
-constexpr int kNotAllowed = 405;
-constexpr int kTooManyRequests = 429;
-constexpr int kUnavailable = 503;
 constexpr const char* kLive = "/live";
 constexpr const char* kRefresh = "/refresh";
-
-http::Response Plain(int status, const std::string& text) {
-    return MakeResponse(status, "text/plain; charset=utf-8", text + "\n");
-}
 
 bool IsBelow(const std::string& path, std::string_view prefix) {
     return path.compare(0, prefix.size(), prefix) == 0 &&
@@ -100,7 +90,7 @@ board::Call CallOf(const wbem::MethodCall& asked) {
             *number = NumberIn(argument.value);
         }
     }
-    call.appKey = asked.appKey;
+    // KEY
     return call;
 }
 
@@ -180,8 +170,9 @@ bool Routes::MayGoOn(Exchange& exchange) {
     if (wait.count() == 0) {
         return true;
     }
-    http::Response response = Plain(kTooManyRequests, "Too many attempts have failed; try again in " +
-                                                          std::to_string(wait.count()) + " s.");
+    http::Response response =
+        MakeWords(http::kTooManyRequests,
+                  "Too many attempts have failed; try again in " + std::to_string(wait.count()) + " s.");
     response.headers.emplace_back("Retry-After", std::to_string(wait.count()));
     Send(exchange, std::move(response));
     return false;
@@ -207,7 +198,7 @@ void Routes::CheckPassword(const std::shared_ptr<Exchange>& exchange, const std:
             }
         });
     if (!isTaken) {
-        Send(*exchange, Plain(kUnavailable, "Too many passwords are being checked."));
+        Send(*exchange, MakeWords(http::kServiceUnavailable, "Too many passwords are being checked."));
     }
 }
 
@@ -220,7 +211,7 @@ void Routes::Refuse(Exchange& exchange) {
     const Request& request = exchange.Request();
     http::Response response = IsBelow(request.path, redfish::kPrefix)
                                   ? redfish::Unauthorized(request)
-                                  : Plain(kUnauthorized, "An account is needed.");
+                                  : MakeWords(http::kUnauthorized, "An account is needed.");
     if (http::Find(response.headers, "WWW-Authenticate") == nullptr) {
         response.headers.emplace_back("WWW-Authenticate", "Basic realm=\"RAID\", charset=\"UTF-8\"");
     }
@@ -242,7 +233,7 @@ void Routes::Answer(const std::shared_ptr<Exchange>& exchange) {
 
 void Routes::AnswerRedfish(const std::shared_ptr<Exchange>& exchange) {
     if (!m_Redfish) {
-        Send(*exchange, Plain(kUnavailable, "The service begins."));
+        Send(*exchange, MakeWords(http::kServiceUnavailable, "The service begins."));
         return;
     }
     if (!IsNewSession(exchange->Request())) {
@@ -261,17 +252,17 @@ void Routes::AnswerRedfish(const std::shared_ptr<Exchange>& exchange) {
     const bool isTaken = m_Parts.backroom.Do(
         [service = m_Redfish, response, exchange] { *response = service->Answer(exchange->Request()); },
         [this, response, exchange] {
-            if (response->status == kUnauthorized) {
+            if (response->status == http::kUnauthorized) {
                 m_Patience.Failed(exchange->Who().address, Patience::Clock::now());
                 Note(*exchange, "no session: wrong password or no such account");
-            } else if (response->status < kSeeOther) {
+            } else if (response->status < http::kSeeOther) {
                 m_Patience.Succeeded(exchange->Who().address);
                 Note(*exchange, "a session begins");
             }
             Send(*exchange, std::move(*response));
         });
     if (!isTaken) {
-        Send(*exchange, Plain(kUnavailable, "Too many passwords are being checked."));
+        Send(*exchange, MakeWords(http::kServiceUnavailable, "Too many passwords are being checked."));
     }
 }
 
@@ -299,42 +290,43 @@ void Routes::AnswerPage(const std::shared_ptr<Exchange>& exchange) {
     const bool isLive = request.path == kLive;
     const http::Response* const found = m_Pages ? m_Pages->Find(request.path) : nullptr;
     if (found == nullptr && !isLive) {
-        Send(*exchange, Plain(kNotFound, "There is nothing of that name here."));
+        Send(*exchange, MakeWords(http::kNotFound, "There is nothing of that name here."));
     } else if (!IsReading(request)) {
-        http::Response response = Plain(kNotAllowed, "This can only be read.");
+        http::Response response = MakeWords(http::kMethodNotAllowed, "This can only be read.");
         response.headers.emplace_back("Allow", "GET, HEAD");
         Send(*exchange, std::move(response));
     } else if (isLive && request.method == "GET") {
-        http::Response response = MakeResponse(kOk, "text/event-stream", "retry: 2000\n\n");
+        http::Response response = MakeResponse(http::kOk, "text/event-stream", "retry: 2000\n\n");
         response.isStream = true;
         m_Streams.emplace_back(exchange, Stream::Live);
         Send(*exchange, std::move(response));
     } else if (isLive) {
-        Send(*exchange, MakeResponse(kOk, "text/event-stream", ""));
+        Send(*exchange, MakeResponse(http::kOk, "text/event-stream", ""));
     } else {
-        Send(*exchange,
-             found->status == kOk ? http::WithEtag(request, *found, http::EtagOf(found->Text())) : *found);
+        Send(*exchange, found->status == http::kOk
+                            ? http::WithEtag(request, *found, http::EtagOf(found->Text()))
+                            : *found);
     }
 }
 
 // The answer comes when the server has been asked.
 void Routes::AnswerRefresh(const std::shared_ptr<Exchange>& exchange) {
     if (exchange->Request().method != "POST") {
-        http::Response response = Plain(kNotAllowed, "A refresh is a POST.");
+        http::Response response = MakeWords(http::kMethodNotAllowed, "A refresh is a POST.");
         response.headers.emplace_back("Allow", "POST");
         Send(*exchange, std::move(response));
         return;
     }
     if (IsFromElsewhere(exchange->Request())) {
-        Send(*exchange, Plain(kForbidden, "A page of another server may not ask for that."));
+        Send(*exchange, MakeWords(http::kForbidden, "A page of another server may not ask for that."));
         return;
     }
     m_Parts.calls.Make({.what = board::Call::What::Refresh}, [exchange](const board::Outcome& outcome) {
         if (!outcome.failure.empty()) {
-            Send(*exchange, Plain(kUnavailable, outcome.failure));
+            Send(*exchange, MakeWords(http::kServiceUnavailable, outcome.failure));
             return;
         }
-        http::Response response = Plain(kSeeOther, "The server has been asked.");
+        http::Response response = MakeWords(http::kSeeOther, "The server has been asked.");
         response.headers.emplace_back("Location", "/");
         Send(*exchange, std::move(response));
     });

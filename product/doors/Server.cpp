@@ -1,6 +1,7 @@
 #include "Server.h"
 
 #include "basics/Failure.h"
+#include "http/Status.h"
 #include "http/Target.h"
 
 #include <arpa/inet.h>
@@ -19,8 +20,6 @@ namespace {
 
 using std::chrono::steady_clock;
 
-constexpr int kBadRequest = 400;
-constexpr int kTooLarge = 413;
 constexpr std::chrono::seconds kSweep{5};
 constexpr std::chrono::minutes kLongestAnswer{10};
 // TLS 1.2 and newer, and of 1.2 what keeps what was said secret when a key is lost later.
@@ -270,7 +269,7 @@ void Server::Listen(basics::Descriptor socket, const std::optional<Encryption>& 
     }
     options.push_back({MHD_OPTION_END, 0, nullptr});
     unsigned flags = MHD_USE_EPOLL | MHD_ALLOW_SUSPEND_RESUME;
-    flags |= encryption ? MHD_USE_TLS : MHD_NO_FLAG;
+    flags |= encryption ? unsigned(MHD_USE_TLS) : 0U;
     listener->daemon = MHD_start_daemon(
         flags, 0, nullptr, nullptr, &Callbacks::Access, listener.get(), MHD_OPTION_LISTEN_SOCKET,
         socket.Number(), MHD_OPTION_NOTIFY_CONNECTION, &Callbacks::Connection, listener.get(),
@@ -346,11 +345,11 @@ bool Server::Begin(MHD_Connection* connection, const char* method, Exchange& exc
     std::optional<http::Target> target =
         http::TargetFrom(record == nullptr ? std::string() : std::exchange(record->target, {}));
     if (!target || IsAmbiguous(request)) {
-        return Refuse(exchange, kBadRequest);
+        return Refuse(exchange, http::kBadRequest);
     }
     request.path = std::move(target->path);
     request.query = std::move(target->query);
-    return LengthOf(request) <= m_Limits.body || Refuse(exchange, kTooLarge);
+    return LengthOf(request) <= m_Limits.body || Refuse(exchange, http::kContentTooLarge);
 }
 
 bool Server::Continue(MHD_Connection* connection, const char* body, std::size_t* size, Exchange& exchange) {
@@ -379,9 +378,9 @@ bool Server::Continue(MHD_Connection* connection, const char* body, std::size_t*
 
 bool Server::Refuse(Exchange& exchange, int status) {
     exchange.m_IsHandled = true;
-    exchange.m_Response = http::MakeResponse(
-        status, "text/plain; charset=utf-8",
-        status == kTooLarge ? "The request is too large.\n" : "The request cannot be understood.\n");
+    exchange.m_Response =
+        http::MakeWords(status, status == http::kContentTooLarge ? "The request is too large."
+                                                                 : "The request cannot be understood.");
     exchange.m_Response->headers.emplace_back("Connection", "close");
     return Queue(exchange);
 }

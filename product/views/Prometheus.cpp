@@ -109,12 +109,12 @@ class Series final {
     [[nodiscard]] std::string Text() const { return m_Exposition.Text(); }
 
   private:
-    void AddRollUp(const inventory::Snapshot& snapshot, Level level) {
+    void AddRollUp(const inventory::Snapshot& snapshot, Level worst) {
         const inventory::Health& health = snapshot.TheHealth();
         if (health.counts.controllers == 0 && health.counts.drives > 0) {
             return;  // What is known of a drive is no news of its server.
         }
-        m_Exposition.Add(kHealth, {}, PlugInStatusOf(level));
+        m_Exposition.Add(kHealth, {}, PlugInStatusOf(worst));
         if (snapshot.takenAt) {
             m_Exposition.Add(kLastSuccess, {},
                              static_cast<double>(std::chrono::system_clock::to_time_t(*snapshot.takenAt)));
