@@ -136,7 +136,8 @@ void Routes::Handle(const std::shared_ptr<Exchange>& exchange) {
 
 void Routes::Identify(const std::shared_ptr<Exchange>& exchange) {
     Request& request = exchange->Request();
-    if (!m_Parts.accounts.AreNeeded()) {
+    const bool isOfThisMachine = exchange->Who().address.empty();  // The socket's file says who may come.
+    if (!m_Parts.accounts.AreNeeded() || isOfThisMachine) {
         Answer(exchange);
         return;
     }

@@ -1,0 +1,228 @@
+// The doors as people find them: the service as a process, on made-up servers, and the clients that they use.
+
+#include "Client.h"
+#include "basics/Processes.h"
+#include "test_support/Command.h"
+#include "test_support/Pattern.h"
+#include "test_support/Processes.h"
+#include "test_support/Waiting.h"
+
+#include <gmock/gmock.h>
+#include <signal.h>
+
+#include <filesystem>
+
+namespace doors::test {
+namespace {
+
+using namespace testsupport;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using testing::StartsWith;
+
+Ended RunProgram(const std::string& program, std::vector<std::string> words) {
+    return Command{.words = std::move(words), .program = program}.Run();
+}
+
+class Doors : public testing::Test {
+  protected:
+    void Start(const std::string& scenario, const std::string& more = "") {
+        m_Folder.Write("service.toml", "interval = \"1d\"\nsmart_interval = \"0\"\nlisten = [\"unix:" +
+                                           Socket() + "\"" + m_Listen + "]\n" + more);
+        m_Service = Command{.words = {"--config", m_Folder / "service.toml", "--scenario", scenario,
+                                      "--history", m_Folder / "history.db"},
+                            .program = DOORS_TEST_SERVICE}
+                        .Start();
+        ASSERT_TRUE(ComesTrue([&] { return StatusOf(Get("/healthz")) == 200; }));
+    }
+    ~Doors() override {
+        if (m_Service) {
+            ::kill(m_Service->Process(), SIGTERM);
+            m_Said = m_Service->Wait().err;
+        }
+        EXPECT_FALSE(m_Said.find("signal 31") != std::string::npos) << m_Said;
+    }
+    [[nodiscard]] std::string Socket() const { return m_Folder / "socket"; }
+    [[nodiscard]] std::string Get(const std::string& path, const std::string& headers = "") const {
+        Client client(Socket());
+        return client.IsConnected() ? client.Get(path, headers) : "";
+    }
+    [[nodiscard]] pid_t ProcessOfDoors() const {
+        for (const pid_t child : basics::ChildrenOf(m_Service->Process())) {
+            if (ReadFile("/proc/" + std::to_string(child) + "/cmdline").find("mngsrvraid-doors") !=
+                std::string::npos) {
+                return child;
+            }
+        }
+        return -1;
+    }
+
+    TempFolder m_Folder;
+    std::string m_Listen;  ///< further addresses
+    std::unique_ptr<Running> m_Service;
+    std::string m_Said;
+};
+
+TEST_F(Doors, ShowWhatTheCommandPrints) {
+    Start("small");
+    EXPECT_EQ(BodyOf(Get("/raid.xml")), RunCommand({"--scenario", "small", "get-info"}).out);
+    const std::string page = Get("/");
+    EXPECT_THAT(page, HasSubstr("Content-Type: text/html; charset=utf-8"));
+    EXPECT_THAT(page, HasSubstr("<script src=\"/live.js\" defer=\"defer\">"));
+    EXPECT_THAT(BodyOf(Get("/metrics")), HasSubstr("\nraid_last_inquiry_success 1\n"));
+    EXPECT_THAT(BodyOf(Get("/raid.json")), HasSubstr("\"schema_version\""));
+    EXPECT_THAT(BodyOf(Get("/redfish/v1/Systems/1/Storage")), HasSubstr("\"Members@odata.count\""));
+    EXPECT_EQ(StatusOf(Get("/nothing")), 404);
+    Client client(Socket());
+    const std::string refused = client.Post("/raid.json", "x");
+    EXPECT_EQ(StatusOf(refused), 405);
+    EXPECT_THAT(refused, HasSubstr("Allow: GET, HEAD"));
+}
+
+TEST_F(Doors, SpareWhoeverKnowsItTheBody) {
+    Start("small");
+    const std::string first = Get("/raid.json");
+    const std::string etag = MatchesIn(first, "ETag: (\"[0-9a-f]+\")").at(0).at(1);
+    EXPECT_EQ(StatusOf(Get("/raid.json", "If-None-Match: " + etag + "\r\n")), 304);
+    EXPECT_EQ(StatusOf(Get("/raid.json", "If-None-Match: \"x\"\r\n")), 200);
+}
+
+// A browser takes from the page what the policy names, and nothing else.
+TEST_F(Doors, PageKeepsToItsPolicy) {
+    Start("small");
+    const std::string page = Get("/");
+    EXPECT_THAT(
+        page, HasSubstr("Content-Security-Policy: default-src 'none'; script-src 'self'; connect-src 'self'; "
+                        "style-src 'sha256-"));
+    EXPECT_THAT(MatchesIn(BodyOf(page), " (style|on[a-z]+)=\""), IsEmpty());
+    EXPECT_THAT(MatchesIn(BodyOf(page), "<style"), testing::SizeIs(1));
+    for (const char* const path : {"/", "/metrics", "/nothing", "/redfish/v1/", "/live.js"}) {
+        EXPECT_THAT(Get(path), HasSubstr("X-Content-Type-Options: nosniff")) << path;
+        EXPECT_THAT(Get(path), HasSubstr("Content-Security-Policy: default-src 'none'")) << path;
+    }
+}
+
+TEST_F(Doors, NewsComesByItself) {
+    Start("watch/loses-drive/by-inquiry");
+    Client live(Socket());
+    live.Send("GET /live HTTP/1.1\r\nHost: x\r\n\r\n");
+    ASSERT_TRUE(live.ReadUntil("retry: "));
+    Client events(Socket());
+    events.Send("GET /redfish/v1/EventService/SSE HTTP/1.1\r\nHost: x\r\n\r\n");
+    ASSERT_TRUE(events.ReadUntil("\r\n\r\n"));
+    const auto asksAgain = [&] {
+        ::kill(m_Service->Process(), SIGUSR1);
+        return BodyOf(Get("/metrics")).find("raid_health 0\n") == std::string::npos;
+    };
+    ASSERT_TRUE(ComesTrue(asksAgain));
+    EXPECT_TRUE(live.ReadUntil("event: board\n"));
+    EXPECT_TRUE(events.ReadUntil("\"@odata.type\":\"#Event."));
+}
+
+TEST_F(Doors, AreOpenedAgainWhenTheirProcessIsKilled) {
+    Start("small");
+    const std::string before = BodyOf(Get("/raid.xml"));
+    for (int time = 0; time < 3; ++time) {
+        const pid_t doors = ProcessOfDoors();
+        ASSERT_GT(doors, 0);
+        ::kill(doors, SIGKILL);
+        EXPECT_TRUE(
+            ComesTrue([&] { return ProcessOfDoors() != doors && StatusOf(Get("/raid.xml")) == 200; }));
+        EXPECT_EQ(BodyOf(Get("/raid.xml")), before);
+    }
+}
+
+TEST_F(Doors, AreClosedWithTheService) {
+    Start("small");
+    const pid_t doors = ProcessOfDoors();
+    ::kill(m_Service->Process(), SIGKILL);
+    EXPECT_TRUE(ComesTrue([&] { return ::kill(doors, 0) != 0; }));
+    EXPECT_EQ(Get("/healthz"), "");
+}
+
+#if !defined(__SANITIZE_ADDRESS__)
+TEST_F(Doors, ProcessHasNoRights) {
+    Start("small");
+    const std::string status = ReadFile("/proc/" + std::to_string(ProcessOfDoors()) + "/status");
+    EXPECT_THAT(status, HasSubstr("NoNewPrivs:\t1"));
+    EXPECT_THAT(status, HasSubstr("Seccomp:\t2"));
+    EXPECT_THAT(status, HasSubstr("CapEff:\t0000000000000000"));
+    if (::geteuid() == 0) {
+        EXPECT_THAT(status, Not(HasSubstr("Uid:\t0")));
+        EXPECT_THAT(status, HasSubstr("Groups:\t \n"));
+    }
+}
+#endif
+
+TEST_F(Doors, MakeCallsForClientsOfWbem) {
+    Start("small");
+    const std::string call =
+        "<?xml version=\"1.0\" encoding=\"utf-8\"?><CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE "
+        "ID=\"7\" "
+        "PROTOCOLVERSION=\"1.0\"><SIMPLEREQ><METHODCALL NAME=\"GetInfo\"><LOCALCLASSPATH><LOCALNAMESPACEPATH>"
+        "<NAMESPACE NAME=\"root\"/><NAMESPACE NAME=\"zorbalt\"/></LOCALNAMESPACEPATH>"
+        "<CLASSNAME NAME=\"ZORBALT_MngSrvRaid\"/></LOCALCLASSPATH></METHODCALL></SIMPLEREQ></MESSAGE></CIM>";
+    Client client(Socket());
+    const std::string answer = client.Post(
+        "/cimom", call,
+        "Content-Type: application/xml; charset=utf-8\r\nCIMOperation: MethodCall\r\nCIMProtocolVersion: "
+        "1.0\r\nCIMMethod: GetInfo\r\nCIMObject: root%2Fzorbalt%3AZORBALT_MngSrvRaid\r\n");
+    EXPECT_THAT(answer, HasSubstr("<RETURNVALUE PARAMTYPE=\"uint32\"><VALUE>0</VALUE></RETURNVALUE>"));
+    EXPECT_THAT(answer, HasSubstr("&lt;RAID version=&quot;1&quot;&gt;"));
+}
+
+TEST_F(Doors, AskTheServerAgainForWhoeverWantsThat) {
+    Start("small");
+    const std::string before = BodyOf(Get("/metrics"));
+    Client client(Socket());
+    const std::string answer = client.Post("/refresh", "");
+    EXPECT_EQ(StatusOf(answer), 303);
+    EXPECT_THAT(answer, HasSubstr("Location: /"));
+    EXPECT_EQ(StatusOf(client.Post("/refresh", "", "Origin: https://elsewhere.example\r\n")), 403);
+    EXPECT_EQ(StatusOf(client.Post("/refresh", "", "Sec-Fetch-Site: cross-site\r\n")), 403);
+    EXPECT_EQ(StatusOf(client.Get("/refresh")), 405);
+}
+
+TEST_F(Doors, SayThatTheServerCannotBeAsked) {
+    m_Folder.Write("service.toml", "");
+    const std::string socket = Socket();
+    m_Folder.Write("service.toml",
+                   "interval = \"1d\"\nsmart_interval = \"0\"\nlisten = [\"unix:" + socket + "\"]\n");
+    m_Service = Command{.words = {"--config", m_Folder / "service.toml", "--scenario", "faults/dead",
+                                  "--history", m_Folder / "history.db"},
+                        .program = DOORS_TEST_SERVICE}
+                    .Start();
+    ASSERT_TRUE(ComesTrue([&] { return Get("/healthz").find("could not be asked") != std::string::npos; }));
+    EXPECT_EQ(StatusOf(Get("/healthz")), 503);
+    EXPECT_EQ(StatusOf(Get("/raid.json")), 503);
+    EXPECT_THAT(BodyOf(Get("/")), StartsWith("The server has not answered: "));
+    EXPECT_THAT(BodyOf(Get("/redfish/v1/Systems/1")), Not(HasSubstr("\"Health\":\"OK\"")));
+}
+
+class Refusing : public testing::TestWithParam<std::pair<const char*, const char*>> {};
+
+TEST_P(Refusing, WhatIsOpenToAllIsEncryptedAndHasAccounts) {
+    const TempFolder folder;
+    folder.Write("service.toml", GetParam().first);
+    const Ended ended =
+        RunProgram(DOORS_TEST_SERVICE, {"--config", folder / "service.toml", "--scenario", "small"});
+    EXPECT_EQ(ended.ExitStatus(), 2);
+    EXPECT_THAT(ended.err, HasSubstr(GetParam().second));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Configurations, Refusing,
+    testing::Values(
+        std::pair("listen = [\"0.0.0.0:8443\"]\naccounts = \"/a\"\n", "needs tls_certificate and tls_key"),
+        std::pair("listen = [\"[::]:8443\"]\ntls_certificate = \"/c\"\ntls_key = \"/k\"\n", "needs accounts"),
+        std::pair("listen = [\"http://192.0.2.1:80\"]\n",
+                  "beyond this machine there is no http without encryption"),
+        std::pair("listen = [\"localhost:80\"]\n", "is no address"),
+        std::pair("listen = [\"127.0.0.1:0\"]\n", "is no address"),
+        std::pair("listen = [\"127.0.0.1\"]\n", "is no address"),
+        std::pair("listen = [\"unix:relative\"]\n", "is no address"),
+        std::pair("listen = \"127.0.0.1:8282\"\n", "it is a list of texts")));
+
+}  // namespace
+}  // namespace doors::test
