@@ -32,8 +32,8 @@ class Daemon : public testing::Test {
     void Configure(const std::string& more) const {
         WriteFile(m_Folder / "service.toml", more +
                                                  "\ninterval = \"1d\"\nsmart_interval = \"0\"\ncalm = "
-                                                 "\"0s\"\n[[channel]]\nkind = \"exec\"\nleast = \"ok\"\n"
-                                                 "command = [\"/bin/sh\", \"-c\", \"cat >> " +
+                                                 "\"0s\"\n[[channel]]\nkind = \"exec\"\nlevel = \"ok\"\n"
+                                                 "program = \"/bin/sh\"\narguments = [\"-c\", \"cat >> " +
                                                  (m_Folder / "events") + "\"]\n");
     }
 

@@ -21,10 +21,12 @@ using namespace inventory::test;
 using std::chrono::hours;
 using std::chrono::minutes;
 using std::chrono::seconds;
+using testing::AllOf;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
 
 std::string Server(const std::string& state, const std::string& status, const std::string& detail,
                    const std::string& temperature = "31 C") {
@@ -210,6 +212,17 @@ TEST_F(Serving, AChannelThatIsDownHoldsBackAndIsToldToTheOthers) {
     Deliver();
     EXPECT_THAT(Told(), ElementsAre(kDrive, kGroup));
     EXPECT_EQ(Told("other").size(), 3U) << "that it works again is only information";
+}
+
+TEST_F(Serving, TellsUnderItsNewNameWhatWaitsWhenTheHostIsCalledAnother) {
+    m_Configuration.host = "storage7";
+    Restart();
+    Sees(kFailed);
+    m_Configuration.host = "storage8";
+    m_Service->Configure(m_Configuration, m_Now);
+    Deliver();
+    EXPECT_THAT(testsupport::ReadFile(FileOf("pager")),
+                AllOf(HasSubstr("\"host\":\"storage8\""), Not(HasSubstr("\"host\":\"storage7\""))));
 }
 
 TEST_F(Serving, AHistoryThatCannotBeWrittenIsToldAndNothingIsLost) {
