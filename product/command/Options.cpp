@@ -30,7 +30,8 @@ NO_COLOR.
 Exit status:
   0  success
   1  the method failed; standard error has its return value and the reasons.
-     Of diff: there are differences; of expect: the server is not well
+     Of diff: there are differences; of expect: the server is not well;
+     of test-alert: a channel has failed
   2  the command line is wrong
   3  the call failed with a WBEM status, or gave no result
   4  the surroundings failed: the module, the scenario, the private view of the
@@ -54,6 +55,7 @@ Examples:
   mngsrvraid diff ./my-server raid.xml         what has changed since then
   mngsrvraid history 0 252:3 --since 90d       how the drive in that slot got on
   mngsrvraid events --follow                   what happens, as it happens
+  mngsrvraid test-alert                        does everybody who is told hear it
   mngsrvraid --scenario small get-pd-info 0 252 0
   mngsrvraid --scenario small --trace-file trace.txt get-info)";
 
@@ -141,6 +143,7 @@ class Parser final {
         AddDiff();
         AddHistory();
         AddEvents();
+        AddTestAlert();
     }
     Parser(const Parser&) = delete;
     Parser& operator=(const Parser&) = delete;
@@ -304,6 +307,16 @@ class Parser final {
         events->add_flag("--follow", m_Options.isFollowing);
     }
 
+    void AddTestAlert() {
+        CLI::App* const test = AddSubcommand("test-alert",
+                                             "Send a test event through all channels of mngsrvraidd, and\n"
+                                             "say what each said\n"
+                                             "  --config FILE    of this configuration instead of\n"
+                                             "                   /etc/mngsrvraid/mngsrvraidd.toml",
+                                             Options::Action::TestAlert);
+        AddOption("--config", m_Options.config, "FILE", "", test);
+    }
+
     void AddRecalling(CLI::App* subcommand) {
         AddOption("--since", m_Since, "TIME", "", subcommand);
         AddOption("--history", m_Options.history, "FILE", "", subcommand);
@@ -361,6 +374,7 @@ class Parser final {
         RejectEmpty("--expect", m_Options.expect);
         RejectEmpty("--save", m_Save);
         RejectEmpty("--history", m_Options.history);
+        RejectEmpty("--config", m_Options.config);
         ChooseLimits();
         if (m_Options.output == "-") {
             m_Options.output.reset();
@@ -423,6 +437,13 @@ class Parser final {
             case Options::Action::History:
             case Options::Action::Events:
                 ChooseRecalling();
+                break;
+            case Options::Action::TestAlert:
+                if (m_Options.output) {
+                    Reject(
+                        "test-alert prints what each channel says as it comes, which --output does not "
+                        "store");
+                }
                 break;
             default:
                 break;
