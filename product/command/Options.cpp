@@ -55,7 +55,7 @@ Examples:
   mngsrvraid diff ./my-server raid.xml         what has changed since then
   mngsrvraid history 0 252:3 --since 90d       how the drive in that slot got on
   mngsrvraid events --follow                   what happens, as it happens
-  mngsrvraid test-alert                        does everybody who is told hear it
+  mngsrvraid test-alert                        does everybody hear of failures
   mngsrvraid --scenario small get-pd-info 0 252 0
   mngsrvraid --scenario small --trace-file trace.txt get-info)";
 
@@ -309,10 +309,10 @@ class Parser final {
 
     void AddTestAlert() {
         CLI::App* const test = AddSubcommand("test-alert",
-                                             "Send a test event through all channels of mngsrvraidd, and\n"
-                                             "say what each said\n"
-                                             "  --config FILE    of this configuration instead of\n"
-                                             "                   /etc/mngsrvraid/mngsrvraidd.toml",
+                                             "Send a test event through all channels of\n"
+                                             "mngsrvraidd, and print what each said\n"
+                                             "  --config FILE    configuration instead of\n"
+                                             "                /etc/mngsrvraid/mngsrvraidd.toml",
                                              Options::Action::TestAlert);
         AddOption("--config", m_Options.config, "FILE", "", test);
     }
