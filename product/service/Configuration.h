@@ -36,6 +36,7 @@ struct Configuration {
     inventory::Limits limits;
     watch::Rules rules;
     std::vector<telling::Channel> channels;  ///< never empty once it is read
+    bool operator==(const Configuration&) const = default;
 };
 
 /// Reads a configuration, such as
