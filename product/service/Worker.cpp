@@ -1,6 +1,7 @@
 #include "Worker.h"
 
 #include "basics/Failure.h"
+#include "basics/Processes.h"
 #include "basics/Text.h"
 #include "calls/Inquiry.h"
 #include "calls/InstallRoot.h"
@@ -13,15 +14,19 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
 #include <exception>
+#include <filesystem>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 namespace service {
 namespace {
 
+namespace fs = std::filesystem;
+
+constexpr const char* kOtherPlace = "/dev/shm";
 constexpr int kDone = 0;
 constexpr int kFailed = 1;
 
@@ -34,6 +39,13 @@ basics::Descriptor MakeFile(const char* name) {
         basics::FailSurroundings("no memory for an answer: " + basics::ErrorText(errno));
     }
     return file;
+}
+
+/// "mngsrvraidd.4711-12": no other inquiry has it, so that it is known whose folder it is, however early it
+/// ended.
+std::string NextName() {
+    static unsigned number = 0;
+    return "mngsrvraidd." + std::to_string(::getpid()) + "-" + std::to_string(++number);
 }
 
 int TellEnd(const std::string& words) noexcept {
@@ -73,7 +85,10 @@ void TakeSignalsAsUsual() noexcept {
 }  // namespace
 
 Worker::Worker(const WorkerSettings& settings, std::optional<calls::DrivePlace> drive)
-    : m_Drive(std::move(drive)), m_Document(MakeFile("document")), m_Failure(MakeFile("failure")) {
+    : m_Drive(std::move(drive)),
+      m_Name(NextName()),
+      m_Document(MakeFile("document")),
+      m_Failure(MakeFile("failure")) {
     const pid_t service = ::getpid();
     m_Process = ::fork();
     if (m_Process < 0) {
@@ -81,6 +96,7 @@ Worker::Worker(const WorkerSettings& settings, std::optional<calls::DrivePlace> 
     }
     if (m_Process == 0) {
         TakeSignalsAsUsual();
+        ::setsid();
         // A service that is killed leaves no inquiry behind.
         ::prctl(PR_SET_PDEATHSIG, SIGTERM, 0, 0, 0);
         if (::getppid() != service) {
@@ -98,8 +114,8 @@ void Worker::Work(const WorkerSettings& settings) const noexcept {
                                                            .timeLimit = settings.timeLimit,
                                                            .overtimeStatus = kFailed,
                                                            .tellEnd = TellEnd,
-                                                           .privateFolder = "mngsrvraidd",
-                                                           .otherPlaces = {"/dev/shm"}});
+                                                           .privateFolder = m_Name.c_str(),
+                                                           .otherPlaces = {kOtherPlace}});
         calls::UsePrivateRoot(folder);
         calls::Inquiry inquiry({.appKey = settings.appKey, .scenario = settings.scenario});
         const std::string document = m_Drive ? inquiry.AskForDrive(*m_Drive) : inquiry.AskForServer();
@@ -122,7 +138,32 @@ void Worker::Interrupt() const noexcept {
     ::kill(m_Process, SIGTERM);
 }
 
+// What watches the inquiry was ended itself, as somebody who needs memory does: it leaves behind whatever it
+// was to end, in its session, and to remove.
+void Worker::CleanUp() const {
+    constexpr int kMostLooks = 20;
+    std::vector<pid_t> left = basics::MembersOf(m_Process);
+    for (int look = 0; look < kMostLooks && !left.empty(); ++look) {
+        for (const pid_t process : left) {
+            ::kill(process, SIGKILL);
+        }
+        left = basics::MembersOf(m_Process);
+    }
+    std::error_code ignored;  // They are places for temporary files.
+    for (const fs::path& place : {fs::temp_directory_path(ignored), fs::path(kOtherPlace)}) {
+        for (fs::directory_iterator at(place, ignored), end; !ignored && at != end; at.increment(ignored)) {
+            if (at->path().filename().string().starts_with(m_Name + '.')) {
+                fs::remove_all(at->path(), ignored);
+                break;
+            }
+        }
+    }
+}
+
 Answer Worker::Take(int status) const {
+    if (WIFSIGNALED(status)) {
+        CleanUp();
+    }
     if (WIFEXITED(status) && WEXITSTATUS(status) == kDone) {
         return {ContentOf(m_Document), ""};
     }
