@@ -197,7 +197,7 @@ class AKilledService : public testing::Test {
 };
 
 TEST_F(AKilledService, LosesNothingAndTellsNothingTwice) {
-    constexpr unsigned kUsualPoints = 40;
+    constexpr unsigned kUsualPoints = 32;
     const unsigned points = NumberFrom("SERVICE_KILL_POINTS", kUsualPoints);
     const unsigned seed = NumberFrom("SERVICE_KILL_SEED", 1);
     std::cout << points << " points, seed " << seed << std::endl;
@@ -243,7 +243,9 @@ TEST_F(AKilledService, LosesNothingAndTellsNothingTwice) {
             };
             do {  // It may have ended by itself meanwhile.
                 Hurry(*service, choose);
-                std::this_thread::sleep_for(std::chrono::microseconds(chance() % (isProgram ? 500 : 5000)));
+                if (!isProgram) {
+                    std::this_thread::sleep_for(std::chrono::microseconds(chance() % 3000));
+                }
             } while (!HasEnded(*service) && (!isAlive(Look(victim)) || ::kill(victim, SIGKILL) != 0));
             ++killed[name];
             // It goes on, and ends in order.
