@@ -197,7 +197,7 @@ class AKilledService : public testing::Test {
 };
 
 TEST_F(AKilledService, LosesNothingAndTellsNothingTwice) {
-    constexpr unsigned kUsualPoints = 32;
+    constexpr unsigned kUsualPoints = 24;
     const unsigned points = NumberFrom("SERVICE_KILL_POINTS", kUsualPoints);
     const unsigned seed = NumberFrom("SERVICE_KILL_SEED", 1);
     std::cout << points << " points, seed " << seed << std::endl;
