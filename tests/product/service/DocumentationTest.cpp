@@ -59,9 +59,10 @@ std::string Unquoted(std::string text) {
 /// The keys that the sources take, by the functions that take them.
 std::set<std::string> KeysOfTheCode() {
     const std::map<std::string, std::string> kSections = {
-        {"ReadConfiguration", ""},   {"TakeLimits", "limits."}, {"TakeGrowth", "growth."},
-        {"ChannelFrom", "channel."}, {"LeastFrom", "channel."}, {"JournalFrom", "journal."},
-        {"ExecFrom", "exec."},       {"MailFrom", "mail."},     {"HttpFrom", "http."}};
+        {"ReadConfiguration", ""}, {"TakeAddresses", ""},       {"TakeDoors", ""},
+        {"TakeLimits", "limits."}, {"TakeGrowth", "growth."},   {"ChannelFrom", "channel."},
+        {"LeastFrom", "channel."}, {"JournalFrom", "journal."}, {"ExecFrom", "exec."},
+        {"MailFrom", "mail."},     {"HttpFrom", "http."}};
     std::set<std::string> keys;
     std::string function;
     for (const char* const file : {"Configuration.cpp", "Channels.cpp"}) {
