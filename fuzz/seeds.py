@@ -30,6 +30,28 @@ max_temperature = 50
 max_media_error_growth = 5
 [growth]
 media_errors = 1
+[[channel]]
+kind = "journal"
+stderr = true
+level = "ok"
+[[channel]]
+kind = "exec"
+program = "/bin/page"
+arguments = ["-c", "%s"]
+timeout = "5s"
+queue = 10
+[[channel]]
+name = "night"
+kind = "mail"
+to = ["root", "a@example.org"]
+from = "b@example.org"
+[[channel]]
+kind = "http"
+url = "https://alerts.example.org/hook"
+ca_file = "/srv/ca.pem"
+headers = ["X-Team: storage"]
+headers_file = "/srv/headers"
+plain = false
 """
 
 EXPECTATIONS = b"""{"version": 1, "host": "a", "saved_at": "b", "controllers": [{"number": "0", "product": "Gate",

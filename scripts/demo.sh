@@ -17,7 +17,7 @@ need_packages "${BUILD_PACKAGES[@]}"
 } >&2
 if [ "${1:-}" = watch ]; then
     configuration=build/release/watch.toml
-    printf 'interval = "2s"\nsmart_interval = "0"\ncalm = "4s"\n[[channel]]\nkind = "journal"\nleast = "ok"\nstandard_error = true\n' \
+    printf 'interval = "2s"\nsmart_interval = "0"\ncalm = "4s"\n[[channel]]\nkind = "journal"\nlevel = "ok"\nstderr = true\n' \
         > "$configuration"
     echo "A made-up server for a minute; the events as they come:" >&2
     timeout --signal TERM 60 build/release/bin/mngsrvraidd --config "$configuration" --scenario watch/loses-drive ||

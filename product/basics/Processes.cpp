@@ -19,27 +19,36 @@ namespace fs = std::filesystem;
 
 using Families = std::unordered_map<pid_t, std::vector<pid_t>>;  ///< children by parent
 
+struct Kin {
+    char state = 0;
+    pid_t parent = 0, group = 0, session = 0;
+};
+
 // From "4711 (a name) S 4710 ...": the name may hold anything, so what follows counts from its last bracket.
-pid_t ParentOf(const fs::path& process) {
+Kin KinOf(const fs::path& process) {
     std::ifstream file(process / "stat");
     std::string line;
     std::getline(file, line);
     const std::size_t name = line.rfind(')');
     std::istringstream rest(name == std::string::npos ? "" : line.substr(name + 1));
-    char state = 0;
-    pid_t parent = 0;
-    rest >> state >> parent;
-    return parent;
+    Kin kin;
+    rest >> kin.state >> kin.parent >> kin.group >> kin.session;
+    return kin;
+}
+
+template <typename See>
+void ForEachProcess(const See& see) {
+    std::error_code error;
+    for (fs::directory_iterator at("/proc", error), end; !error && at != end; at.increment(error)) {
+        if (const auto process = NumberFrom<pid_t>(at->path().filename().string())) {
+            see(*process, KinOf(at->path()));
+        }
+    }
 }
 
 Families AllFamilies() {
     Families families;
-    std::error_code error;
-    for (fs::directory_iterator at("/proc", error), end; !error && at != end; at.increment(error)) {
-        if (const auto process = NumberFrom<pid_t>(at->path().filename().string())) {
-            families[ParentOf(at->path())].push_back(*process);
-        }
-    }
+    ForEachProcess([&families](pid_t process, const Kin& kin) { families[kin.parent].push_back(process); });
     return families;
 }
 
@@ -52,6 +61,16 @@ Descriptor OpenProcess(pid_t process) noexcept {
 
 std::vector<pid_t> ChildrenOf(pid_t parent) {
     return AllFamilies()[parent];
+}
+
+std::vector<pid_t> MembersOf(pid_t session) {
+    std::vector<pid_t> members;
+    ForEachProcess([&](pid_t process, const Kin& kin) {
+        if (kin.session == session && kin.state != 'Z') {
+            members.push_back(process);
+        }
+    });
+    return members;
 }
 
 std::vector<pid_t> DescendantsOf(pid_t ancestor) {

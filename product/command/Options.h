@@ -30,7 +30,8 @@ struct Options {
         Redact,
         Diff,
         History,
-        Events
+        Events,
+        TestAlert
     };
     enum class Format { Xml, Tree, Table, Json, Html, Prometheus };
 
@@ -67,6 +68,7 @@ struct Options {
     std::optional<std::chrono::system_clock::time_point> since;  ///< with a history, from when on
     std::string part;                                            ///< of History: as it was typed
     bool isFollowing = false;                                    ///< of Events: and new ones as they come
+    std::optional<std::string> config;                           ///< of TestAlert: the service's file
     std::chrono::seconds timeLimit{0};                           ///< for what runs the tool; 0: none
     unsigned traceLevels = 0;
     std::string helpText;

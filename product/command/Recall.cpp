@@ -49,6 +49,7 @@ Part PartNamed(const std::vector<Part>& parts, const std::string& words) {
                    }));
     }
     std::vector<std::string> serials;
+    serials.reserve(parts.size());
     for (const Part& part : parts) {
         serials.push_back(part.about.serial);
     }

@@ -7,6 +7,7 @@
 #include "Options.h"
 #include "Recall.h"
 #include "ServerInquiry.h"
+#include "TestAlert.h"
 #include "basics/Descriptor.h"
 #include "basics/DocumentTarget.h"
 #include "basics/Failure.h"
@@ -242,6 +243,8 @@ int Run(const Options& options) {
         case Options::Action::History:
         case Options::Action::Events:
             return AnswerFromHistory(options);
+        case Options::Action::TestAlert:
+            RunTestAlert(options);
         default:
             return Answer(options);
     }

@@ -125,14 +125,15 @@ void Contents::AddDays(std::int64_t part, std::optional<std::int64_t> counter, T
 
 void Contents::AddSamples(std::int64_t part, std::optional<std::int64_t> counter, TimePoint since,
                           Readings& readings) {
-    Statement& next =
-        Once(m_NextDay, m_Database, "SELECT day FROM samples WHERE day >= ? ORDER BY day LIMIT 1");
+    Statement& next = Once(m_NextDay, m_Database,
+                           "SELECT day FROM samples WHERE day >= ? AND day < ? ORDER BY day LIMIT 1");
     Statement& samples = Once(
         m_Samples, m_Database,
         "SELECT counter, second, value FROM samples WHERE day = ?1 AND part = ?2 AND counter BETWEEN "
         "coalesce(?3, -9223372036854775807) AND coalesce(?3, 9223372036854775807) ORDER BY counter, second");
-    std::optional<std::int64_t> day = next.Integer(std::max(DayOf(since), kFirstDay));
-    while (day && *day < kLastDay) {
+    // What a damaged file has in the place of a day, and is no number, comes behind all days.
+    std::optional<std::int64_t> day = next.Integer(std::max(DayOf(since), kFirstDay), kLastDay);
+    while (day) {
         samples.Each(
             [&](const Row& row) {
                 const std::int64_t second = row.Integer(1);
@@ -146,7 +147,7 @@ void Contents::AddSamples(std::int64_t part, std::optional<std::int64_t> counter
                 }
             },
             *day, part, counter);
-        day = next.Integer(*day + 1);
+        day = next.Integer(*day + 1, kLastDay);
     }
 }
 

@@ -22,13 +22,9 @@ constexpr seconds kMostTime{3600};
 
 telling::Exec ExecFrom(Section& section) {
     telling::Exec exec;
-    std::vector<std::string> command;
-    section.Take("command", command);
+    section.Take("program", exec.program);
+    section.Take("arguments", exec.arguments);
     section.Take("timeout", exec.timeLimit, seconds(1), kMostTime);
-    if (!command.empty()) {
-        exec.program = command.front();
-        exec.arguments.assign(command.begin() + 1, command.end());
-    }
     return exec;
 }
 
@@ -54,17 +50,17 @@ telling::Http HttpFrom(Section& section) {
 
 telling::Journal JournalFrom(Section& section) {
     telling::Journal journal;
-    section.Take("standard_error", journal.usesStandardError);
+    section.Take("stderr", journal.usesStandardError);
     return journal;
 }
 
 Level LeastFrom(Section& section) {
     std::string word = "unknown";
-    section.Take("least", word);
+    section.Take("level", word);
     const auto* const level = std::find_if(kLevels.begin(), kLevels.end(),
                                            [&word](const auto& each) { return each.first == word; });
     if (level == kLevels.end()) {
-        section.Complain("least", "it is \"ok\", \"unknown\", \"warning\" or \"critical\"");
+        section.Complain("level", "it is \"ok\", \"unknown\", \"warning\" or \"critical\"");
         return Level::Unknown;
     }
     return level->second;
@@ -89,7 +85,7 @@ telling::Channel ChannelFrom(Section& section) {
     channel.name = kind;
     section.Take("name", channel.name);
     channel.least = LeastFrom(section);
-    section.TakeCount("capacity", channel.capacity, 1, kMostWaiting);
+    section.TakeCount("queue", channel.capacity, 1, kMostWaiting);
     for (const telling::Fault& fault : FaultsOf(channel)) {
         section.Complain(fault.key.c_str(), fault.words);
     }

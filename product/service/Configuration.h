@@ -62,6 +62,7 @@ struct Configuration {
     watch::Rules rules;
     DoorsConfiguration doors;
     std::vector<telling::Channel> channels;  ///< never empty once it is read
+    bool operator==(const Configuration&) const = default;
 };
 
 /// Reads a configuration, such as

@@ -23,7 +23,7 @@ const toml::node* Section::Find(const char* key) {
 
 void Section::Complain(const toml::node& node, const std::string& key, const std::string& what) {
     m_Problems.push_back(LineOf(node.source()) + (m_Name.empty() ? "" : m_Name + ".") + basics::OneLine(key) +
-                         ": " + what);
+                         ": " + basics::OneLine(what));
 }
 
 void Section::Complain(const char* key, const std::string& what) {

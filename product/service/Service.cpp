@@ -72,6 +72,7 @@ void Service::Configure(Configuration configuration, Moment now) {
     m_Configuration = std::move(configuration);
     m_Watch.SetRules(m_Configuration.rules);
     m_Schedule.Set(IntervalsOf(m_Configuration), now.steady);
+    m_Courier.SetHost(m_Configuration.host);
     m_Courier.SetChannels(m_Configuration.channels, now.steady);
     TakeOutcomes(now);
 }

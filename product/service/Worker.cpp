@@ -1,6 +1,7 @@
 #include "Worker.h"
 
 #include "basics/Failure.h"
+#include "basics/Processes.h"
 #include "basics/Text.h"
 #include "calls/Inquiry.h"
 #include "calls/InstallRoot.h"
@@ -15,15 +16,19 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
 #include <exception>
+#include <filesystem>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 namespace service {
 namespace {
 
+namespace fs = std::filesystem;
+
+constexpr const char* kOtherPlace = "/dev/shm";
 constexpr int kDone = 0;
 constexpr int kFailed = 1;
 
@@ -36,6 +41,13 @@ basics::Descriptor MakeFile(const char* name) {
         basics::FailSurroundings("no memory for an answer: " + basics::ErrorText(errno));
     }
     return file;
+}
+
+/// "mngsrvraidd.4711-12": no other inquiry has it, so that it is known whose folder it is, however early it
+/// ended.
+std::string NextName() {
+    static unsigned number = 0;
+    return "mngsrvraidd." + std::to_string(::getpid()) + "-" + std::to_string(++number);
 }
 
 int TellEnd(const std::string& words) noexcept {
@@ -93,7 +105,10 @@ board::Outcome MakeCall(const board::Call& call) {
 }  // namespace
 
 Worker::Worker(const WorkerSettings& settings, Question question)
-    : m_Question(std::move(question)), m_Document(MakeFile("document")), m_Failure(MakeFile("failure")) {
+    : m_Question(std::move(question)),
+      m_Name(NextName()),
+      m_Document(MakeFile("document")),
+      m_Failure(MakeFile("failure")) {
     const pid_t service = ::getpid();
     m_Process = ::fork();
     if (m_Process < 0) {
@@ -101,6 +116,7 @@ Worker::Worker(const WorkerSettings& settings, Question question)
     }
     if (m_Process == 0) {
         TakeSignalsAsUsual();
+        ::setsid();
         // A service that is killed leaves no inquiry behind.
         ::prctl(PR_SET_PDEATHSIG, SIGTERM, 0, 0, 0);
         if (::getppid() != service) {
@@ -126,8 +142,8 @@ void Worker::Work(const WorkerSettings& settings) const noexcept {
                                                            .timeLimit = settings.timeLimit,
                                                            .overtimeStatus = kFailed,
                                                            .tellEnd = TellEnd,
-                                                           .privateFolder = "mngsrvraidd",
-                                                           .otherPlaces = {"/dev/shm"}});
+                                                           .privateFolder = m_Name.c_str(),
+                                                           .otherPlaces = {kOtherPlace}});
         calls::UsePrivateRoot(folder);
         const std::string document = AnswerOf(settings);
         if (const int error = basics::WriteWhole(m_Document.Number(), document); error == 0) {
@@ -149,7 +165,32 @@ void Worker::Interrupt() const noexcept {
     ::kill(m_Process, SIGTERM);
 }
 
+// What watches the inquiry was ended itself, as somebody who needs memory does: it leaves behind whatever it
+// was to end, in its session, and to remove.
+void Worker::CleanUp() const {
+    constexpr int kMostLooks = 20;
+    std::vector<pid_t> left = basics::MembersOf(m_Process);
+    for (int look = 0; look < kMostLooks && !left.empty(); ++look) {
+        for (const pid_t process : left) {
+            ::kill(process, SIGKILL);
+        }
+        left = basics::MembersOf(m_Process);
+    }
+    std::error_code ignored;  // They are places for temporary files.
+    for (const fs::path& place : {fs::temp_directory_path(ignored), fs::path(kOtherPlace)}) {
+        for (fs::directory_iterator at(place, ignored), end; !ignored && at != end; at.increment(ignored)) {
+            if (at->path().filename().string().starts_with(m_Name + '.')) {
+                fs::remove_all(at->path(), ignored);
+                break;
+            }
+        }
+    }
+}
+
 Answer Worker::Take(int status) const {
+    if (WIFSIGNALED(status)) {
+        CleanUp();
+    }
     if (WIFEXITED(status) && WEXITSTATUS(status) == kDone) {
         return {ContentOf(m_Document), ""};
     }

@@ -53,9 +53,11 @@ class Worker final {
 
   private:
     [[noreturn]] void Work(const WorkerSettings& settings) const noexcept;
+    void CleanUp() const;
     [[nodiscard]] std::string AnswerOf(const WorkerSettings& settings) const;
 
     Question m_Question;
+    std::string m_Name;  ///< of the folder that it has for files, up to what makes that unlike others
     basics::Descriptor m_Document, m_Failure;  ///< files in memory that are shared with the process
     pid_t m_Process = -1;
 };

@@ -287,8 +287,10 @@ std::vector<Event> Watch::FailedToAsk(const std::string& why, TimePoint now) {
     if (m_Failures >= m_Rules.failuresToTell) {
         Finding finding;
         finding.part = "the server";
-        finding.what =
-            "cannot be asked, " + std::to_string(m_Rules.failuresToTell) + " times in a row: " + why;
+        const bool isFirst = m_Rules.failuresToTell == 1;
+        finding.what = "cannot be asked" +
+                       (isFirst ? "" : ", " + std::to_string(m_Rules.failuresToTell) + " times in a row") +
+                       ": " + why;
         if (Event* const event = RaiseItself(kAsking, finding, now)) {
             event->words += m_LastAnswer ? "; the last answer is from " + basics::UtcText(*m_LastAnswer)
                                          : "; it has never answered";

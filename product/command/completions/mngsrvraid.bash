@@ -1,9 +1,9 @@
 # Completion of mngsrvraid for bash.
 
 _mngsrvraid() {
-    local subcommands="show smart health expect get-info get-pd-info capture redact diff history events"
+    local subcommands="show smart health expect get-info get-pd-info capture redact diff history events test-alert"
     local options="--help --version --scenario --install-dir --timeout --trace --trace-file --app-key --output --host --format --compact"
-    local valued="--scenario --install-dir --timeout --trace --trace-file --app-key --output --host --format --document --redact-word --jobs --since --history
+    local valued="--scenario --install-dir --timeout --trace --trace-file --app-key --output --host --format --document --redact-word --jobs --since --history --config
         --expect --save --accept-until --reason --max-temperature --max-media-errors --max-media-error-growth --min-spares"
     local judging="--expect --max-temperature --max-media-errors --max-media-error-growth --min-spares"
     local scenarios="awkward empty half-failed huge large old small well
@@ -61,7 +61,7 @@ _mngsrvraid() {
             mapfile -t COMPREPLY < <(compgen -d -- "$word")
             return
             ;;
-        --trace-file | --output | --document | --expect | --save | --history)
+        --trace-file | --output | --document | --expect | --save | --history | --config)
             mapfile -t COMPREPLY < <(compgen -f -- "$word")
             return
             ;;
@@ -76,6 +76,7 @@ _mngsrvraid() {
         diff) options+=" --all" ;;
         history) options+=" --since --history" ;;
         events) options+=" --since --history --follow" ;;
+        test-alert) options+=" --config" ;;
     esac
     if [[ $word == -* ]]; then
         mapfile -t COMPREPLY < <(compgen -W "$options" -- "$word")

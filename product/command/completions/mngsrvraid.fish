@@ -6,10 +6,10 @@ function __mngsrvraid_subcommand
     set -e words[1]
     while set -q words[1]
         switch $words[1]
-            case --scenario --install-dir --timeout --trace --trace-file --app-key --output --host --format --document --redact-word --jobs --since --history \
+            case --scenario --install-dir --timeout --trace --trace-file --app-key --output --host --format --document --redact-word --jobs --since --history --config \
                     --expect --save --accept-until --reason --max-temperature --max-media-errors --max-media-error-growth --min-spares
                 set -e words[1]
-            case show smart health expect get-info get-pd-info capture redact diff history events
+            case show smart health expect get-info get-pd-info capture redact diff history events test-alert
                 echo $words[1]
                 return
         end
@@ -64,6 +64,7 @@ complete -c mngsrvraid -n '__mngsrvraid_is ""' -a redact -d 'Replace serial numb
 complete -c mngsrvraid -n '__mngsrvraid_is ""' -a diff -d 'What changed between two documents or captures'
 complete -c mngsrvraid -n '__mngsrvraid_is ""' -a history -d 'The parts that the service has seen, or what happened to one'
 complete -c mngsrvraid -n '__mngsrvraid_is ""' -a events -d 'What has happened'
+complete -c mngsrvraid -n '__mngsrvraid_is ""' -a test-alert -d 'Send a test event through all channels of the service'
 
 complete -c mngsrvraid -n '__mngsrvraid_is show health expect' -l document -r -F -d 'A saved document instead of the server'
 complete -c mngsrvraid -n '__mngsrvraid_is show health' -l expect -r -F -d 'What is not as it was saved'
@@ -86,5 +87,6 @@ complete -c mngsrvraid -n '__mngsrvraid_is diff' -F -a "$scenarios"
 complete -c mngsrvraid -n '__mngsrvraid_is history events' -l since -x -d 'From when on, such as 30d, 12h or 2031-04-05'
 complete -c mngsrvraid -n '__mngsrvraid_is history events show' -l history -r -F -d 'The file of what is remembered'
 complete -c mngsrvraid -n '__mngsrvraid_is events' -l follow -d 'And what happens from now on'
+complete -c mngsrvraid -n '__mngsrvraid_is test-alert' -l config -r -F -d 'Configuration of the service'
 complete -c mngsrvraid -n '__mngsrvraid_is history' -l format -x -a 'table json html' -d 'Format of what is printed'
 complete -c mngsrvraid -n '__mngsrvraid_is events' -l format -x -a 'table json' -d 'Format of what is printed'

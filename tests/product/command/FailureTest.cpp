@@ -184,7 +184,7 @@ TEST(WrongUse, IsToldInOneLine) {
     const std::string see = "; see mngsrvraid --help";
     const std::string missing =
         "a subcommand is missing: show, smart, health, expect, get-info, get-pd-info, capture, redact, "
-        "diff, history or events";
+        "diff, history, events or test-alert";
     const std::string three = "get-pd-info needs a drive: CTRL ENCL PD, or CTRL ENCL:PD";
     const std::vector<std::pair<std::vector<std::string>, std::string>> cases = {
         {{}, missing},
@@ -197,6 +197,10 @@ TEST(WrongUse, IsToldInOneLine) {
         {{"status"}, "unexpected argument \"status\""},
         {{"--scen", "small", "get-info"}, "unknown option \"--scen\""},
         {{"get-info", "-x"}, "unknown option \"-x\""},
+        {{"test-alert", "--output", "a"},
+         "test-alert prints what each channel says as it comes, which --output does not store"},
+        {{"test-alert", "--config", ""}, "--config needs a path that is not empty"},
+        {{"show", "--config", "a"}, "unknown option \"--config\""},
         {{"helth"}, "unexpected argument \"helth\" (did you mean health?)"},
         {{"--fromat=json", "show"}, "unknown option \"--fromat=json\" (did you mean --format?)"},
         {{"show", "--smrt"}, "unknown option \"--smrt\" (did you mean --smart?)"},

@@ -58,6 +58,10 @@ std::vector<std::string> OnMadeUpServer(std::vector<std::string> words) {
         words.insert(words.end(), {"--history", "history.db"});
         return words;
     }
+    if (Holds(words, "test-alert")) {
+        words.insert(words.end(), {"--config", "service.toml"});
+        return words;
+    }
     if (!Holds(words, "--scenario") && !Holds(words, "--document") && !Holds(words, "diff")) {
         words.insert(words.begin(), {"--scenario", "large"});
     }
@@ -81,6 +85,7 @@ TEST(HelpTest, ItsExamplesWork) {
     const TempFolder folder;
     WriteFile(folder / "old.xml", RunCommand({"--scenario", "large", "get-info"}).out);
     Remember(folder / "history.db");
+    WriteFile(folder / "service.toml", "[[channel]]\nkind = \"exec\"\nprogram = \"/bin/true\"\n");
     const std::vector<std::vector<std::string>> examples = Examples();
     EXPECT_GE(examples.size(), 10U);
     for (const std::vector<std::string>& words : examples) {
@@ -112,7 +117,7 @@ std::set<std::string> OptionsIn(const std::string& text) {
 }
 
 constexpr const char* kSubcommands[] = {"show",    "smart",  "health", "expect",  "get-info", "get-pd-info",
-                                        "capture", "redact", "diff",   "history", "events"};
+                                        "capture", "redact", "diff",   "history", "events",   "test-alert"};
 
 TEST(ManualTest, HasEveryOptionAndSubcommand) {
     const std::string manual = ReadFile(COMMAND_TEST_SOURCES "/product/command/mngsrvraid.1");
@@ -187,13 +192,15 @@ std::string OfferedByBash(const std::string& words) {
 
 TEST(BashCompletion, OffersWhatMayStandThere) {
     EXPECT_EQ(OfferedByBash("s"), "show smart\n");
-    EXPECT_EQ(OfferedByBash("''"),
-              "show smart health expect get-info get-pd-info capture redact diff history events\n");
+    EXPECT_EQ(
+        OfferedByBash("''"),
+        "show smart health expect get-info get-pd-info capture redact diff history events test-alert\n");
     EXPECT_EQ(OfferedByBash("show --format j"), "json\n");
     EXPECT_EQ(OfferedByBash("show --s"), "--scenario --smart\n");
     EXPECT_EQ(OfferedByBash("show --j"), "--jobs\n");
     EXPECT_EQ(OfferedByBash("--jobs show s"), "show smart\n");
     EXPECT_EQ(OfferedByBash("health --j"), "\n");
+    EXPECT_EQ(OfferedByBash("test-alert --co"), "--compact --config\n");
     EXPECT_EQ(OfferedByBash("health --v"), "--version --verbose\n");
     EXPECT_EQ(OfferedByBash("get-info --v"), "--version\n");
     EXPECT_EQ(OfferedByBash("capture --r"), "--redact --redact-word\n");

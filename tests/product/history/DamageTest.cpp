@@ -265,6 +265,16 @@ TEST_F(DamagedFile, IsNoneWhereAFolderStands) {
     EXPECT_EQ(Sees({{.serial = "A"}}).trouble, "");
 }
 
+// Text is behind all numbers, and nothing follows it.
+TEST_F(DamagedFile, WithTextForADayIsReadToItsEnd) {
+    Fill();
+    Close();
+    Change(m_Path,
+           "PRAGMA writable_schema = ON; UPDATE sqlite_schema SET sql = replace(sql, 'STRICT, ', '')");
+    Change(m_Path, "UPDATE samples SET day = 'yesterday'");
+    EXPECT_THAT(Readings("drive/A", kTemperature), IsEmpty());
+}
+
 // One byte is another one, here and there: whatever it does, the service goes on.
 TEST_F(DamagedFile, OfSingleBytesNeverEndsTheService) {
     Fill();

@@ -3,10 +3,8 @@
 #include "Remembering.h"
 #include "basics/Words.h"
 #include "test_support/InChild.h"
+#include "test_support/SmallDisk.h"
 
-#include <fcntl.h>
-#include <sched.h>
-#include <sys/mount.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -19,36 +17,12 @@ namespace {
 
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testsupport::FillDisk;
 using testsupport::InChild;
-
-void Require(bool isDone, const char* what) {
-    if (!isDone) {
-        throw std::system_error(errno, std::generic_category(), what);
-    }
-}
-
-/// Puts a disk of that size in the folder's place, for this process alone.
-void MountDisk(const std::string& folder, const char* options) {
-    if (::unshare(CLONE_NEWNS) != 0) {
-        const std::string user = std::to_string(::geteuid());
-        const std::string group = std::to_string(::getegid());
-        Require(::unshare(CLONE_NEWUSER | CLONE_NEWNS) == 0, "unshare");
-        testsupport::WriteFile("/proc/self/uid_map", user + " " + user + " 1");
-        testsupport::WriteFile("/proc/self/setgroups", "deny");
-        testsupport::WriteFile("/proc/self/gid_map", group + " " + group + " 1");
-    }
-    Require(::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0, "private mounts");
-    Require(::mount("tmpfs", folder.c_str(), "tmpfs", 0, options) == 0, "mount");
-}
-
-/// Takes all the room that is left.
-void Fill(const std::string& path) {
-    const int file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0644);
-    const std::string page(4096, 'x');
-    while (::write(file, page.data(), page.size()) > 0) {
-    }
-    ::close(file);
-}
+using testsupport::MakeReadOnly;
+using testsupport::MakeWritable;
+using testsupport::MountDisk;
+using testsupport::Require;
 
 /// An inquiry with an event of that name, which is owed to somebody.
 Outcome RecordEvent(Archive& archive, const std::string& id, TimePoint now, int degrees) {
@@ -86,7 +60,7 @@ TEST(AFullDisk, IsToldAndWaitedFor) {
             Restored restored;
             std::string told = archive.Open(kNow, restored).trouble;
             told += RecordEvent(archive, "one", kNow + minutes(5), 31).trouble;
-            Fill(folder / "other");
+            FillDisk(folder / "other");
             // There may be room left in what the files have taken already.
             int written = 2;
             Outcome outcome;
@@ -133,7 +107,7 @@ TEST(AFullDisk, IsNoReasonNotToStart) {
     const std::string path = folder / "history.db";
     EXPECT_EQ(InChild([&] {
                   MountDisk(folder.Path().string(), "size=1m");
-                  Fill(folder / "other");
+                  FillDisk(folder / "other");
                   Archive archive(path);
                   Restored restored;
                   std::string told = archive.Open(kNow, restored).trouble + "\n";
@@ -156,35 +130,33 @@ TEST(AFullDisk, IsNoReasonNotToStart) {
 TEST(ADiskThatMayOnlyBeRead, GivesWhatIsOnIt) {
     const testsupport::TempFolder folder;
     const std::string path = folder / "history.db";
-    EXPECT_EQ(
-        InChild([&] {
-            MountDisk(folder.Path().string(), "size=10m");
-            Restored restored;
-            std::string told;
-            {
-                Archive archive(path);
-                told += archive.Open(kNow, restored).trouble;
-                told += RecordEvent(archive, "one", kNow + minutes(5), 31).trouble;
-            }
-            Require(::mount("none", folder.Path().c_str(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr) == 0,
-                    "read-only");
-            Archive archive(path);
-            told += archive.OtherWriter().value_or("");
-            told += archive.Open(kNow + minutes(6), restored).trouble + "\n";
-            told +=
-                restored.rows.at(0).text + " is known, " + restored.deliveries.at(0).event.id + " is owed\n";
-            told += RecordEvent(archive, "two", kNow + minutes(10), 31).IsStored() ? "stored" : "";
-            told += archive.Settle("mail", {"one"}, kNow + minutes(11)).IsStored() ? "settled" : "";
-            told += archive.Tidy(kNow + minutes(11), minutes(5)).trouble;
-            Require(::mount("none", folder.Path().c_str(), nullptr, MS_REMOUNT, nullptr) == 0, "writable");
-            told += RecordEvent(archive, "three", kNow + minutes(15), 33).trouble;
-            archive = Archive(path);
-            return told + Found(path, kNow + hours(1));
-        }),
-        "the history " + path + " cannot be written: " + path +
-            ".lock cannot be opened: Read-only file system\n"
-            "one is known, one is owed\n"
-            "events one two three; owed two three; rows three; temperature 31 31 33; ok");
+    EXPECT_EQ(InChild([&] {
+                  MountDisk(folder.Path().string(), "size=10m");
+                  Restored restored;
+                  std::string told;
+                  {
+                      Archive archive(path);
+                      told += archive.Open(kNow, restored).trouble;
+                      told += RecordEvent(archive, "one", kNow + minutes(5), 31).trouble;
+                  }
+                  MakeReadOnly(folder.Path().string());
+                  Archive archive(path);
+                  told += archive.OtherWriter().value_or("");
+                  told += archive.Open(kNow + minutes(6), restored).trouble + "\n";
+                  told += restored.rows.at(0).text + " is known, " + restored.deliveries.at(0).event.id +
+                          " is owed\n";
+                  told += RecordEvent(archive, "two", kNow + minutes(10), 31).IsStored() ? "stored" : "";
+                  told += archive.Settle("mail", {"one"}, kNow + minutes(11)).IsStored() ? "settled" : "";
+                  told += archive.Tidy(kNow + minutes(11), minutes(5)).trouble;
+                  MakeWritable(folder.Path().string());
+                  told += RecordEvent(archive, "three", kNow + minutes(15), 33).trouble;
+                  archive = Archive(path);
+                  return told + Found(path, kNow + hours(1));
+              }),
+              "the history " + path + " cannot be written: " + path +
+                  ".lock cannot be opened: Read-only file system\n"
+                  "one is known, one is owed\n"
+                  "events one two three; owed two three; rows three; temperature 31 31 33; ok");
 }
 
 /// As somebody who may read here and write nothing.

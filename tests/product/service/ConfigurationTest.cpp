@@ -109,6 +109,13 @@ TEST(Configuration, NamesTheLineAndWhatIsWrong) {
     }
 }
 
+TEST(Configuration, NamesWhatIsWrongInOneLine) {
+    EXPECT_THAT(
+        ProblemsOf("[[channel]]\nkind = \"mail\"\nto = [\"a\\nb\"]\n"),
+        ElementsAre("line 3: channel.to: each is an address such as storage@example.org, without a name; "
+                    "\"a\\nb\" is none"));
+}
+
 TEST(Configuration, NamesTheLineOfWhatIsNoToml) {
     const std::vector<std::string> problems = ProblemsOf("interval = \"5m\"\n\nhost = storage7\n");
     ASSERT_EQ(problems.size(), 1U);

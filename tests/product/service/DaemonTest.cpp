@@ -6,6 +6,8 @@
 
 #include <gmock/gmock.h>
 #include <signal.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -32,8 +34,8 @@ class Daemon : public testing::Test {
     void Configure(const std::string& more) const {
         WriteFile(m_Folder / "service.toml", more +
                                                  "\ninterval = \"1d\"\nsmart_interval = \"0\"\ncalm = "
-                                                 "\"0s\"\n[[channel]]\nkind = \"exec\"\nleast = \"ok\"\n"
-                                                 "command = [\"/bin/sh\", \"-c\", \"cat >> " +
+                                                 "\"0s\"\n[[channel]]\nkind = \"exec\"\nlevel = \"ok\"\n"
+                                                 "program = \"/bin/sh\"\narguments = [\"-c\", \"cat >> " +
                                                  (m_Folder / "events") + "\"]\n");
     }
 
@@ -80,6 +82,97 @@ TEST_F(Daemon, EndsWhateverTheToolDoes) {
     ::kill(running->Process(), SIGTERM);
     EXPECT_EQ(running->Wait().ExitStatus(), 0);
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(60));
+}
+
+/// What becomes of asking such a tool, and what is told of it.
+struct BadTool {
+    const char* name;
+    const char* scenario;
+    const char* timeout;
+    const char* words;
+};
+
+class BadTools : public Daemon, public testing::WithParamInterface<BadTool> {};
+
+TEST_P(BadTools, AreToldInWords) {
+    Configure(std::string("failures_to_tell = 1\ntimeout = ") + GetParam().timeout);
+    const auto running = Start(GetParam().scenario);
+    ASSERT_TRUE(ComesTrue([&] { return HasTold("\"kind\":\"began\""); }));
+    EXPECT_THAT(ReadFile(m_Folder / "events"), HasSubstr(GetParam().words));
+    ::kill(running->Process(), SIGTERM);
+    const Ended ended = running->Wait();
+    EXPECT_EQ(ended.ExitStatus(), 0);
+    EXPECT_EQ(ended.err, "");
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Each, BadTools,
+    testing::Values(
+        // Which report it is at depends on the machine.
+        BadTool{"Hangs", "faults/endless", "\"1s\"",
+                " did not end within 1 s, and was ended; it has never answered\""},
+        BadTool{"Dies", "faults/killed", "\"1h\"",
+                "\"words\":\"the server: cannot be asked: get-info failed with return value 0x000000a1: the "
+                "tool's run failed (01) at controller 0: logical drives (vdkcli -ldpdinfo -a0): exit status "
+                "139 (SIGSEGV): \\\"Segmentation fault\\\"; "
+                "look at the scenario faults/killed, and at what --trace 1,2 shows; it has never answered\""},
+        BadTool{"Fails", "faults/dead", "\"1h\"",
+                "\"words\":\"the server: cannot be asked: get-info failed with return value 0x000000a1: the "
+                "tool's run failed (01) at all controllers: controller data (vdkcli -ctrlinfo -aAll): exit "
+                "status 127, nothing printed; "
+                "look at the scenario faults/dead, and at what --trace 1,2 shows; it has never answered\""},
+        BadTool{"AnswersNonsense", "faults/one-line", "\"1h\"",
+                "\"words\":\"a controller: its own report is missing\""}),
+    [](const auto& tool) { return tool.param.name; });
+
+/// What whoever started the service hears.
+class Manager final {
+  public:
+    explicit Manager(const std::string& path) : m_Socket(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0)) {
+        struct sockaddr_un address {};
+        address.sun_family = AF_UNIX;
+        path.copy(address.sun_path, sizeof address.sun_path - 1);
+        EXPECT_EQ(::bind(m_Socket, reinterpret_cast<struct sockaddr*>(&address), sizeof address), 0);
+    }
+    Manager(const Manager&) = delete;
+    Manager& operator=(const Manager&) = delete;
+    ~Manager() { ::close(m_Socket); }
+
+    [[nodiscard]] bool Hears(const std::string& words) {
+        return ComesTrue([&] {
+            char message[4096];
+            for (ssize_t size = 0; (size = ::recv(m_Socket, message, sizeof message, MSG_DONTWAIT)) > 0;) {
+                m_Heard.append(message, static_cast<std::size_t>(size)).append("\n");
+            }
+            const std::size_t at = m_Heard.find(words);
+            m_Heard.erase(0, at == std::string::npos ? 0 : at + words.size());
+            return at != std::string::npos;
+        });
+    }
+
+  private:
+    int m_Socket;
+    std::string m_Heard;
+};
+
+TEST_F(Daemon, TellsItsManagerHowItIs) {
+    Manager manager(m_Folder / "notify");
+    const auto running =
+        Command{.words = {"--config", m_Folder / "service.toml", "--scenario", "small", "--history",
+                          m_Folder / "history.db"},
+                .environment = {{"NOTIFY_SOCKET", m_Folder / "notify"}, {"WATCHDOG_USEC", "20000"}},
+                .program = SERVICE_TEST_PROGRAM}
+            .Start();
+    EXPECT_TRUE(manager.Hears("READY=1\nSTATUS=not asked yet, 0 alarms\n"));
+    EXPECT_TRUE(manager.Hears("WATCHDOG=1\n"));
+    EXPECT_TRUE(manager.Hears("STATUS=OK at "));
+    EXPECT_TRUE(manager.Hears("WATCHDOG=1\n"));
+    ::kill(running->Process(), SIGHUP);
+    EXPECT_TRUE(manager.Hears("RELOADING=1\nMONOTONIC_USEC="));
+    EXPECT_TRUE(manager.Hears("READY=1\n"));
+    ::kill(running->Process(), SIGTERM);
+    EXPECT_TRUE(manager.Hears("STOPPING=1\n"));
+    EXPECT_EQ(running->Wait().ExitStatus(), 0);
 }
 
 TEST_F(Daemon, KeepsItsConfigurationWhenTheNewOneIsWrong) {

@@ -2,6 +2,9 @@
 
 #include "DocumentText.h"
 #include "basics/Time.h"
+#include "history/Reader.h"
+#include "test_support/InChild.h"
+#include "test_support/SmallDisk.h"
 #include "test_support/TempFolder.h"
 
 #include <gmock/gmock.h>
@@ -11,6 +14,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <set>
 #include <sstream>
 
@@ -21,10 +25,12 @@ using namespace inventory::test;
 using std::chrono::hours;
 using std::chrono::minutes;
 using std::chrono::seconds;
+using testing::AllOf;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
 
 std::string Server(const std::string& state, const std::string& status, const std::string& detail,
                    const std::string& temperature = "31 C") {
@@ -131,6 +137,10 @@ class Serving : public testing::Test {
 
 constexpr const char* kDrive =
     "CRITICAL began: controller 0, RG0, PD1 in enclosure 252 slot 1: FAILED (serial number B)";
+constexpr const char* kDriveEnded =
+    "OK ended: controller 0, RG0, PD1 in enclosure 252 slot 1: FAILED (serial number B): well again";
+constexpr const char* kGroupEnded =
+    "OK ended: controller 0, RG0, LD0: DEGRADED, nothing is being rebuilt: well again";
 constexpr const char* kGroup = "CRITICAL began: controller 0, RG0, LD0: DEGRADED, nothing is being rebuilt";
 
 TEST_F(Serving, AServerThatStartsDegradedIsToldOnceWhateverRestarts) {
@@ -212,6 +222,17 @@ TEST_F(Serving, AChannelThatIsDownHoldsBackAndIsToldToTheOthers) {
     EXPECT_EQ(Told("other").size(), 3U) << "that it works again is only information";
 }
 
+TEST_F(Serving, TellsUnderItsNewNameWhatWaitsWhenTheHostIsCalledAnother) {
+    m_Configuration.host = "storage7";
+    Restart();
+    Sees(kFailed);
+    m_Configuration.host = "storage8";
+    m_Service->Configure(m_Configuration, m_Now);
+    Deliver();
+    EXPECT_THAT(testsupport::ReadFile(FileOf("pager")),
+                AllOf(HasSubstr("\"host\":\"storage8\""), Not(HasSubstr("\"host\":\"storage7\""))));
+}
+
 TEST_F(Serving, AHistoryThatCannotBeWrittenIsToldAndNothingIsLost) {
     m_Configuration.history = "/proc/nowhere/history.db";
     Restart();
@@ -238,6 +259,112 @@ TEST_F(Serving, ExpectationsThatCannotBeReadAreToldAndThoseBeforeCount) {
     Deliver();
     EXPECT_THAT(Told(), ElementsAre(kDrive, HasSubstr("WARNING trouble: " + file +
                                                       " holds no expectations: line 1")));
+}
+
+/// All that the channel was told, a line each.
+class WithEverythingTold : public Serving {
+  protected:
+    WithEverythingTold() {
+        m_Configuration.channels.front().least = inventory::Level::Ok;
+        m_Configuration.host = "storage7";
+        Restart();
+    }
+    [[nodiscard]] std::string Lines() const {
+        std::string lines;
+        for (const std::string& line : Told()) {
+            lines += line + '\n';
+        }
+        return lines;
+    }
+};
+
+TEST_F(WithEverythingTold, AFullDiskIsToldOnceAndSoIsItsEnd) {
+    const std::string disk = m_Folder / "disk";
+    std::filesystem::create_directory(disk);
+    EXPECT_EQ(
+        testsupport::InChild([&] {
+            testsupport::MountDisk(disk, "size=1m");
+            m_Configuration.history = disk + "/history.db";
+            Restart();
+            Deliver();
+            std::filesystem::remove(FileOf("pager"));
+            testsupport::FillDisk(disk + "/other");
+            for (int inquiry = 0; inquiry < 300; ++inquiry) {
+                Sees(Server("OPTIMAL", "NO ERROR", "ONLINE", std::to_string(30 + inquiry % 9) + " C"));
+                Deliver();
+            }
+            Sees(kFailed);
+            Deliver();
+            std::filesystem::remove(disk + "/other");
+            Sees(kWell);
+            Deliver();
+            m_Service.reset();
+            const std::size_t told = Told().size();
+            const std::size_t stored =
+                history::Reader(m_Configuration.history).EventsSince(history::TimePoint()).size();
+            return Lines() + (stored == told + 1 ? "all of it is stored" : std::to_string(stored));
+        }),
+        "WARNING trouble: the history " + disk +
+            "/history.db cannot be written: database or disk is full; it is kept in memory until then\n" +
+            kDrive + "\n" + kGroup + "\n" + kDriveEnded + "\n" + kGroupEnded +
+            "\n"
+            "OK trouble: the history can be written again\nall of it is stored");
+}
+
+TEST_F(WithEverythingTold, AFolderThatMayOnlyBeReadIsToldAndWhatIsInItIsKnown) {
+    const std::string disk = m_Folder / "disk";
+    std::filesystem::create_directory(disk);
+    EXPECT_EQ(
+        testsupport::InChild([&] {
+            testsupport::MountDisk(disk, "size=10m");
+            m_Configuration.history = disk + "/history.db";
+            Restart();
+            Sees(kFailed);
+            Deliver();
+            m_Service.reset();
+            std::filesystem::remove(FileOf("pager"));
+            testsupport::MakeReadOnly(disk);
+            Begin();
+            Sees(kFailed);
+            Sees(kFailed);
+            Deliver();
+            testsupport::MakeWritable(disk);
+            Sees(kWell);
+            Deliver();
+            return Lines();
+        }),
+        "OK started: watching storage7, CRITICAL at 2031-04-05T06:05:00Z: 2 critical in 1 controller, 1 "
+        "group, 1 logical drive, 2 drives, 2 alarms\n"
+        "WARNING trouble: the history " +
+            disk + "/history.db cannot be written: " + disk +
+            "/history.db.lock cannot be opened: Read-only file system; it is kept in memory until then\n" +
+            kDriveEnded + "\n" + kGroupEnded + "\nOK trouble: the history can be written again\n");
+}
+
+TEST_F(WithEverythingTold, AClockThatJumpsByADayTellsNothingTwice) {
+    Sees(kFailed);
+    m_Now.wall += hours(24);
+    Sees(kFailed);
+    m_Now.wall -= hours(24);
+    Sees(kFailed);
+    Sees(kWell);
+    m_Now.wall -= hours(24);
+    Sees(kWell);
+    m_Now.wall += hours(48);
+    Sees(kWell);
+    Restart();
+    Sees(kWell);
+    Deliver();
+    EXPECT_EQ(Lines(), std::string("OK started: watching storage7, not asked yet, 0 alarms\n") + kDrive +
+                           "\n" + kGroup +
+                           "\nCRITICAL reminder: still controller 0, RG0, PD1 in enclosure 252 slot 1: "
+                           "FAILED (serial number B), since "
+                           "2031-04-05T06:05:00Z; controller 0, RG0, LD0: DEGRADED, nothing is being "
+                           "rebuilt, since 2031-04-05T06:05:00Z\n" +
+                           kDriveEnded + "\n" + kGroupEnded +
+                           "\nOK started: watching storage7, OK at 2031-04-06T06:30:00Z: 1 controller, 1 "
+                           "group, 1 logical drive, 2 drives, all well, 0 alarms\n");
+    EXPECT_THAT(m_Service->Alarms(), IsEmpty());
 }
 
 std::size_t ResidentPages() {
@@ -280,6 +407,43 @@ TEST_F(Serving, NothingGrowsInTwentyFourDays) {
     EXPECT_EQ(m_Service->WaitingFor("pager"), 0U);
     EXPECT_EQ(Told().size(), 24U * 4);  // a drive and a logical drive, begun and ended, each day
     EXPECT_LE(::waitpid(-1, nullptr, WNOHANG), 0);
+}
+
+/// Two drives that are awake and one that sleeps.
+const std::string kWithSleeper = Xml(
+    ControllerItem("0") + DriveItem("PD0", "NO ERROR", "HOT SPARE", Key("Serial Number", "A")) +
+    DriveItem("PD1", "NO ERROR", "HOT SPARE", Key("Serial Number", "B")) +
+    DriveItem("PD2", "NO ERROR", "HOT SPARE", Key("Serial Number", "C") + Key("Power Status", "Stopped")));
+
+TEST_F(Serving, AsksEachDriveThatIsAwakeOnceAnIntervalForTwentyFourDays) {
+    m_Configuration.interval = minutes(30);
+    m_Configuration.smartInterval = hours(6);
+    Restart();
+    constexpr hours kAll{24 * 24};
+    std::map<std::string, std::vector<std::chrono::steady_clock::time_point>> asked;
+    std::size_t servers = 0;
+    for (const auto end = m_Now.steady + kAll; m_Now.steady < end;) {
+        Pass(std::chrono::ceil<seconds>(
+            std::max(m_Service->NextDue(false).value_or(m_Now.steady) - m_Now.steady, {})));
+        while (const auto inquiry = m_Service->TakeDue(m_Now)) {
+            if (inquiry->drive) {
+                asked[inquiry->drive->slot].push_back(m_Now.steady);
+                m_Service->Answered(inquiry->drive, {"", "no SMART data at all"}, m_Now);
+            } else {
+                ++servers;
+                m_Service->Answered({}, {kWithSleeper, ""}, m_Now);
+            }
+        }
+        Deliver();
+    }
+    EXPECT_EQ(servers, 24U * 48 + 1) << "at both ends, too";
+    ASSERT_EQ(asked.size(), 2U) << "the one that sleeps is left alone";
+    for (const auto& [slot, times] : asked) {
+        EXPECT_NEAR(static_cast<double>(times.size()), 24 * 4, 1) << slot;
+        for (std::size_t number = 1; number < times.size(); ++number) {
+            EXPECT_EQ(times[number] - times[number - 1], hours(6)) << slot;
+        }
+    }
 }
 
 }  // namespace

@@ -20,4 +20,7 @@ namespace basics {
 /// Its children, theirs, and so on.
 [[nodiscard]] std::vector<pid_t> DescendantsOf(pid_t ancestor);
 
+/// Those of a session that have not ended.
+[[nodiscard]] std::vector<pid_t> MembersOf(pid_t session);
+
 }  // namespace basics

@@ -16,6 +16,7 @@ struct Limits {
     std::optional<std::uint64_t> mediaErrors = {};       ///< that a drive may have
     std::optional<std::uint64_t> mediaErrorGrowth = {};  ///< since the expectations were saved
     std::optional<std::size_t> spares = {};              ///< that a controller with groups has to have
+    bool operator==(const Limits&) const = default;
 };
 
 /// By what a server is judged beside the rules that hold for all.

@@ -60,6 +60,9 @@ class Courier final {
     Courier& operator=(const Courier&) = delete;
     ~Courier();
 
+    /// What the server is called from now on; what is on its way has the name that it had.
+    void SetHost(const std::string& host) { m_Manner.host = host; }
+
     /// Those that stay keep their queues, and try at once what has failed; what waits for one that is gone is
     /// dropped.
     void SetChannels(const std::vector<Channel>& channels, SteadyTime now);

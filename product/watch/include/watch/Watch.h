@@ -22,6 +22,7 @@ struct Rules {
     std::chrono::seconds reminder{86400};  ///< from one to the next
     /// How much counters may grow in a day.
     std::uint64_t mediaErrors = 10, otherErrors = 100, predictiveFailures = 0;
+    bool operator==(const Rules&) const = default;
 };
 
 /// Something that is not well, from its beginning to its end. It stands while its part is in no report.
