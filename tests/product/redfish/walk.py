@@ -18,15 +18,22 @@ def word(value):
     return None if value is None else value.value if hasattr(value, "value") else value
 
 
+def volumes_of(each):
+    try:
+        return [volume.identity for volume in each.volumes]
+    except sushy.exceptions.MissingAttributeError:  # How it takes an empty list.
+        return []
+
+
 def drive(each):
     return {"name": each.name, "model": each.model, "serial": each.serial_number, "bytes": each.capacity_bytes,
             "protocol": word(each.protocol), "health": word(each.status.health),
-            "volumes": [volume.identity for volume in each.volumes]}
+            "volumes": volumes_of(each)}
 
 
 def volume(each):
     return {"id": each.identity, "raid": word(each.raid_type), "bytes": each.capacity_bytes,
-            "health": word(each.status.health)}
+            "health": each.json["Status"]["Health"]}
 
 
 def main(url, name, password):
