@@ -107,6 +107,29 @@ std::size_t MostItemsOf(std::string_view xml) {
     return count;
 }
 
+void Write(Siblings items, pugi::xml_node parent) {
+    for (const Item& item : items) {
+        pugi::xml_node node = parent.append_child(kItemElement.data());
+        node.append_attribute("Name") = item.name.c_str();
+        if (item.hasValue) {
+            node.append_attribute("Value") = item.value.c_str();
+        }
+        node.append_attribute("Valid") = item.isPlaceholder ? "FALSE" : "TRUE";
+        if (!item.lostParent.empty()) {
+            node.append_attribute("Parent") = item.lostParent.c_str();
+        }
+        Write(ChildrenOf(item), node);
+    }
+}
+
+class TextWriter final : public pugi::xml_writer {
+  public:
+    void write(const void* data, std::size_t size) override {
+        text.append(static_cast<const char*>(data), size);
+    }
+    std::string text;
+};
+
 }  // namespace
 
 Document Document::Read(std::string_view xml) {
@@ -134,6 +157,16 @@ Document Document::Read(std::string_view xml) {
     Reader reader(MostItemsOf(xml));
     root.traverse(reader);
     return Document(reader.Take());
+}
+
+std::string XmlOf(const Document& document) {
+    pugi::xml_document written;
+    pugi::xml_node root = written.append_child(kDocumentElement.data());
+    root.append_attribute("version") = kVersion.data();
+    Write(document.Roots(), root);
+    TextWriter writer;
+    written.save(writer, "", pugi::format_raw | pugi::format_no_declaration, pugi::encoding_utf8);
+    return std::move(writer.text);
 }
 
 }  // namespace inventory

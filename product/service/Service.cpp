@@ -89,7 +89,8 @@ void Service::Answered(const std::optional<calls::DrivePlace>& drive, const Answ
     }
     try {
         if (drive) {
-            m_Picture.SeeDrive(*drive, inventory::Document::Read(answer.document));
+            m_Picture.SeeDrive({drive->controller, drive->enclosure, drive->slot,
+                                inventory::Document::Read(answer.document)});
         } else {
             TakeServer(answer.document, now);
         }
@@ -234,7 +235,7 @@ void Service::Stop(Moment now) {
 }
 
 std::string Service::State() const {
-    const inventory::Snapshot* const snapshot = m_Picture.Latest();
+    const inventory::Snapshot* const snapshot = Latest();
     const std::size_t alarms = m_Watch.Alarms().size();
     std::string state = "not asked yet";
     if (snapshot != nullptr) {

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "Configuration.h"
-#include "Picture.h"
 #include "Schedule.h"
 #include "Worker.h"
+#include "board/Picture.h"
 #include "history/Archive.h"
 #include "telling/Courier.h"
 #include "watch/Watch.h"
@@ -68,7 +68,7 @@ class Service final {
 
     [[nodiscard]] const Configuration& TheConfiguration() const { return m_Configuration; }
     [[nodiscard]] std::vector<watch::Alarm> Alarms() const { return m_Watch.Alarms(); }
-    [[nodiscard]] const inventory::Snapshot* Latest() const { return m_Picture.Latest(); }
+    [[nodiscard]] const inventory::Snapshot* Latest() const { return m_Picture.Latest().get(); }
     [[nodiscard]] std::size_t WaitingFor(const std::string& channel) const {
         return m_Courier.WaitingFor(channel);
     }
@@ -93,7 +93,7 @@ class Service final {
     history::Archive m_Archive;
     telling::Courier m_Courier;
     Schedule m_Schedule;
-    Picture m_Picture;
+    board::Picture m_Picture;
     std::optional<inventory::Expectations> m_Expectations;  ///< as they could be read last
     std::string m_ExpectTrouble, m_ArchiveTrouble;          ///< as it was told last
     std::chrono::steady_clock::time_point m_Tidied;

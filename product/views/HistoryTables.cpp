@@ -18,6 +18,11 @@ std::string Section(const std::string& title, const std::string& text, const Ter
     return '\n' + Heading(title, style) + '\n' + text;
 }
 
+/// A line of words, or as many as the terminal needs.
+std::string Note(const std::string& words, std::size_t column, const TerminalStyle& style) {
+    return std::string(column, ' ') + Wrapped(words, column, kIndentation, style) + '\n';
+}
+
 std::string StatesOf(const history::PartHistory& part, const TerminalStyle& style) {
     Grid grid({{"SINCE"}, {"UNTIL"}, {"STATE", Fit::Shorten}, {"PLACE", Fit::ShortenOrOmit}});
     const std::string place = PlaceOf(part.part.about);
@@ -62,8 +67,9 @@ std::string CountersOf(const history::PartHistory& part, const TerminalStyle& st
     }
     std::string text = grid.IsEmpty() ? "  none is known\n" : grid.Text(style, kIndentation);
     if (unchanged > 0) {
-        text += "  " + std::to_string(unchanged) + (unchanged == 1 ? " other has" : " others have") +
-                " not changed; --format json has " + (unchanged == 1 ? "it" : "them") + "\n";
+        text += Note(std::to_string(unchanged) + (unchanged == 1 ? " other has" : " others have") +
+                         " not changed; --format json has " + (unchanged == 1 ? "it" : "them"),
+                     kIndentation, style);
     }
     return text;
 }
@@ -79,9 +85,10 @@ std::string EventsOf(const history::PartHistory& part, const TerminalStyle& styl
 }  // namespace
 
 std::string HistoryTable(const history::Overview& overview, const TerminalStyle& style) {
-    std::string text = "As of ";
-    text += overview.answered ? TimeText(*overview.answered) + " UTC" : "no answer yet";
-    text += ": " + CountsOf(overview) + "\n";
+    std::string text =
+        Note("As of " + (overview.answered ? TimeText(*overview.answered) + " UTC" : "no answer yet") + ": " +
+                 CountsOf(overview),
+             0, style);
     Grid grid({{"PART", Fit::Shorten},
                {"STATE", Fit::Shorten},
                {"SINCE (UTC)"},
@@ -102,9 +109,13 @@ std::string HistoryTable(const history::PartHistory& part, const TerminalStyle& 
     const std::string identity = IdentityOf(part.part.about);
     const std::string title = PlaceOf(part.part.about) + (identity.empty() ? "" : " (" + identity + ")");
     std::string text = Heading(Wrapped(basics::Printable(title), 0, kIndentation, style), style) + '\n';
-    text += Colored(basics::Printable(StateText(state)), LookOf(state), style) + " since " +
-            TimeText(state.since);
-    text += (part.answered ? ", as of " + TimeText(*part.answered) : "") + " UTC\n";
+    const std::string words = basics::Printable(StateText(state));
+    const std::size_t column = basics::WidthOf(words);
+    text += Colored(words, LookOf(state), style) +
+            Wrapped(" since " + TimeText(state.since) +
+                        (part.answered ? ", as of " + TimeText(*part.answered) : "") + " UTC",
+                    column, kIndentation, style) +
+            '\n';
     const std::string since = " since " + TimeText(part.since) + " UTC";
     text += Section("States" + since, StatesOf(part, style), style);
     if (part.part.about.kind == inventory::PartKind::Drive) {
@@ -133,13 +144,16 @@ std::string EventsTitle(const TerminalStyle& style) {
 std::string EventLine(const watch::Event& event, const TerminalStyle& style) {
     constexpr std::size_t kFront = kTimeWidth + kEventLevelWidth + kEventKindWidth;
     const bool isNarrow = style.columns != 0 && style.columns < kFront + kEventKindWidth;
-    const std::string front = basics::PadRight(TimeText(event.at), kTimeWidth);
-    const std::string kind = basics::PadRight(std::string(NameOf(event.kind)), kEventKindWidth);
-    const std::string level = basics::PadRight(std::string(NameOf(event.level)), kEventLevelWidth);
-    std::string text = front + Colored(level, LookOf(event.level), style) + kind;
-    text += isNarrow ? '\n' + std::string(kIndentation, ' ') : "";
-    const std::size_t column = isNarrow ? kIndentation : kFront;
-    return text + Wrapped(basics::Printable(event.words), column, column, style) + '\n';
+    const std::string time = basics::PadRight(TimeText(event.at), kTimeWidth);
+    const std::string level(NameOf(event.level));
+    const std::string kind(NameOf(event.kind));
+    const std::string words = basics::Printable(event.words);
+    if (isNarrow) {
+        return time + Colored(level, LookOf(event.level), style) + '\n' +
+               Note(kind + ": " + words, kIndentation, style);
+    }
+    return time + Colored(basics::PadRight(level, kEventLevelWidth), LookOf(event.level), style) +
+           basics::PadRight(kind, kEventKindWidth) + Wrapped(words, kFront, kFront, style) + '\n';
 }
 
 }  // namespace views

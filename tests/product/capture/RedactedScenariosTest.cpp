@@ -141,12 +141,31 @@ std::size_t ExpectSameButForWords(const std::string& original, const std::string
     return differing;
 }
 
-/// Those that tell the same at all times; of the others each stage would be one.
-std::vector<std::string> SteadyScenarios() {
-    std::vector<std::string> names = scenario::ScenarioNames(kAllScenarios);
-    std::erase_if(names,
-                  [](const std::string& name) { return fs::exists(kAllScenarios / name / "timeline"); });
-    return names;
+bool IsThere(const fs::path& scenario, const char* file) {
+    return fs::exists(kAllScenarios / scenario / file);
+}
+
+/// The stages of a scenario that tells something else from time to time, where their drives differ.
+std::vector<std::string> StagesOf(const fs::path& scenario) {
+    std::vector<std::string> stages;
+    for (const std::string& name : TempFolder::NamesIn(kAllScenarios / scenario)) {
+        if (IsThere(scenario / name, "pdinfo_a0.txt") && IsThere(scenario, "timeline")) {
+            stages.push_back(scenario / name);
+        }
+    }
+    return stages;
+}
+
+std::vector<std::string> AllServers() {
+    std::vector<std::string> servers;
+    for (const std::string& name : scenario::ScenarioNames(kAllScenarios)) {
+        if (!IsThere(name, "timeline")) {
+            servers.push_back(name);
+        }
+        const std::vector<std::string> stages = StagesOf(name);
+        servers.insert(servers.end(), stages.begin(), stages.end());
+    }
+    return servers;
 }
 
 class RedactedScenario : public testing::TestWithParam<std::string> {
@@ -220,7 +239,7 @@ std::string NameOfScenario(const testing::TestParamInfo<std::string>& scenario) 
     return name;
 }
 
-INSTANTIATE_TEST_SUITE_P(All, RedactedScenario, testing::ValuesIn(SteadyScenarios()), NameOfScenario);
+INSTANTIATE_TEST_SUITE_P(All, RedactedScenario, testing::ValuesIn(AllServers()), NameOfScenario);
 
 /// A server that tells all that is not to be told, in all ways.
 class TellingServer : public testing::Test {

@@ -267,6 +267,18 @@ class Following : public Recalled {
         words.insert(words.end(), more.begin(), more.end());
         return Command{.words = words, .standardOutput = m_Folder / "out"}.Start();
     }
+    /// As a service does that begins a new file.
+    void SetAside() {
+        m_Archive = Archive(m_Folder / "another.db");
+        for (const char* const beside : {"", "-wal", "-shm"}) {
+            if (std::filesystem::exists(m_Path + beside)) {
+                std::filesystem::rename(m_Path + beside, m_Path + ".old" + beside);
+            }
+        }
+        m_Archive = Archive(m_Path);
+        history::Restored restored;
+        EXPECT_EQ(m_Archive.Open(m_Now, restored).trouble, "");
+    }
     [[nodiscard]] bool Prints(const std::string& text) const {
         return ComesTrue([&] { return m_Folder.Read("out").find(text) != std::string::npos; });
     }
@@ -290,7 +302,7 @@ TEST_F(Following, PrintsEventsAsTheyCome) {
 TEST_F(Following, GoesOnWithTheNextFile) {
     const std::unique_ptr<Running> running = Start({"--format", "json"});
     EXPECT_TRUE(Prints("\"event two\""));
-    std::filesystem::rename(m_Path, m_Path + ".old");
+    SetAside();
     Record("36 C", true, "three");
     EXPECT_TRUE(Prints("\"event three\""));
     ::kill(running->Process(), SIGINT);

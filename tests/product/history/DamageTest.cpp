@@ -3,6 +3,7 @@
 #include "FileCare.h"
 #include "Remembering.h"
 #include "basics/Failure.h"
+#include "test_support/Sweep.h"
 
 #include <unistd.h>
 
@@ -270,7 +271,7 @@ TEST_F(DamagedFile, OfSingleBytesNeverEndsTheService) {
     Close();
     const std::string whole = testsupport::ReadFile(m_Path);
     std::mt19937 chance(7);
-    for (int time = 0; time < 50; ++time) {
+    for (int time = 0; time < static_cast<int>(testsupport::PointsOf(50)); ++time) {
         for (const std::string& name : m_Folder.Names()) {
             fs::remove(m_Folder.Path() / name);
         }

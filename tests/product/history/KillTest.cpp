@@ -1,6 +1,7 @@
 // A writer that is killed, at whatever moment, has stored what it says it has stored, and nothing in halves.
 
 #include "Remembering.h"
+#include "test_support/Sweep.h"
 #include "test_support/TempFolder.h"
 
 #include <sqlite3.h>
@@ -258,13 +259,14 @@ TEST_F(AKilledWriter, HasStoredWhatItSaidAtEveryCall) {
     ASSERT_TRUE(told.back().starts_with("done "));
     const std::size_t all = std::stoul(told.back().substr(5));
     ASSERT_GT(all, 1000U);  // With the documents it writes that many pages.
-    constexpr std::size_t kPoints = 150;
+    constexpr std::size_t kPoints = testsupport::PointsOf(160);
     std::mt19937 chance(3);
     for (std::size_t point = 0; point < kPoints; ++point) {
         const testsupport::TempFolder folder;
         // Each in a part of its own, so that they lie everywhere; the first ones, which make the file,
         // closely.
-        const std::size_t call = point < 40 ? point + 1 : 1 + (point * all + chance() % all) / kPoints;
+        const std::size_t call =
+            point < kPoints / 4 ? point + 1 : 1 + (point * all + chance() % all) / kPoints;
         const std::vector<std::string> lines = Run(folder / "history.db", call);
         EXPECT_TRUE(m_WasKilled) << call;
         ExpectConsistent(folder / "history.db", lines);
@@ -274,7 +276,7 @@ TEST_F(AKilledWriter, HasStoredWhatItSaidAtEveryCall) {
 
 TEST_F(AKilledWriter, HasStoredWhatItSaidAtAnyMoment) {
     std::mt19937 chance(5);
-    for (int time = 0; time < 60; ++time) {
+    for (std::size_t time = 0; time < testsupport::PointsOf(60); ++time) {
         const testsupport::TempFolder folder;
         const std::vector<std::string> lines =
             Run(folder / "history.db", 0, 1 + chance() % (kInquiries + kInquiries / 2),

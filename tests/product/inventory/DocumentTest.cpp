@@ -51,6 +51,17 @@ TEST(DocumentTest, GivesBackEveryCharacter) {
     EXPECT_EQ(document.Roots().begin()->value, "\xC3\xA4 \xEF\xBF\xBD");
 }
 
+TEST(DocumentTest, IsWrittenAsItWasRead) {
+    for (const std::string xml :
+         {"<RAID version=\"1\"/>",
+          "<RAID version=\"1\"><Item Name=\"a\" Valid=\"TRUE\"><Item Name=\"b\" Value=\"\" Valid=\"FALSE\" "
+          "Parent=\"away\"/></Item><Item Name=\"&lt;&amp;&quot;&#10;&#09;\" Value=\"\xC3\xA4\" "
+          "Valid=\"TRUE\"/>"
+          "</RAID>"}) {
+        EXPECT_EQ(XmlOf(Document::Read(xml)), xml);
+    }
+}
+
 TEST(DocumentTest, MayHaveNoItem) {
     EXPECT_TRUE(Document::Read("<RAID version=\"1\"/>").Roots().IsEmpty());
 }

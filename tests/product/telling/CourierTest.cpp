@@ -2,6 +2,7 @@
 
 #include "Bench.h"
 #include "test_support/InChild.h"
+#include "test_support/Sweep.h"
 
 #include <malloc.h>
 #include <signal.h>
@@ -330,13 +331,9 @@ std::size_t OpenFiles() {
     return TempFolder::NamesIn("/proc/self/fd").size();
 }
 
-#ifdef __SANITIZE_ADDRESS__
-constexpr int kRounds = 50;  // A process of theirs takes long to copy.
-#else
-constexpr int kRounds = 400;
-#endif
+constexpr int kRounds = static_cast<int>(testsupport::PointsOf(200));
 
-TEST_F(CourierTest, NothingGrowsInThousandsOfDeliveries) {
+TEST_F(CourierTest, NothingGrowsInAThousandDeliveries) {
     Channel bad = ExecChannel("bad", "/bin/false");
     Channel missing = ExecChannel("missing", "/no/such");
     bad.capacity = missing.capacity = 2;

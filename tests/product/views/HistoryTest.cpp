@@ -170,21 +170,20 @@ TEST(PartTable, TellsWhatHappenedToIt) {
         "Counters since 2031-03-06 00:00:00 UTC\n"
         "  COUNTER                                   LAST  LOWEST  HIGHEST  LINE\n"
         "  media errors                                 3       0        3  ▁▁                           █\n"
-        "  temperature                               33.5      28       40  ██▁                         ▁\n"
+        "  temperature                               33.5      28       40  █▁▁                          ▃\n"
         "  SMART Reallocated Sector Count, Raw Data    12       0       12  ▁▁                           █\n"
         "  1 other has not changed; --format json has it\n"
         "\n"
         "Events since 2031-03-06 00:00:00 UTC\n"
         "TIME (UTC)           LEVEL     EVENT           WHAT\n"
         "2031-04-05 04:07:08  CRITICAL  began           controller 0, PD3 in enclosure 252 slot 3: FAILED "
-        "(TF6, "
-        "serial number A)\n");
+        "(TF6, serial number A)\n");
 }
 
 TEST(PartTable, SaysWhereNothingIsKnown) {
     history::PartHistory part{Parts().parts.at(0), kSince};
     EXPECT_EQ(HistoryTable(part, {}),
-              "controller 0\n"
+              "controller 0 (Gate)\n"
               "OK since 2031-03-06 00:00:00 UTC\n"
               "\n"
               "States since 2031-03-06 00:00:00 UTC\n"
@@ -204,6 +203,19 @@ TEST(HistoryTables, FitTheTerminal) {
             }
         }
     }
+}
+
+TEST(EventLines, BreakAtTheirWords) {
+    watch::Event event = Drive().events.front().event;
+    EXPECT_EQ(EventLine(event, {40}),
+              "2031-04-05 04:07:08  CRITICAL\n"
+              "  began: controller 0, PD3 in enclosure\n"
+              "  252 slot 3: FAILED (TF6, serial number\n"
+              "  A)\n");
+    EXPECT_EQ(EventLine(event, {80}),
+              "2031-04-05 04:07:08  CRITICAL  began           controller 0, PD3 in enclosure\n"
+              "                                               252 slot 3: FAILED (TF6, serial\n"
+              "                                               number A)\n");
 }
 
 TEST(HistoryTables, AreColouredByLevels) {

@@ -82,6 +82,9 @@ class Document final {
     std::vector<Item> m_Items;
 };
 
+/// The XML of a document, on one line, from which it can be read again.
+[[nodiscard]] std::string XmlOf(const Document& document);
+
 [[nodiscard]] inline Siblings ChildrenOf(const Item& item) {
     return {&item + 1, &item + item.size};
 }

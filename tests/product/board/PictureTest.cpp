@@ -1,10 +1,10 @@
-#include "Picture.h"
+#include "board/Picture.h"
 
 #include "DocumentText.h"
 
 #include <gtest/gtest.h>
 
-namespace service::test {
+namespace board::test {
 namespace {
 
 using namespace inventory::test;
@@ -22,7 +22,9 @@ std::string Temperature(const std::string& degrees) {
     return Key("Temperature", degrees);
 }
 
-const calls::DrivePlace kFirst = {"0", "252", "0"};
+inventory::DriveAnswer First(const std::string& roots) {
+    return {"0", "252", "0", Read(roots)};
+}
 
 // What is told of the SMART data of the drive in slot 0.
 std::string SmartOfFirst(const Snapshot& snapshot) {
@@ -38,11 +40,11 @@ TEST(Picture, ShowsSmartDataWithTheServersNextAnswers) {
     Picture picture;
     const std::string server = ControllerItem("0") + Drive("PD0", "A") + Drive("PD1", "B");
     EXPECT_EQ(SmartOfFirst(picture.SeeServer(Read(server), {}, kNow)), "nothing");
-    picture.SeeDrive(kFirst, Read(Drive("PD0", "A", Temperature("31 C"))));
+    picture.SeeDrive(First(Drive("PD0", "A", Temperature("31 C"))));
     EXPECT_EQ(SmartOfFirst(*picture.Latest()), "nothing");
     EXPECT_EQ(SmartOfFirst(picture.SeeServer(Read(server), {}, kNow)), "31 C");
     EXPECT_EQ(SmartOfFirst(picture.SeeServer(Read(server), {}, kNow)), "31 C");
-    picture.SeeDrive(kFirst, Read(Drive("PD0", "A", Temperature("32 C"))));
+    picture.SeeDrive(First(Drive("PD0", "A", Temperature("32 C"))));
     EXPECT_EQ(SmartOfFirst(picture.SeeServer(Read(server), {}, kNow)), "32 C");
     EXPECT_EQ(picture.Latest()->Answers().size(), 1U);
     EXPECT_EQ(picture.Latest()->takenAt, kNow);
@@ -50,7 +52,7 @@ TEST(Picture, ShowsSmartDataWithTheServersNextAnswers) {
 
 TEST(Picture, LeavesOutWhatAnotherDriveInTheSlotTold) {
     Picture picture;
-    picture.SeeDrive(kFirst, Read(Drive("PD0", "A", Temperature("31 C"))));
+    picture.SeeDrive(First(Drive("PD0", "A", Temperature("31 C"))));
     EXPECT_EQ(SmartOfFirst(picture.SeeServer(Read(ControllerItem("0") + Drive("PD0", "C")), {}, kNow)),
               "nothing");
     EXPECT_EQ(SmartOfFirst(picture.SeeServer(Read(ControllerItem("0") + Drive("PD0", "A")), {}, kNow)),
@@ -60,7 +62,7 @@ TEST(Picture, LeavesOutWhatAnotherDriveInTheSlotTold) {
 
 TEST(Picture, LeavesOutAnswersThatTellOfNoDrive) {
     Picture picture;
-    picture.SeeDrive(kFirst, Read(""));
+    picture.SeeDrive(First(""));
     EXPECT_TRUE(picture.SeeServer(Read(ControllerItem("0") + Drive("PD0", "A")), {}, kNow).Answers().empty());
 }
 
@@ -75,4 +77,4 @@ TEST(Picture, IsJudgedByWhatIsWanted) {
 }
 
 }  // namespace
-}  // namespace service::test
+}  // namespace board::test

@@ -1,11 +1,11 @@
-#include "Picture.h"
+#include "board/Picture.h"
 
 #include <algorithm>
 #include <string>
 #include <unordered_map>
 #include <utility>
 
-namespace service {
+namespace board {
 namespace {
 
 using inventory::DriveAnswer;
@@ -33,10 +33,10 @@ const inventory::Drive* DriveIn(const inventory::Server& server) {
 
 }  // namespace
 
-void Picture::SeeDrive(const calls::DrivePlace& place, inventory::Document document) {
-    const inventory::Server told = inventory::Survey(document, place.controller);
+void Picture::SeeDrive(DriveAnswer answer) {
+    const inventory::Server told = inventory::Survey(answer.document, answer.controller);
     if (DriveIn(told) != nullptr) {
-        m_News.push_back({place.controller, place.enclosure, place.slot, std::move(document)});
+        m_News.push_back(std::move(answer));
     }
 }
 
@@ -63,9 +63,9 @@ const inventory::Snapshot& Picture::SeeServer(inventory::Document document,
         const inventory::Server told = inventory::Survey(each.document, each.controller);
         return drive == drives.end() || DriveIn(told)->serial != drive->second;
     });
-    m_Latest.emplace(std::move(document), "", std::move(answers), criteria);
+    m_Latest = std::make_shared<inventory::Snapshot>(std::move(document), "", std::move(answers), criteria);
     m_Latest->takenAt = now;
     return *m_Latest;
 }
 
-}  // namespace service
+}  // namespace board
