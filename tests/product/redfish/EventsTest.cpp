@@ -81,6 +81,13 @@ TEST(LogEntries, LeadToTheDriveWhereverItIsNow) {
               std::string(kSystem) + "/Storage/0/Controllers/0");
 }
 
+TEST(LogEntries, LeadNowhereWhereTwoDrivesClaimTheSlot) {
+    const std::shared_ptr<board::Board> board =
+        BoardOfXml(DocumentWith(ControllerXml("0") + DriveXml("252", "4") + DriveXml("252", "4")));
+    board->events = {About(DriveFinding("4", ""))};
+    EXPECT_FALSE(Client(board).Get(kEntries + "/12").contains("Links"));
+}
+
 TEST(Messages, AreInTheRegistry) {
     const Client client(EmptyBoard());
     const Json file = client.Get("/redfish/v1/Registries/Zorbalt");

@@ -244,6 +244,18 @@ TEST(TheSystem, ListsAHundredAlarmsAndCountsTheRest) {
     EXPECT_EQ(system["Oem"]["Zorbalt"]["AlarmCount"], 5000);
 }
 
+TEST(Controllers, RollUpWhatIsGone) {
+    const std::shared_ptr<board::Board> board = BoardOfXml(DocumentOf("small"));
+    EXPECT_EQ(Client(board).Get(kStorage)["Status"]["HealthRollup"], "OK");
+    inventory::Finding pulled{.level = inventory::Level::Warning, .controller = "1", .part = "PD9"};
+    board->alarms = {{board->startedAt, pulled}};
+    EXPECT_EQ(Client(board).Get(kStorage)["Status"]["HealthRollup"], "OK") << "of another controller";
+    board->alarms.front().finding.controller = "0";
+    const Json status = Client(board).Get(kStorage)["Status"];
+    EXPECT_EQ(status["HealthRollup"], "Warning");
+    EXPECT_EQ(status["Health"], "OK");
+}
+
 TEST(TheChassis, HasAllDrives) {
     const Client client = ClientOf("large");
     EXPECT_EQ(client.Get("/redfish/v1/Chassis/1/Drives")["Members@odata.count"], 26);
