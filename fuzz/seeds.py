@@ -120,6 +120,25 @@ def main():
             (folder / f"seed{number:03}").write_bytes(text)
 
 
+def redfish_requests():
+    """Each request with a document, and some with a server that has not answered yet."""
+    storage = b"/redfish/v1/Systems/1/Storage/0"
+    sessions = b"/redfish/v1/SessionService/Sessions"
+    requests = [[b"GET", storage + path, query] for path in (b"", b"/Drives/252-0", b"/Volumes/LD0", b"/Controllers/0/")
+                for query in (b"", b"$expand=*($levels=2)", b"$select=Name,Status/Health")]
+    requests += [[b"GET", b"/redfish/v1/Chassis/1/Drives", query] for query in (
+        b"$top=1&$skip=0", b"only", b"$filter=a", b"$expand=.&$select=Oem", b"$expand=~", b"$top=-1", b"$expand=.($levels=9)")]
+    requests += [[b"HEAD", b"/redfish/v1/$metadata"], [b"GET", b"/redfish"], [b"GET", b"/redfish/v1/odata"], [b"PUT", b"/redfish/v1/"],
+                 [b"GET", storage, b"", b"OData-Version: 4.01"], [b"GET", storage, b"", b"If-None-Match: *"],
+                 [b"GET", b"/redfish/v1/EventService/SSE", b"", b"Last-Event-ID: 0"], [b"DELETE", sessions + b"/s1"],
+                 [b"GET", sessions, b"$expand=."],
+                 [b"GET", b"/redfish/v1/Systems/1/LogServices/Events/Entries", b"$expand=."]]
+    requests += [[b"POST", sessions, b"", b"", body] for body in (
+        b'{"UserName": "a", "Password": "p"}', b'{"UserName": "a", "Password": "no"}', b'{"UserName": 1, "Password": "p"}', b"[[")]
+    texts = [FIELD.join(each) for each in requests]
+    return [SECTION.join([DOCUMENT, b"!A", text]) for text in texts] + [SECTION.join([b""] + texts[::4])]
+
+
 def all_inputs(scenarios):
     reports = sorted(scenarios.rglob("*.txt"))
     controllers = [pieces(each) for each in reports if each.name.startswith("ctrlinfo_")]
@@ -137,6 +156,7 @@ def all_inputs(scenarios):
         "get_pd_info": drive_calls(scenarios),
         "scenario": scenario_files(scenarios),
         "configuration": [CONFIGURATION],
+        "redfish": redfish_requests(),
         "redaction": captures((flat(controllers) + flat(drives))[::8]),
         "expectations": [SECTION.join([EXPECTATIONS, DOCUMENT])],
         "history": [SECTION.join(FIELD.join(row) for row in HISTORY)],

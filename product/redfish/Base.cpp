@@ -140,6 +140,8 @@ Value MakeSystem(const World& world, const Subject& subject) {
     value["Storage"] = LinkTo(kStoragesPath);
     value["LogServices"] = LinkTo(kLogServicesPath);
     PutLinks(value["Links"], "Chassis", {kChassisPath});
+    value["Boot"] = value["Actions"] =
+        Value::object();  // Nothing of either; python3-sushy refuses to go without.
     PutOem(value, "System", SystemOemOf(*world.board));
     return value;
 }

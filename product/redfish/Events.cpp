@@ -131,6 +131,7 @@ Value MakeEventService(const World& /*world*/, const Subject& subject) {
                                              {"MetricReportDefinition", false}, {"OriginResource", false},
                                              {"RegistryPrefix", false},         {"ResourceType", false},
                                              {"SubordinateResources", false}};
+    value["Actions"] = Value::object();  // None; python3-sushy refuses to go without.
     return value;
 }
 

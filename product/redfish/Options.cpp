@@ -57,7 +57,7 @@ Refused ReadSelection(const std::string& text, Options& options) {
         for (const std::string_view name : names) {
             inner = &inner->parts[std::string(name)];
         }
-        inner->parts.clear();
+        inner->isWhole = true;
     }
     return std::nullopt;
 }
@@ -130,7 +130,7 @@ bool HasOptions(const http::Request& request) {
 }
 
 Value Selected(Value value, const Selection& selection) {
-    if (selection.parts.empty()) {
+    if (selection.parts.empty() || selection.isWhole) {
         return value;
     }
     if (value.is_array()) {

@@ -19,6 +19,7 @@ inline constexpr unsigned kMostLevels = 6;
 /// Without any, all of them.
 struct Selection {
     std::map<std::string, Selection, std::less<>> parts;
+    bool isWhole = false;  ///< "Status" was asked for, too, beside "Status/Health"
 };
 
 /// Which links are to be replaced by what they lead to.

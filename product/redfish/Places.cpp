@@ -83,14 +83,13 @@ const inventory::Server& ServerOf(const board::Board& board) {
 }
 
 std::string DrivePathOf(const StoragePlace& storage, const inventory::Finding& finding) {
-    std::size_t place = kNowhere;
-    if (TellsApart(finding.serial)) {
-        place = Find(storage.driveBySerial, finding.serial);
-    } else if (!finding.slot.empty()) {
-        place = Find(storage.driveBySlot, SlotKey(finding.enclosure, finding.slot));
-    } else {
-        place = Find(storage.driveByNumber, finding.part);
-    }
+    const auto place = [&] {
+        if (TellsApart(finding.serial)) {
+            return Find(storage.driveBySerial, finding.serial);
+        }
+        return finding.slot.empty() ? Find(storage.driveByNumber, finding.part)
+                                    : Find(storage.driveBySlot, SlotKey(finding.enclosure, finding.slot));
+    }();
     return place == kNowhere ? "" : storage.drives[place].path;
 }
 

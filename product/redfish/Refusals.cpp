@@ -124,6 +124,7 @@ http::Response Refuse(Complaint complaint, const std::vector<std::string>& words
     constexpr std::size_t kLongestWord = 256;
     const Wording& wording = WordingOf(complaint);
     std::vector<std::string> told;
+    told.reserve(words.size());
     for (const std::string& word : words) {  // What a client sent is not sent back at any length.
         told.push_back(word.substr(0, kLongestWord));
     }

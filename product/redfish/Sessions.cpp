@@ -34,12 +34,10 @@ std::vector<Session> SeenBy(const std::string& account, const Accounts& accounts
 
 std::optional<Session> FindSession(const std::string& account, const std::string& path,
                                    const Accounts& accounts) {
-    for (Session& session : SeenBy(account, accounts)) {
-        if (SessionPathOf(session) == path) {
-            return std::move(session);
-        }
-    }
-    return std::nullopt;
+    const std::vector<Session> sessions = SeenBy(account, accounts);
+    const auto found = std::find_if(sessions.begin(), sessions.end(),
+                                    [&](const Session& each) { return SessionPathOf(each) == path; });
+    return found == sessions.end() ? std::nullopt : std::optional(*found);
 }
 
 http::Response AnswerTo(const SessionRefusal& refusal, const http::Request& request) {

@@ -82,6 +82,7 @@ Value RatesOf(const Controller& controller) {
 
 std::vector<std::string> PathsOf(const std::vector<DrivePlace>& drives) {
     std::vector<std::string> paths;
+    paths.reserve(drives.size());
     for (const DrivePlace& drive : drives) {
         paths.push_back(drive.path);
     }

@@ -53,6 +53,7 @@ Value VolumeLinksOf(const Controller& controller, const StoragePlace& storage, c
                     const std::vector<std::size_t>& members) {
     const Group& group = controller.groups[place.group];
     std::vector<std::string> drives;
+    drives.reserve(members.size());
     for (const std::size_t member : members) {
         drives.push_back(storage.drives[member].path);
     }
