@@ -1,7 +1,10 @@
 #include "Operations.h"
 
 #include "basics/Words.h"
+#include "board/Messages.h"
 #include "wbem/ObjectManager.h"
+
+#include "qel/CStringUtil.h"
 
 #include <algorithm>
 #include <array>
@@ -12,6 +15,9 @@ namespace {
 
 using basics::IsSameWord;
 using Code = CimError::Code;
+
+/// The system property of an input instance in which a caller hands over its application key.
+constexpr const char* kAppKey = "__AppKey";
 
 [[noreturn]] void RefuseArgument(const std::string& name, const std::string& why) {
     throw CimError(Code::InvalidParameter, "the parameter " + name + " " + why);
@@ -78,7 +84,7 @@ class Given final {
         if (const Element* const list = Find("PropertyList", "VALUE.ARRAY")) {
             wanted.properties.emplace();
             for (const Element& value : list->children) {
-                wanted.properties->push_back(value.text);
+                wanted.properties->insert(basics::InLowerCase(value.text));
             }
         }
         return wanted;
@@ -262,8 +268,8 @@ void RequireNamespace(const Call& call) {
     }
 }
 
-/// The argument of that name, if it was given with a value.
-std::optional<MethodArgument> Passed(const Call& call, const Parameter& parameter) {
+/// The argument of that name.
+MethodArgument Passed(const Call& call, const Parameter& parameter) {
     for (const Argument& argument : call.arguments) {
         if (!IsSameWord(argument.name, parameter.name) || !argument.value) {
             continue;
@@ -274,12 +280,22 @@ std::optional<MethodArgument> Passed(const Call& call, const Parameter& paramete
             !IsValue(value.text, parameter.type)) {
             RefuseArgument(parameter.name, std::string("is no ") + NameOf(parameter.type));
         }
-        return MethodArgument{parameter.name, value.text};
+        return {parameter.name, value.text};
     }
-    return std::nullopt;
+    RefuseArgument(parameter.name, "is missing");
+}
+
+bool IsGiven(const Call& call, const std::string& name) {
+    return std::any_of(call.arguments.begin(), call.arguments.end(), [&](const Argument& argument) {
+        return IsSameWord(argument.name, name) && argument.value;
+    });
 }
 
 }  // namespace
+
+std::int64_t NumberOf(const MethodArgument& argument) {
+    return CStringUtil::TStringToNumber(argument.value);
+}
 
 std::string Perform(const Call& call, const Classes& classes, const board::Board& board) {
     RequireNamespace(call);
@@ -301,17 +317,27 @@ MethodCall ReadMethodCall(const Call& call, const Classes& classes) {
     if (call.isOfInstance) {
         throw CimError(Code::NotFound, declaration.name + " has no instances; its methods are the class's");
     }
-    std::vector<const char*> known;
+    std::vector<const char*> known{kAppKey};
     for (const Parameter& parameter : method->parameters) {
         if (parameter.isIn) {
             known.push_back(parameter.name.c_str());
         }
     }
     const Given given(call, known);
-    MethodCall made{declaration.name, method->name, {}, call.messageId, call.name};
+    MethodCall made{.className = declaration.name,
+                    .method = method->name,
+                    .arguments = {},
+                    .messageId = call.messageId,
+                    .calledAs = call.name};
     for (const Parameter& parameter : method->parameters) {
-        if (auto argument = parameter.isIn ? Passed(call, parameter) : std::nullopt) {
-            made.arguments.push_back(std::move(*argument));
+        if (parameter.isIn) {
+            made.arguments.push_back(Passed(call, parameter));
+        }
+    }
+    if (IsGiven(call, kAppKey)) {
+        made.appKey = Passed(call, {.name = kAppKey}).value;
+        if (made.appKey->size() > board::kMostKey) {
+            RefuseArgument(kAppKey, "is too long");
         }
     }
     return made;

@@ -67,19 +67,31 @@ TEST(AMethodCall, HasTheNamesAndTheOrderOfTheDeclaration) {
     EXPECT_TRUE(CallOf({.method = "GetInfo", .className = kRaid}).arguments.empty());
 }
 
-TEST(AMethodCall, HasOnlyWhatWasGiven) {
-    const MethodCall call = CallOf({.method = "GetPDInfo",
-                                    .arguments = Parameter("PDNo", "") + R"(<PARAMVALUE NAME="EnclNo"/>)",
-                                    .className = kRaid});
-    EXPECT_EQ(call.arguments, (std::vector<MethodArgument>{{"PDNo", ""}}))
-        << "an empty text is a value, and none is none";
+MethodCall CallFor(const std::string& drive) {
+    return CallOf({.method = "GetPDInfo",
+                   .arguments = Parameter("CtrlNo", "0") + Parameter("EnclNo", "") + Parameter("PDNo", drive),
+                   .className = kRaid});
 }
 
-TEST(AMethodCall, HasItsTextAsItWasMeant) {
-    const MethodCall call = CallOf({.method = "GetPDInfo",
-                                    .arguments = Parameter("PDNo", "&lt;&#65;<![CDATA[&]]> \xc3\xa9"),
-                                    .className = kRaid});
-    EXPECT_EQ(call.arguments.front().value, "<A& \xc3\xa9");
+TEST(AMethodCall, HasItsTextsAsTheyWereMeant) {
+    EXPECT_EQ(CallFor("&lt;&#65;<![CDATA[&]]> \xc3\xa9").arguments,
+              (std::vector<MethodArgument>{{"CtrlNo", "0"}, {"EnclNo", ""}, {"PDNo", "<A& \xc3\xa9"}}));
+}
+
+TEST(AMethodCall, HasTheNumbersThatTheModuleReads) {
+    const std::pair<const char*, std::int64_t> numbers[] = {
+        {"3", 3}, {" 12abc", 12}, {"abc", 0}, {"-1", -1}, {"99999999999999999999", INT64_MAX}};
+    for (const auto& [text, number] : numbers) {
+        EXPECT_EQ(NumberOf(CallFor(text).arguments.back()), number) << text;
+    }
+}
+
+TEST(AMethodCall, HasTheKeyThatIsHandedOver) {
+    EXPECT_EQ(CallFor("0").appKey, std::nullopt);
+    EXPECT_EQ(CallOf({.method = "GetInfo", .arguments = Parameter("__AppKey", "k&amp;y"), .className = kRaid}).appKey,
+              "k&y");
+    EXPECT_EQ(CallOf({.method = "GetInfo", .arguments = R"(<PARAMVALUE NAME="__AppKey"/>)", .className = kRaid}).appKey,
+              std::nullopt);
 }
 
 TEST(AMethodCall, HasArgumentsOfTheDeclaredTypes) {
@@ -124,7 +136,7 @@ TEST(AnOutcome, IsAnErrorWhereTheModuleDidNotAnswer) {
 }
 
 TEST(AnOutcome, OfNoCallIsAnErrorToo) {
-    EXPECT_EQ(ErrorOf(ObjectManager().AnswerOf({"", "A", {}, "4711", "A"},
+    EXPECT_EQ(ErrorOf(ObjectManager().AnswerOf({"", "A", {}, {}, "4711", "A"},
                                                {.returnValue = 0U})),
               "17: there is no such method");
 }

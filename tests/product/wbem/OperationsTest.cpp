@@ -11,6 +11,8 @@ using std::string;
 const string kTheInstance = R"(<INSTANCENAME CLASSNAME="ZORBALT_MngSrvRaidHealth"><KEYBINDING NAME="InstanceID">)"
                             R"(<KEYVALUE VALUETYPE="string">ZORBALT:RAID</KEYVALUE></KEYBINDING></INSTANCENAME>)";
 
+const string kPlace = Parameter("CtrlNo", "0") + Parameter("EnclNo", "252");
+
 string List(const std::vector<string>& names) {
     string xml = R"(<IPARAMVALUE NAME="PropertyList"><VALUE.ARRAY>)";
     for (const string& name : names) {
@@ -239,8 +241,23 @@ INSTANTIATE_TEST_SUITE_P(
                 "17: ZORBALT_MngSrvRaidHealth has no method GetInfo"},
         Failure{"MethodOfNoClass", {.method = "GetInfo", .className = "A"}, "6: there is no class A"},
         Failure{"UnknownArgument",
-                {.method = "GetInfo", .arguments = Parameter("__AppKey", "x"), .className = kRaid},
-                "4: the parameter __AppKey is unknown"},
+                {.method = "GetInfo", .arguments = Parameter("CtrlNo", "0"), .className = kRaid},
+                "4: the parameter CtrlNo is unknown"},
+        Failure{"MissingArgument",
+                {.method = "GetPDInfo",
+                 .arguments = Parameter("CtrlNo", "0") + Parameter("PDNo", "0"),
+                 .className = kRaid},
+                "4: the parameter EnclNo is missing"},
+        Failure{"ArgumentWithoutValue",
+                {.method = "GetPDInfo",
+                 .arguments = Parameter("CtrlNo", "0") + Parameter("PDNo", "0") + R"(<PARAMVALUE NAME="EnclNo"/>)",
+                 .className = kRaid},
+                "4: the parameter EnclNo is missing"},
+        Failure{"LongKey",
+                {.method = "GetInfo",
+                 .arguments = Parameter("__AppKey", string(257, 'x')),
+                 .className = kRaid},
+                "4: the parameter __AppKey is too long"},
         Failure{"OutArgument",
                 {.method = "GetInfo", .arguments = Parameter("XmlData", "x"), .className = kRaid},
                 "4: the parameter XmlData is unknown"},
@@ -251,15 +268,15 @@ INSTANTIATE_TEST_SUITE_P(
                 "4: the parameter PDNo is there more than once"},
         Failure{"ArgumentOfAnotherType",
                 {.method = "GetPDInfo",
-                 .arguments = R"(<PARAMVALUE NAME="PDNo" PARAMTYPE="uint32"><VALUE>1</VALUE></PARAMVALUE>)",
+                 .arguments = kPlace + R"(<PARAMVALUE NAME="PDNo" PARAMTYPE="uint32"><VALUE>1</VALUE></PARAMVALUE>)",
                  .className = kRaid},
                 "4: the parameter PDNo is no string"},
         Failure{"ArgumentWithElements",
-                {.method = "GetPDInfo", .arguments = Parameter("PDNo", "1<A/>"), .className = kRaid},
+                {.method = "GetPDInfo", .arguments = kPlace + Parameter("PDNo", "1<A/>"), .className = kRaid},
                 "4: the parameter PDNo is no string"},
         Failure{"ArgumentAsArray",
                 {.method = "GetPDInfo",
-                 .arguments = R"(<PARAMVALUE NAME="PDNo"><VALUE.ARRAY/></PARAMVALUE>)",
+                 .arguments = kPlace + R"(<PARAMVALUE NAME="PDNo"><VALUE.ARRAY/></PARAMVALUE>)",
                  .className = kRaid},
                 "4: the parameter PDNo is no string"}),
     [](const auto& test) { return test.param.name; });
