@@ -43,10 +43,10 @@ Read ReadXml(std::string_view xml) {
     XML_SetCharacterDataHandler(parser.get(), [](void* data, const XML_Char* text, int length) {
         static_cast<Read*>(data)->text.append(text, static_cast<std::size_t>(length));
     });
-    XML_SetStartDoctypeDeclHandler(
-        parser.get(), [](void* data, const XML_Char*, const XML_Char*, const XML_Char*, int) {
-            static_cast<Read*>(data)->hasDocumentType = true;
-        });
+    XML_SetStartDoctypeDeclHandler(parser.get(),
+                                   [](void* data, const XML_Char*, const XML_Char*, const XML_Char*, int) {
+                                       static_cast<Read*>(data)->hasDocumentType = true;
+                                   });
     read.isWellFormed =
         XML_Parse(parser.get(), xml.data(), static_cast<int>(xml.size()), XML_TRUE) == XML_STATUS_OK;
     return read;
@@ -159,11 +159,12 @@ void CheckCall(const Sections& sections) {
                     {"CIMOperation", "MethodCall"},
                     {"CIMMethod", "GetPDInfo"},
                     {"CIMObject", "root/zorbalt:ZORBALT_MngSrvRaid"}},
-        .body = "<CIM CIMVERSION='2.0' DTDVERSION='2.0'><MESSAGE ID='1' PROTOCOLVERSION='1.0'><SIMPLEREQ>"
-                "<METHODCALL NAME='GetPDInfo'><LOCALCLASSPATH><LOCALNAMESPACEPATH><NAMESPACE NAME='root'/>"
-                "<NAMESPACE NAME='zorbalt'/></LOCALNAMESPACEPATH><CLASSNAME NAME='ZORBALT_MngSrvRaid'/>"
-                "</LOCALCLASSPATH>" +
-                arguments + "</METHODCALL></SIMPLEREQ></MESSAGE></CIM>"};
+        .body =
+            "<CIM CIMVERSION='2.0' DTDVERSION='2.0'><MESSAGE ID='1' PROTOCOLVERSION='1.0'><SIMPLEREQ>"
+            "<METHODCALL NAME='GetPDInfo'><LOCALCLASSPATH><LOCALNAMESPACEPATH><NAMESPACE NAME='root'/>"
+            "<NAMESPACE NAME='zorbalt'/></LOCALNAMESPACEPATH><CLASSNAME NAME='ZORBALT_MngSrvRaid'/>"
+            "</LOCALCLASSPATH>" +
+            arguments + "</METHODCALL></SIMPLEREQ></MESSAGE></CIM>"};
     const auto answer = Manager().Answer(request, {});
     const auto* const call = std::get_if<wbem::MethodCall>(&answer);
     Require(call != nullptr, "a call is passed on");

@@ -137,9 +137,8 @@ const Method* Class::FindMethod(std::string_view called) const {
 Classes::Classes(IWbemObjectManager& repository) : m_All{ReadRaidClass(repository), HealthClass()} {}
 
 const Class* Classes::Find(std::string_view called) const {
-    const auto found = std::find_if(m_All.begin(), m_All.end(), [&](const Class& each) {
-        return basics::IsSameWord(each.name, called);
-    });
+    const auto found = std::find_if(m_All.begin(), m_All.end(),
+                                    [&](const Class& each) { return basics::IsSameWord(each.name, called); });
     return found == m_All.end() ? nullptr : &*found;
 }
 

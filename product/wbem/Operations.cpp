@@ -246,16 +246,20 @@ struct Operation {
 
 const std::vector<Operation>& Operations() {
     static const std::vector<Operation> operations{
-        {"GetClass", GetClass,
+        {"GetClass",
+         GetClass,
          {"ClassName", "LocalOnly", "IncludeQualifiers", "IncludeClassOrigin", "PropertyList"}},
-        {"EnumerateClasses", EnumerateClasses,
+        {"EnumerateClasses",
+         EnumerateClasses,
          {"ClassName", "DeepInheritance", "LocalOnly", "IncludeQualifiers", "IncludeClassOrigin"}},
         {"EnumerateClassNames", EnumerateClassNames, {"ClassName", "DeepInheritance"}},
-        {"EnumerateInstances", EnumerateInstances,
+        {"EnumerateInstances",
+         EnumerateInstances,
          {"ClassName", "LocalOnly", "DeepInheritance", "IncludeQualifiers", "IncludeClassOrigin",
           "PropertyList"}},
         {"EnumerateInstanceNames", EnumerateInstanceNames, {"ClassName"}},
-        {"GetInstance", GetInstance,
+        {"GetInstance",
+         GetInstance,
          {"InstanceName", "LocalOnly", "IncludeQualifiers", "IncludeClassOrigin", "PropertyList"}},
         {"GetProperty", GetProperty, {"InstanceName", "PropertyName"}}};
     return operations;
@@ -263,8 +267,8 @@ const std::vector<Operation>& Operations() {
 
 void RequireNamespace(const Call& call) {
     if (!IsSameWord(call.nameSpace, ObjectManager::kNamespace)) {
-        throw CimError(Code::InvalidNamespace, "there is no namespace " + call.nameSpace + "; it is " +
-                                                   ObjectManager::kNamespace);
+        throw CimError(Code::InvalidNamespace,
+                       "there is no namespace " + call.nameSpace + "; it is " + ObjectManager::kNamespace);
     }
 }
 
@@ -352,8 +356,8 @@ CimError::Code CodeOf(std::uint32_t status) {
          {0x8004100CU, Code::NotSupported},
          {0x80041010U, Code::InvalidClass},
          {0x8004102EU, Code::MethodNotFound}}};
-    const auto* const found = std::find_if(kCodes.begin(), kCodes.end(),
-                                           [&](const auto& each) { return each.first == status; });
+    const auto* const found =
+        std::find_if(kCodes.begin(), kCodes.end(), [&](const auto& each) { return each.first == status; });
     return found == kCodes.end() ? Code::Failed : found->second;
 }
 

@@ -65,7 +65,8 @@ void AppendValue(std::string& xml, std::string_view text) {
     xml += "</VALUE>";
 }
 
-void OpenProperty(std::string& xml, const Class& declaration, const Property& property, const Wanted& wanted) {
+void OpenProperty(std::string& xml, const Class& declaration, const Property& property,
+                  const Wanted& wanted) {
     xml += property.isArray ? "<PROPERTY.ARRAY" : "<PROPERTY";
     AppendSetting(xml, "NAME", property.name);
     AppendSetting(xml, "TYPE", NameOf(property.type));

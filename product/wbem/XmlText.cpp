@@ -38,16 +38,15 @@ std::size_t CharacterAt(std::string_view text) {
         return IsXmlCharacter(first) ? 1 : 0;
     }
     utf8proc_int32_t code = -1;
-    const utf8proc_ssize_t length =
-        utf8proc_iterate(reinterpret_cast<const utf8proc_uint8_t*>(text.data()),
-                         static_cast<utf8proc_ssize_t>(text.size()), &code);
+    const utf8proc_ssize_t length = utf8proc_iterate(reinterpret_cast<const utf8proc_uint8_t*>(text.data()),
+                                                     static_cast<utf8proc_ssize_t>(text.size()), &code);
     return length > 0 && IsXmlCharacter(code) ? static_cast<std::size_t>(length) : 0;
 }
 
 std::size_t BytesToReplace(std::string_view text) {
     constexpr std::string_view kNonCharacter = "\xef\xbf";  // U+FFFE and U+FFFF
-    const bool isCharacter = text.starts_with(kNonCharacter) && text.size() > 2 &&
-                             (text[2] == '\xbe' || text[2] == '\xbf');
+    const bool isCharacter =
+        text.starts_with(kNonCharacter) && text.size() > 2 && (text[2] == '\xbe' || text[2] == '\xbf');
     return isCharacter ? 3 : 1;
 }
 

@@ -19,9 +19,10 @@ MethodCall CallOf(const Question& question) {
     return call != nullptr ? *call : MethodCall{};
 }
 
-const Question kDrive{.method = "getpdinfo",
-                      .arguments = Parameter("PDNO", "3") + Parameter("CtrlNo", "0") + Parameter("EnclNo", " 252"),
-                      .className = "zorbalt_mngsrvraid"};
+const Question kDrive{
+    .method = "getpdinfo",
+    .arguments = Parameter("PDNO", "3") + Parameter("CtrlNo", "0") + Parameter("EnclNo", " 252"),
+    .className = "zorbalt_mngsrvraid"};
 
 std::string AnswerOf(const MethodOutcome& outcome) {
     return Content(ObjectManager().AnswerOf(CallOf(kDrive), outcome));
@@ -88,10 +89,13 @@ TEST(AMethodCall, HasTheNumbersThatTheModuleReads) {
 
 TEST(AMethodCall, HasTheKeyThatIsHandedOver) {
     EXPECT_EQ(CallFor("0").appKey, std::nullopt);
-    EXPECT_EQ(CallOf({.method = "GetInfo", .arguments = Parameter("__AppKey", "k&amp;y"), .className = kRaid}).appKey,
+    EXPECT_EQ(CallOf({.method = "GetInfo", .arguments = Parameter("__AppKey", "k&amp;y"), .className = kRaid})
+                  .appKey,
               "k&y");
-    EXPECT_EQ(CallOf({.method = "GetInfo", .arguments = R"(<PARAMVALUE NAME="__AppKey"/>)", .className = kRaid}).appKey,
-              std::nullopt);
+    EXPECT_EQ(
+        CallOf({.method = "GetInfo", .arguments = R"(<PARAMVALUE NAME="__AppKey"/>)", .className = kRaid})
+            .appKey,
+        std::nullopt);
 }
 
 TEST(AMethodCall, HasArgumentsOfTheDeclaredTypes) {
@@ -101,7 +105,8 @@ TEST(AMethodCall, HasArgumentsOfTheDeclaredTypes) {
     const ObjectManager manager(*repository);
     repository->Release();
     const auto answerTo = [&](const std::string& value) {
-        const Question question{.method = "GetInfo", .arguments = Parameter("Number", value), .className = kRaid};
+        const Question question{
+            .method = "GetInfo", .arguments = Parameter("Number", value), .className = kRaid};
         return manager.Answer(question.Request(), {});
     };
     EXPECT_EQ(std::get<MethodCall>(answerTo("12")).arguments.front().value, "12");
@@ -109,10 +114,11 @@ TEST(AMethodCall, HasArgumentsOfTheDeclaredTypes) {
 }
 
 TEST(AnOutcome, IsTheReturnValueAndThenTheDocument) {
-    EXPECT_EQ(AnswerOf({.returnValue = 0U, .document = "<?xml version=\"1.0\"?>\n<RAID a='&#10;'/>\n"}),
-              R"(<METHODRESPONSE NAME="getpdinfo"><RETURNVALUE PARAMTYPE="uint32"><VALUE>0</VALUE></RETURNVALUE>)"
-              R"(<PARAMVALUE NAME="XmlData" PARAMTYPE="string"><VALUE>&lt;?xml version="1.0"?&gt;)"
-              "\n&lt;RAID a='&amp;#10;'/&gt;\n</VALUE></PARAMVALUE></METHODRESPONSE>");
+    EXPECT_EQ(
+        AnswerOf({.returnValue = 0U, .document = "<?xml version=\"1.0\"?>\n<RAID a='&#10;'/>\n"}),
+        R"(<METHODRESPONSE NAME="getpdinfo"><RETURNVALUE PARAMTYPE="uint32"><VALUE>0</VALUE></RETURNVALUE>)"
+        R"(<PARAMVALUE NAME="XmlData" PARAMTYPE="string"><VALUE>&lt;?xml version="1.0"?&gt;)"
+        "\n&lt;RAID a='&amp;#10;'/&gt;\n</VALUE></PARAMVALUE></METHODRESPONSE>");
 }
 
 TEST(AnOutcome, HasTheReturnValueOfAFailure) {
@@ -136,8 +142,7 @@ TEST(AnOutcome, IsAnErrorWhereTheModuleDidNotAnswer) {
 }
 
 TEST(AnOutcome, OfNoCallIsAnErrorToo) {
-    EXPECT_EQ(ErrorOf(ObjectManager().AnswerOf({"", "A", {}, {}, "4711", "A"},
-                                               {.returnValue = 0U})),
+    EXPECT_EQ(ErrorOf(ObjectManager().AnswerOf({"", "A", {}, {}, "4711", "A"}, {.returnValue = 0U})),
               "17: there is no such method");
 }
 

@@ -14,8 +14,9 @@ std::string Repeated(const std::string& text, std::size_t times) {
 }
 
 TEST(Xml, IsReadAsATree) {
-    const Element read = ReadXml("\xef\xbb\xbf<?xml version='1.0' encoding='UTF-8'?><!-- a --><A B=\"1 &lt;\" C='&#50;'>"
-                                 "x<?y?><D/>&amp;<![CDATA[<]]><E>\xc3\xa9</E></A>\n");
+    const Element read = ReadXml(
+        "\xef\xbb\xbf<?xml version='1.0' encoding='UTF-8'?><!-- a --><A B=\"1 &lt;\" C='&#50;'>"
+        "x<?y?><D/>&amp;<![CDATA[<]]><E>\xc3\xa9</E></A>\n");
     EXPECT_EQ(read.name, "A");
     EXPECT_EQ(*read.Attribute("B"), "1 <");
     EXPECT_EQ(*read.Attribute("C"), "2");
@@ -90,7 +91,8 @@ INSTANTIATE_TEST_SUITE_P(
     Xml, Refused,
     testing::Values(BadText{"DocumentType", "<!DOCTYPE A><A/>"},
                     BadText{"OutsideDocumentType", "<!DOCTYPE A SYSTEM 'file:///etc/passwd'><A/>"},
-                    BadText{"OutsideEntity", "<!DOCTYPE A [<!ENTITY e SYSTEM 'file:///etc/passwd'>]><A>&e;</A>"},
+                    BadText{"OutsideEntity",
+                            "<!DOCTYPE A [<!ENTITY e SYSTEM 'file:///etc/passwd'>]><A>&e;</A>"},
                     BadText{"BillionLaughs",
                             "<!DOCTYPE A [<!ENTITY a 'ha'><!ENTITY b '&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;'>"
                             "<!ENTITY c '&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;'>]><A>&c;&c;&c;&c;</A>"},
