@@ -49,6 +49,7 @@ std::vector<Property> PropertiesOf(IWbemClassObject& declaration, const std::str
     std::vector<std::string> names;
     Require(instance->GetNames(&names), "properties of " + what);
     std::vector<Property> properties;
+    properties.reserve(names.size());
     for (const std::string& name : names) {
         properties.push_back({name, TypeOf(*instance, name)});
     }

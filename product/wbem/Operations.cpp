@@ -23,22 +23,24 @@ constexpr const char* kAppKey = "__AppKey";
     throw CimError(Code::InvalidParameter, "the parameter " + name + " " + why);
 }
 
-/// What an operation was given, as far as it takes it.
-class Given final {
-  public:
-    /// Every argument must be one of `known`, and be there once.
-    Given(const Call& call, const std::vector<const char*>& known) : m_Call(call) {
-        for (std::size_t number = 0; number < call.arguments.size(); ++number) {
-            const std::string& name = call.arguments[number].name;
-            const auto isIt = [&](const char* other) { return IsSameWord(name, other); };
-            if (std::none_of(known.begin(), known.end(), isIt)) {
-                RefuseArgument(name, "is unknown");
-            }
-            if (!m_Names.insert(basics::InLowerCase(name)).second) {
-                RefuseArgument(name, "is there more than once");
-            }
+/// Every argument must be one of `known`, and be there once.
+void RequireKnown(const Call& call, const std::vector<const char*>& known) {
+    std::set<std::string> names;
+    for (const Argument& argument : call.arguments) {
+        const auto isIt = [&](const char* other) { return IsSameWord(argument.name, other); };
+        if (std::none_of(known.begin(), known.end(), isIt)) {
+            RefuseArgument(argument.name, "is unknown");
+        }
+        if (!names.insert(basics::InLowerCase(argument.name)).second) {
+            RefuseArgument(argument.name, "is there more than once");
         }
     }
+}
+
+/// What an operation was given, in the form in which it takes it.
+class Given final {
+  public:
+    explicit Given(const Call& call) : m_Call(call) {}
 
     [[nodiscard]] std::optional<std::string> ClassName() const {
         const Element* const value = Find("ClassName", "CLASSNAME");
@@ -105,7 +107,6 @@ class Given final {
     }
 
     const Call& m_Call;
-    std::set<std::string> m_Names;
 };
 
 const Class& ClassNamed(const std::string& name, const Classes& classes, Code code) {
@@ -305,7 +306,8 @@ std::string Perform(const Call& call, const Classes& classes, const board::Board
     RequireNamespace(call);
     for (const Operation& operation : Operations()) {
         if (IsSameWord(call.name, operation.name)) {
-            return operation.perform(Given(call, operation.parameters), classes, board);
+            RequireKnown(call, operation.parameters);
+            return operation.perform(Given(call), classes, board);
         }
     }
     throw CimError(Code::NotSupported, "the operation " + call.name + " is not served");
@@ -327,7 +329,7 @@ MethodCall ReadMethodCall(const Call& call, const Classes& classes) {
             known.push_back(parameter.name.c_str());
         }
     }
-    const Given given(call, known);
+    RequireKnown(call, known);
     MethodCall made{.className = declaration.name,
                     .method = method->name,
                     .arguments = {},
