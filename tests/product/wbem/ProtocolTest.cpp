@@ -148,6 +148,7 @@ TEST_P(AnotherForm, OfARequestIsAnswered) {
 INSTANTIATE_TEST_SUITE_P(
     Requests, AnotherForm,
     testing::Values(std::pair("TextXml", Set("Content-Type", "text/xml")),
+                    std::pair("Charset", Set("Content-Type", "application/xml;charset=UTF-8")),
                     std::pair("NoProtocolVersion", Remove("CIMProtocolVersion")),
                     std::pair("PercentObject", Set("CIMObject", "root%2Fzorbalt")),
                     std::pair("UpperCase", Set("CIMObject", "ROOT/ZORBALT")),
