@@ -144,7 +144,7 @@ std::optional<Message> Link::Receive() {
         throw WireError(count <= 0 ? "the other end is gone" : "the packet is no message");
     }
     const bool isToService = header.kind == static_cast<std::uint32_t>(MessageKind::Call);
-    if (header.kind < static_cast<std::uint32_t>(MessageKind::Drives) ||
+    if (header.kind < static_cast<std::uint32_t>(MessageKind::Settings) ||
         header.kind > static_cast<std::uint32_t>(MessageKind::Call) ||
         isToService != (m_End == End::Service)) {
         throw WireError("the message is of no kind that is known");

@@ -131,6 +131,48 @@ LastInquiry UnpackInquiry(Unpacker& unpacker) {
 
 }  // namespace
 
+std::string Pack(const Settings& settings) {
+    Packer packer;
+    packer.Number(settings.listeners.size());
+    for (const Settings::Listener& listener : settings.listeners) {
+        packer.Number(listener.descriptor);
+        packer.Number(listener.isEncrypted ? 1 : 0);
+    }
+    packer.Text(settings.key);
+    packer.Text(settings.certificate);
+    PackMaybe<std::string>(packer, settings.accounts, [&](const std::string& text) { packer.Text(text); });
+    packer.Number(settings.metricsFrom.size());
+    for (const std::string& net : settings.metricsFrom) {
+        packer.Text(net);
+    }
+    packer.Number(settings.user);
+    packer.Number(settings.group);
+    packer.Number(static_cast<std::uint64_t>(settings.interval.count()));
+    return packer.Take();
+}
+
+Settings UnpackSettings(std::string_view bytes) {
+    Unpacker unpacker(bytes);
+    Settings settings;
+    settings.listeners.resize(unpacker.Count());
+    for (Settings::Listener& listener : settings.listeners) {
+        listener.descriptor = static_cast<std::uint32_t>(unpacker.Number());
+        listener.isEncrypted = unpacker.Flag();
+    }
+    settings.key = unpacker.Text();
+    settings.certificate = unpacker.Text();
+    settings.accounts = UnpackMaybe<std::string>(unpacker, [&] { return unpacker.Text(); });
+    settings.metricsFrom.resize(unpacker.Count());
+    for (std::string& net : settings.metricsFrom) {
+        net = unpacker.Text();
+    }
+    settings.user = static_cast<std::uint32_t>(unpacker.Number());
+    settings.group = static_cast<std::uint32_t>(unpacker.Number());
+    settings.interval = std::chrono::seconds(static_cast<std::int64_t>(unpacker.Number()));
+    unpacker.End();
+    return settings;
+}
+
 std::string Pack(const std::vector<DriveReport>& drives) {
     Packer packer;
     packer.Number(drives.size());
@@ -202,8 +244,8 @@ std::string Pack(const Call& call) {
     Packer packer;
     packer.Number(call.id);
     packer.Number(static_cast<std::uint32_t>(call.what));
-    for (const std::int64_t number : {call.controller, call.enclosure, call.slot}) {
-        packer.Number(static_cast<std::uint64_t>(number));
+    for (const auto* const number : {&call.controller, &call.enclosure, &call.slot}) {
+        PackMaybeNumber(packer, *number);
     }
     PackMaybe<std::string>(packer, call.appKey, [&](const std::string& key) { packer.Text(key); });
     return packer.Take();
@@ -219,8 +261,8 @@ Call UnpackCall(std::string_view bytes) {
         throw WireError("the message wants what nobody does");
     }
     call.what = static_cast<Call::What>(what);
-    for (std::int64_t* const number : {&call.controller, &call.enclosure, &call.slot}) {
-        *number = static_cast<std::int64_t>(unpacker.Number());
+    for (auto* const number : {&call.controller, &call.enclosure, &call.slot}) {
+        UnpackMaybeNumber(unpacker, *number);
     }
     call.appKey = UnpackMaybe<std::string>(unpacker, [&] { return unpacker.Text(); });
     if (call.appKey && call.appKey->size() > kMostKey) {

@@ -52,6 +52,10 @@ Response MakeResponse(int status, const std::string& contentType, std::string te
     return {status, {{"Content-Type", contentType}}, std::make_shared<const std::string>(std::move(text))};
 }
 
+Response MakeWords(int status, const std::string& words) {
+    return MakeResponse(status, "text/plain; charset=utf-8", words + '\n');
+}
+
 Response WithEtag(const Request& request, Response response, const std::string& etag) {
     response.headers.emplace_back("ETag", etag);
     const std::string* const known = request.Header("If-None-Match");

@@ -115,22 +115,60 @@ std::string OfHost(const inventory::Snapshot& snapshot, const char* word) {
     return snapshot.host.empty() ? "" : word + snapshot.host;
 }
 
-void AddRollUp(const inventory::Snapshot& snapshot, const inventory::Health& health, Element page) {
+void AddFailure(const Watching& watching, Element header) {
+    if (!watching.failure.empty()) {
+        const std::string since = watching.failuresInARow < 2
+                                      ? ""
+                                      : ", " + std::to_string(watching.failuresInARow) + " times in a row";
+        header.Add("p",
+                   "The server could not be asked" +
+                       (watching.askedAt ? " at " + basics::UtcText(*watching.askedAt, "%H:%M:%S UTC") : "") +
+                       since + ": " + watching.failure + ". What is shown is older.",
+                   {{"class", "failure"}});
+    }
+}
+
+void AddRollUp(const inventory::Snapshot& snapshot, const inventory::Health& health, const Watching* watching,
+               Element page) {
+    const Level level = LevelOf(health, watching);
     Element header = page.Add("header").Add("h1", "RAID report" + OfHost(snapshot, " of "));
-    Element rollUp = header.Add("div", {{"class", "rollup " + std::string(html::ClassOf(health.level))}});
-    html::AddSign(health.level, rollUp);
+    Element rollUp = header.Add("div", {{"class", "rollup " + std::string(html::ClassOf(level))}});
+    html::AddSign(level, rollUp);
     Element words = rollUp.Add("p");
-    words.Add("b", NameOf(health.level), {{"aria-hidden", "true"}}).Text(" ").Add("span", Headline(health));
+    words.Add("b", NameOf(level), {{"aria-hidden", "true"}}).Text(" ").Add("span", Headline(health));
     AddTime(snapshot, header.Add("p", {{"class", "note"}}));
+    if (watching != nullptr) {
+        AddFailure(*watching, header);
+    }
+}
+
+/// What the service still holds against parts that nobody reports any more.
+void AddStanding(const Watching& watching, Element page) {
+    if (watching.standing.empty()) {
+        return;
+    }
+    page.Add("h2", "Not well when it was last seen");
+    Element list = page.Add("ul", {{"class", "findings"}});
+    for (const inventory::Finding& finding : watching.standing) {
+        Element item = list.Add("li", {{"class", html::ClassOf(finding.level)}});
+        html::AddSign(finding.level, item);
+        item.Add("span")
+            .Add("b", finding.what)
+            .Text(" " + PlaceOf(finding) + " ")
+            .Add("small", IdentityOf(finding));
+    }
 }
 
 void AddBody(const inventory::Snapshot& snapshot, const inventory::Health& health,
-             const history::ServerHistory* history, Element page) {
+             const history::ServerHistory* history, const Watching* watching, Element page) {
     const std::vector<Controller>& controllers = snapshot.TheServer().controllers;
     const html::Places places(snapshot.TheServer(), health);
     const html::DriveLinesOfPage lines(snapshot, history);
-    AddRollUp(snapshot, health, page);
+    AddRollUp(snapshot, health, watching, page);
     Element main = page.Add("main");
+    if (watching != nullptr) {
+        AddStanding(*watching, main);
+    }
     if (!health.findings.empty()) {
         html::AddFindings(health, places, main);
     }
@@ -147,11 +185,14 @@ void AddBody(const inventory::Snapshot& snapshot, const inventory::Health& healt
 
 }  // namespace
 
-std::string Html(const inventory::Snapshot& snapshot, const history::ServerHistory* history) {
+std::string Html(const inventory::Snapshot& snapshot, const history::ServerHistory* history,
+                 const Watching* watching) {
     const inventory::Health& health = snapshot.TheHealth();
-    const std::string title =
-        "RAID " + std::string(NameOf(health.level)) + OfHost(snapshot, " on ") + ": " + Headline(health);
-    return html::PageOf(title, [&](Element body) { AddBody(snapshot, health, history, body); });
+    const std::string title = "RAID " + std::string(NameOf(LevelOf(health, watching))) +
+                              OfHost(snapshot, " on ") + ": " + Headline(health);
+    return html::PageOf(
+        title, [&](Element body) { AddBody(snapshot, health, history, watching, body); },
+        watching == nullptr ? "" : watching->script);
 }
 
 }  // namespace views

@@ -25,11 +25,15 @@ struct Writer final : pugi::xml_writer {
 
 }  // namespace
 
-std::string PageOf(const std::string& title, const std::function<void(Element body)>& fill) {
+std::string PageOf(const std::string& title, const std::function<void(Element body)>& fill,
+                   const std::string& script) {
     constexpr unsigned kAsItIs = pugi::format_raw | pugi::format_no_declaration;
     pugi::xml_document head;
     pugi::xml_document body;
     Element(head).Add("title", title);
+    if (!script.empty()) {
+        Element(head).Add("script", " ", {{"src", script}, {"defer", "defer"}});  // Never <script/>.
+    }
     fill(Element(body).Add("body"));
     Writer page;
     page.text = kBegin;

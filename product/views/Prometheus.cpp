@@ -25,6 +25,14 @@ constexpr Metric kFailures = {"raid_tool_failed_commands", kGauge, "Those of the
 constexpr Metric kFailedRuns = {"raid_tool_failed_runs", kGauge,
                                 "Runs of the RAID tool that failed, those that a retry mended included."};
 constexpr Metric kDuration = {"raid_tool_duration_seconds", kGauge, "How long they took."};
+constexpr Metric kAsked = {"raid_last_inquiry_timestamp_seconds", kGauge,
+                           "When the service asked the server last, in seconds since 1970."};
+constexpr Metric kAnswered = {"raid_last_inquiry_success", kGauge, "Whether it answered then."};
+constexpr Metric kFailuresInARow = {"raid_inquiry_failures_in_a_row", kGauge,
+                                    "How often it has not answered since it did."};
+constexpr Metric kStanding = {
+    "raid_standing_alarm", kGauge,
+    "A part that is in no report any more and was not well: 1 warning, 2 critical, 3 unknown."};
 constexpr Metric kParts = {"raid_parts", kGauge, "How many parts of a kind there are."};
 constexpr Metric kFindings = {"raid_findings", kGauge, "How many things of a level are not well."};
 
@@ -68,22 +76,45 @@ std::string_view CellOf(const std::vector<std::string>& columns, const std::vect
 /// makes them distinct, and lets them be joined.
 class Series final {
   public:
-    void Add(const inventory::Snapshot& snapshot) {
-        AddRollUp(snapshot);
+    void Add(const inventory::Snapshot& snapshot, const Watching* watching) {
+        AddRollUp(snapshot, LevelOf(snapshot.TheHealth(), watching));
         for (const inventory::Controller& controller : snapshot.TheServer().controllers) {
             Add(controller);
+        }
+    }
+
+    void Add(const Watching& watching) {
+        if (watching.askedAt) {
+            m_Exposition.Add(kAsked, {},
+                             static_cast<double>(std::chrono::system_clock::to_time_t(*watching.askedAt)));
+            m_Exposition.Add(kAnswered, {}, watching.failure.empty() ? 1 : 0);
+        }
+        m_Exposition.Add(kFailuresInARow, {}, watching.failuresInARow);
+        DistinctLabels alarms("copy");
+        for (const inventory::Finding& finding : watching.standing) {
+            m_Exposition.Add(kStanding,
+                             alarms.Distinct(Labels()
+                                                 .With("controller", finding.controller)
+                                                 .With("group", finding.group)
+                                                 .With("part", finding.part)
+                                                 .With("enclosure", finding.enclosure)
+                                                 .With("slot", finding.slot)
+                                                 .With("model", finding.product)
+                                                 .With("serial", finding.serial)
+                                                 .With("what", finding.what)),
+                             PlugInStatusOf(finding.level));
         }
     }
 
     [[nodiscard]] std::string Text() const { return m_Exposition.Text(); }
 
   private:
-    void AddRollUp(const inventory::Snapshot& snapshot) {
+    void AddRollUp(const inventory::Snapshot& snapshot, Level worst) {
         const inventory::Health& health = snapshot.TheHealth();
         if (health.counts.controllers == 0 && health.counts.drives > 0) {
             return;  // What is known of a drive is no news of its server.
         }
-        m_Exposition.Add(kHealth, {}, PlugInStatusOf(health.level));
+        m_Exposition.Add(kHealth, {}, PlugInStatusOf(worst));
         if (snapshot.takenAt) {
             m_Exposition.Add(kLastSuccess, {},
                              static_cast<double>(std::chrono::system_clock::to_time_t(*snapshot.takenAt)));
@@ -229,9 +260,12 @@ class Series final {
 
 }  // namespace
 
-std::string Prometheus(const inventory::Snapshot& snapshot) {
+std::string Prometheus(const inventory::Snapshot& snapshot, const Watching* watching) {
     Series series;
-    series.Add(snapshot);
+    series.Add(snapshot, watching);
+    if (watching != nullptr) {
+        series.Add(*watching);
+    }
     return series.Text();
 }
 

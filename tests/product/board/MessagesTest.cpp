@@ -82,9 +82,22 @@ TEST(OtherMessages, ComeAsTheyWent) {
     EXPECT_EQ(UnpackDrives(Pack(drives)).front().document, "<RAID version=\"1\"/>");
     EXPECT_EQ(Pack(UnpackDrives(Pack(drives))), Pack(drives));
 
-    const Call call{12, Call::What::GetPDInfo, 0, -1, 4'294'967'295, "key"};
+    Settings settings{.listeners = {{3, false}, {7, true}},
+                      .key = "k",
+                      .certificate = "c",
+                      .accounts = "monitoring:$y$",
+                      .metricsFrom = {"192.0.2.0/24"},
+                      .user = 65534};
+    EXPECT_EQ(Pack(UnpackSettings(Pack(settings))), Pack(settings));
+    EXPECT_EQ(UnpackSettings(Pack(settings)).listeners.back().descriptor, 7U);
+    EXPECT_TRUE(UnpackSettings(Pack(settings)).listeners.back().isEncrypted);
+    settings.accounts.reset();
+    EXPECT_FALSE(UnpackSettings(Pack(settings)).accounts);
+
+    const Call call{12, Call::What::GetPDInfo, std::nullopt, -1, 4'294'967'295, "key"};
     EXPECT_EQ(UnpackCall(Pack(call)).slot, 4'294'967'295);
     EXPECT_EQ(UnpackCall(Pack(call)).enclosure, -1);
+    EXPECT_EQ(UnpackCall(Pack(call)).controller, std::nullopt);
     EXPECT_EQ(UnpackCall(Pack(call)).appKey, "key");
     EXPECT_EQ(Pack(UnpackCall(Pack(call))), Pack(call));
 
@@ -105,6 +118,7 @@ void ExpectOnlyWhole(const std::string& bytes, const Unpack& unpack) {
 
 TEST(Messages, AreTakenWholeOrNotAtAll) {
     ExpectOnlyWhole(Pack(Whole()), UnpackReport);
+    ExpectOnlyWhole(Pack(Settings{.listeners = {{3, false}}, .accounts = "a"}), UnpackSettings);
     ExpectOnlyWhole(Pack(std::vector<DriveReport>{{"0", "1", "2", "x"}}), UnpackDrives);
     ExpectOnlyWhole(Pack(Call{1, Call::What::GetPDInfo, 1, 2, 3, "key"}), UnpackCall);
     ExpectOnlyWhole(Pack(Outcome{1, "", 0, 0, "x"}), UnpackOutcome);
@@ -117,7 +131,7 @@ TEST(Calls, ThatNobodyAnswersAreRefused) {
         EXPECT_THROW((void)UnpackCall(bytes), WireError);
     }
     EXPECT_THROW(
-        (void)UnpackCall(Pack(Call{1, Call::What::GetInfo, 0, 0, 0, std::string(kMostKey + 1, 'k')})),
+        (void)UnpackCall(Pack(Call{1, Call::What::GetInfo, {}, {}, {}, std::string(kMostKey + 1, 'k')})),
         WireError);
 }
 
@@ -182,16 +196,16 @@ TEST_F(Linked, TheEndOfTheOtherEndIsNoticed) {
 TEST_F(Linked, NonsenseIsNoMessage) {
     const std::string header(16, '\0');
     std::string call = header;
-    call[0] = 4;
+    call[0] = 5;
     for (const std::string& bytes : {std::string("x"), header, header + "y", call + "one too many",
                                      "\x63" + std::string(15, '\0'), call + std::string(2000, 'x')}) {
         SendRaw(m_Doors, bytes);
         EXPECT_THROW((void)m_Service.Receive(), WireError) << bytes.size();
     }
-    SendRaw(m_Doors, "\x02" + std::string(15, '\0'));
+    SendRaw(m_Doors, "\x03" + std::string(15, '\0'));
     EXPECT_THROW((void)m_Service.Receive(), WireError) << "a report, which goes the other way";
     std::string report = header;
-    report[0] = 2;
+    report[0] = 3;
     report[8] = 9;
     SendRaw(m_Service, report);
     EXPECT_THROW((void)m_Doors.Receive(), WireError) << "without its file";

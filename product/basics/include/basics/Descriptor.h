@@ -32,6 +32,9 @@ class Descriptor final {
         return number < 0 || ::close(number) == 0;
     }
 
+    /// Whoever gets the number closes it.
+    [[nodiscard]] int Release() noexcept { return std::exchange(m_Number, -1); }
+
   private:
     int m_Number = -1;
 };

@@ -3,6 +3,7 @@
 #include "board/Board.h"
 #include "inventory/Criteria.h"
 
+#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -16,11 +17,30 @@ namespace board {
 
 /// What stands in front of a message.
 enum class MessageKind : std::uint32_t {
-    Drives = 1,   ///< to the doors: SMART data that were told
-    Report = 2,   ///< to the doors: all else that the board is made of
-    Outcome = 3,  ///< to the doors: what came of a call
-    Call = 4,     ///< to the service
+    Settings = 1,  ///< to the doors: the first one
+    Drives = 2,    ///< to the doors: SMART data that were told
+    Report = 3,    ///< to the doors: all else that the board is made of
+    Outcome = 4,   ///< to the doors: what came of a call
+    Call = 5,      ///< to the service
 };
+
+/// What the doors have to know before the first client comes. Files are read by the service: the doors open
+/// none.
+struct Settings {
+    struct Listener {
+        std::uint32_t descriptor = 0;  ///< that the process inherits
+        bool isEncrypted = false;
+    };
+    std::vector<Listener> listeners{};
+    std::string key{}, certificate{};       ///< in PEM
+    std::optional<std::string> accounts{};  ///< the text of the file; nothing: who can connect may ask
+    std::vector<std::string>
+        metricsFrom{};                   ///< addresses and nets that may ask for /metrics without an account
+    std::uint32_t user = 0, group = 0;   ///< to become, where the process may
+    std::chrono::seconds interval{300};  ///< from one inquiry to the next
+};
+[[nodiscard]] std::string Pack(const Settings& settings);
+[[nodiscard]] Settings UnpackSettings(std::string_view bytes);
 
 /// SMART data of a drive: its document.
 struct DriveReport {
@@ -49,7 +69,8 @@ struct Call {
     enum class What : std::uint32_t { GetInfo = 1, GetPDInfo = 2, Refresh = 3 };
     std::uint64_t id = 0;
     What what = What::Refresh;
-    std::int64_t controller = 0, enclosure = 0, slot = 0;  ///< of GetPDInfo
+    std::optional<std::int64_t> controller{}, enclosure{},
+        slot{};                           ///< of GetPDInfo, as far as they are given
     std::optional<std::string> appKey{};  ///< as the caller carries it; at most kMostKey bytes
 };
 constexpr std::size_t kMostKey = 256;

@@ -49,6 +49,9 @@ struct Response {
 /// An answer with a text, "application/json" say.
 [[nodiscard]] Response MakeResponse(int status, const std::string& contentType, std::string text);
 
+/// A line of words for people.
+[[nodiscard]] Response MakeWords(int status, const std::string& words);
+
 /// 304 with the same ETag where the request's If-None-Match names the one of this answer, or is "*"; else the
 /// answer with the header. Only for answers with status 200 to GET and HEAD.
 [[nodiscard]] Response WithEtag(const Request& request, Response response, const std::string& etag);

@@ -4,8 +4,11 @@
 #include "inventory/Changes.h"
 #include "inventory/Snapshot.h"
 
+#include <chrono>
 #include <cstddef>
+#include <optional>
 #include <string>
+#include <vector>
 
 namespace views {
 
@@ -33,13 +36,29 @@ struct TerminalStyle {
 /// of the documents.
 [[nodiscard]] std::string Json(const inventory::Snapshot& snapshot, bool isCompact = false);
 
-/// One page that needs nothing from elsewhere. With a history it shows a line of each drive's past, and what
-/// happened.
-[[nodiscard]] std::string Html(const inventory::Snapshot& snapshot,
-                               const history::ServerHistory* history = nullptr);
+/// What a service knows of a server beside its latest answer.
+struct Watching {
+    /// What is not well still, as far as anybody knows, and is in no report any more: a failed drive that was
+    /// pulled.
+    std::vector<inventory::Finding> standing{};
+    std::optional<std::chrono::system_clock::time_point> askedAt{};  ///< for the last time
+    std::string failure{};  ///< why there was no answer then; empty: there was one
+    unsigned failuresInARow = 0;
+    std::string script{};  ///< of the page; "/live.js" say
+};
 
-/// Series for the node exporter's textfile collector.
-[[nodiscard]] std::string Prometheus(const inventory::Snapshot& snapshot);
+/// How well the server is, as far as anybody knows: by its answer, and what the service, if any, knows beside
+/// it. A server that could not be asked is unknown at least.
+[[nodiscard]] inventory::Level LevelOf(const inventory::Health& health, const Watching* watching);
+
+/// One page that needs nothing from elsewhere. With a history it shows a line of each drive's past, and what
+/// happened; with a service what that knows, too.
+[[nodiscard]] std::string Html(const inventory::Snapshot& snapshot,
+                               const history::ServerHistory* history = nullptr,
+                               const Watching* watching = nullptr);
+
+/// Series for the node exporter's textfile collector, or for whoever asks a service.
+[[nodiscard]] std::string Prometheus(const inventory::Snapshot& snapshot, const Watching* watching = nullptr);
 
 /// What a monitoring system wants: one line with the level, the findings (no more than fit; all, a line each,
 /// when `isVerbose`), and the figures behind a bar:

@@ -1,0 +1,72 @@
+#pragma once
+
+#include "Accounts.h"
+#include "Backroom.h"
+#include "Calls.h"
+#include "Networks.h"
+#include "Pages.h"
+#include "Server.h"
+#include "redfish/Service.h"
+#include "wbem/ObjectManager.h"
+
+#include <chrono>
+#include <functional>
+#include <list>
+#include <memory>
+#include <string>
+
+namespace doors {
+
+/// Leads every request to who answers it, once it is settled who asks. One thread, which is that of the
+/// server.
+class Routes final {
+  public:
+    /// Gets what whoever looks after the service should know; a line each.
+    using Log = std::function<void(const std::string&)>;
+
+    struct Parts {
+        Accounts& accounts;
+        Backroom& backroom;
+        Calls& calls;
+    };
+
+    Routes(Parts parts, Networks metricsFrom, std::chrono::seconds interval, Log log);
+
+    /// From now on what is answered is of this board; streams get what has happened since the one before.
+    void Show(std::shared_ptr<const board::Board> board);
+
+    void Handle(const std::shared_ptr<Exchange>& exchange);
+
+    /// Whether a stream is open, which wants a sign of life from time to time.
+    [[nodiscard]] bool HasStreams() const { return !m_Streams.empty(); }
+    void KeepStreamsAlive();
+
+  private:
+    enum class Stream { Live, Redfish };
+
+    void Identify(const std::shared_ptr<Exchange>& exchange);
+    void CheckPassword(const std::shared_ptr<Exchange>& exchange, const std::string& name,
+                       const std::string& password);
+    void Refuse(Exchange& exchange);
+    [[nodiscard]] bool MayGoOn(Exchange& exchange);
+    void Answer(const std::shared_ptr<Exchange>& exchange);
+    void AnswerRedfish(const std::shared_ptr<Exchange>& exchange);
+    void AnswerWbem(const std::shared_ptr<Exchange>& exchange);
+    void AnswerPage(const std::shared_ptr<Exchange>& exchange);
+    void AnswerRefresh(const std::shared_ptr<Exchange>& exchange);
+    void Note(const Exchange& exchange, const std::string& words);
+    static void Send(Exchange& exchange, http::Response response);
+
+    Parts m_Parts;
+    Networks m_MetricsFrom;
+    std::chrono::seconds m_Interval;
+    Log m_Log;
+    Patience m_Patience;
+    wbem::ObjectManager m_Wbem;
+    std::shared_ptr<const board::Board> m_Board;
+    std::shared_ptr<redfish::Service> m_Redfish;
+    std::unique_ptr<Pages> m_Pages;
+    std::list<std::pair<std::shared_ptr<Exchange>, Stream>> m_Streams;
+};
+
+}  // namespace doors
