@@ -138,7 +138,6 @@ void Filter() {}
 
 void GiveUpRights(std::uint32_t user, std::uint32_t group) {
     BecomeNobody(user, group);
-    Limit(RLIMIT_FSIZE);
     Limit(RLIMIT_CORE);
     Limit(RLIMIT_NPROC);
     if (::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0 || ::prctl(PR_SET_DUMPABLE, 0, 0, 0, 0) != 0) {

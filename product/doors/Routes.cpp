@@ -1,6 +1,7 @@
 #include "Routes.h"
 
 #include "basics/Text.h"
+#include "basics/Words.h"
 #include "http/Status.h"
 
 #include <gnutls/gnutls.h>
@@ -39,10 +40,7 @@ struct Credentials {
 /// Of "Basic bW9uaXRvcmluZzpzZWNyZXQ="; nothing for anything else.
 std::optional<Credentials> CredentialsOf(const std::string& header) {
     constexpr std::string_view kScheme = "basic ";
-    const std::string scheme = header.substr(0, kScheme.size());
-    if (!std::equal(scheme.begin(), scheme.end(), kScheme.begin(), kScheme.end(), [](char one, char other) {
-            return (one >= 'A' && one <= 'Z' ? static_cast<char>(one - 'A' + 'a') : one) == other;
-        })) {
+    if (!basics::IsSameWord(header.substr(0, kScheme.size()), kScheme)) {
         return std::nullopt;
     }
     std::string encoded = header.substr(kScheme.size());

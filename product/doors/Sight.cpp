@@ -10,8 +10,7 @@ bool Sight::Take(const board::Message& message) {
     switch (message.kind) {
         case board::MessageKind::Drives:
             for (const board::DriveReport& drive : board::UnpackDrives(message.bytes)) {
-                m_Picture.SeeDrive({drive.controller, drive.enclosure, drive.slot,
-                                    inventory::Document::Read(drive.document)});
+                TakeDrive(drive);
             }
             return false;
         case board::MessageKind::Report:
@@ -19,6 +18,15 @@ bool Sight::Take(const board::Message& message) {
             return true;
         default:
             return false;
+    }
+}
+
+void Sight::TakeDrive(const board::DriveReport& drive) {
+    try {
+        m_Picture.SeeDrive(
+            {drive.controller, drive.enclosure, drive.slot, inventory::Document::Read(drive.document)});
+    } catch (const inventory::DocumentError&) {
+        return;  // What the module said of it is nothing, here as for the service.
     }
 }
 

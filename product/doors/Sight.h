@@ -20,6 +20,7 @@ class Sight final {
     [[nodiscard]] const std::shared_ptr<const board::Board>& Now() const { return m_Board; }
 
   private:
+    void TakeDrive(const board::DriveReport& drive);
     void TakeReport(board::Report report);
 
     board::Picture m_Picture;

@@ -1,34 +1,20 @@
 #include "http/Message.h"
 
+#include "basics/Words.h"
+
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <cstdint>
 #include <cstdio>
 
 namespace http {
 namespace {
 
-char Lower(char letter) {
-    return static_cast<char>(std::tolower(static_cast<unsigned char>(letter)));
-}
-
-bool IsSameName(std::string_view one, std::string_view other) {
-    return std::equal(one.begin(), one.end(), other.begin(), other.end(),
-                      [](char left, char right) { return Lower(left) == Lower(right); });
-}
-
-std::string_view Trimmed(std::string_view text) {
-    const std::size_t first = text.find_first_not_of(" \t");
-    return first == std::string_view::npos ? std::string_view()
-                                           : text.substr(first, text.find_last_not_of(" \t") - first + 1);
-}
-
 /// `list` is that of an If-None-Match: `"a", W/"b"`. Weak comparison, as that header asks for.
 bool Names(std::string_view list, std::string_view etag) {
     while (!list.empty()) {
         const std::size_t end = std::min(list.find(','), list.size());
-        std::string_view each = Trimmed(list.substr(0, end));
+        std::string_view each = basics::Trimmed(list.substr(0, end));
         if (each.substr(0, 2) == "W/") {
             each.remove_prefix(2);
         }
@@ -44,7 +30,7 @@ bool Names(std::string_view list, std::string_view etag) {
 
 const std::string* Find(const std::vector<Field>& fields, std::string_view name) {
     const auto found = std::find_if(fields.begin(), fields.end(),
-                                    [&](const Field& field) { return IsSameName(field.first, name); });
+                                    [&](const Field& field) { return basics::IsSameWord(field.first, name); });
     return found == fields.end() ? nullptr : &found->second;
 }
 

@@ -34,6 +34,48 @@ void TakeGrowth(Section section, watch::Rules& rules) {
     section.End();
 }
 
+void TakeAddresses(Section& file, std::optional<std::vector<Address>>& addresses) {
+    std::optional<std::vector<std::string>> texts;
+    file.Take("listen", texts);
+    if (!texts) {
+        return;
+    }
+    addresses.emplace();
+    for (const std::string& text : *texts) {
+        if (const std::optional<Address> address = AddressFrom(text)) {
+            addresses->push_back(*address);
+        } else {
+            file.Complain("listen",
+                          '"' + text +
+                              "\" is no address such as \"127.0.0.1:8282\", \"[::]:8443\" or "
+                              "\"unix:/run/mngsrvraid/mngsrvraid.sock\"; beyond this machine there is no "
+                              "http without encryption");
+        }
+    }
+}
+
+void TakeDoors(Section& file, DoorsConfiguration& doors) {
+    TakeAddresses(file, doors.listen);
+    file.Take("accounts", doors.accounts);
+    file.Take("tls_certificate", doors.certificate);
+    file.Take("tls_key", doors.key);
+    file.Take("metrics_from", doors.metricsFrom);
+    file.Take("doors_user", doors.user);
+    const auto isEncrypted = [](const Address& address) { return address.isEncrypted; };
+    if (doors.listen && std::any_of(doors.listen->begin(), doors.listen->end(), isEncrypted)) {
+        if (!doors.certificate || !doors.key) {
+            file.Complain("listen",
+                          "whoever listens beyond this machine needs tls_certificate and tls_key; "
+                          "mngsrvraidd setup-tls makes some for trying out");
+        }
+        if (!doors.accounts) {
+            file.Complain(
+                "listen",
+                "whoever listens beyond this machine needs accounts; mngsrvraidd passwd makes them");
+        }
+    }
+}
+
 // Lines of a file are the administrator's own, and yet they may hold anything.
 std::string Joined(const std::vector<std::string>& problems) {
     return basics::Joined(problems, "; ");
@@ -78,6 +120,7 @@ Configuration ReadConfiguration(std::string_view text) {
     file.Take("reminder", configuration.rules.reminder, seconds(1), 30 * kDay);
     TakeLimits(file.Below("limits"), configuration.limits);
     TakeGrowth(file.Below("growth"), configuration.rules);
+    TakeDoors(file, configuration.doors);
     configuration.channels = TakeChannels(file);
     file.End();
     if (configuration.limits.mediaErrorGrowth && !configuration.expect) {

@@ -9,8 +9,10 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <exception>
+#include <utility>
 
 #if defined(__GLIBC__)
 #include <malloc.h>
@@ -43,7 +45,12 @@ basics::Descriptor TakeSignals(sigset_t& before) {
 }  // namespace
 
 Loop::Loop(Settings settings, Service& service)
-    : m_Settings(std::move(settings)), m_Service(service), m_Signals(TakeSignals(m_MaskBefore)) {
+    : m_Settings(std::move(settings)),
+      m_Service(service),
+      m_Signals(TakeSignals(m_MaskBefore)),
+      m_Keeper({[&service] { return service.SmartReports(); }, [&service] { return service.TheReport(); },
+                m_Settings.log}) {
+    m_Keeper.Configure(DoorsNow(), service.TheConfiguration().interval, steady_clock::now());
     if (const auto interval = AliveInterval()) {
         m_AliveInterval = *interval / 2;
         m_NextAlive = steady_clock::now();
@@ -64,6 +71,8 @@ void Loop::Run() {
     while (!m_IsEnding) {
         AskWhatIsDue();
         m_Service.Work(Now());
+        m_Keeper.Work(steady_clock::now());
+        TellNews();
         StayAlive();
         Wait();
     }
@@ -72,8 +81,8 @@ void Loop::Run() {
 
 void Loop::Wait() {
     std::optional<steady_clock::time_point> until = m_Service.NextDue(m_Worker.has_value());
-    if (m_NextAlive) {
-        until = std::min(until.value_or(*m_NextAlive), *m_NextAlive);
+    for (const auto& due : {m_NextAlive, m_Keeper.NextDue()}) {
+        until = due ? std::min(until.value_or(*due), *due) : until;
     }
     int timeout = -1;
     if (until) {
@@ -81,8 +90,9 @@ void Loop::Wait() {
         const auto left = std::chrono::ceil<milliseconds>(*until - steady_clock::now());
         timeout = static_cast<int>(std::clamp(left, milliseconds(0), kLongest).count());
     }
-    struct pollfd signals = {m_Signals.Number(), POLLIN, 0};
-    (void)::poll(&signals, 1, timeout);  // Whatever woke it is looked for below.
+    std::array<pollfd, 2> polled = {{{m_Signals.Number(), POLLIN, 0}, {m_Keeper.Number(), POLLIN, 0}}};
+    (void)::poll(polled.data(), polled.size(), timeout);  // Whatever woke it is looked for below.
+    TakeCalls();
     struct signalfd_siginfo news {};
     while (::read(m_Signals.Number(), &news, sizeof news) == static_cast<ssize_t>(sizeof news)) {
         Heed(static_cast<int>(news.ssi_signo));
@@ -111,7 +121,7 @@ void Loop::ReapChildren() {
     for (pid_t child = 0; (child = ::waitpid(-1, &status, WNOHANG)) > 0;) {
         if (m_Worker && child == m_Worker->Process()) {
             TakeAnswer(status);
-        } else {
+        } else if (!m_Keeper.Ended(child, status, steady_clock::now())) {
             (void)m_Service.Ended(child, status, Now());  // A child that a program of ours left is no news.
         }
     }
@@ -119,39 +129,100 @@ void Loop::ReapChildren() {
 
 void Loop::TakeAnswer(int status) {
     const Answer answer = m_Worker->Take(status);
-    const std::optional<calls::DrivePlace> drive = m_Worker->Drive();
+    const Question question = m_Worker->Asked();
     m_Worker.reset();
     if (m_IsEnding) {
         return;  // It was ended by ourselves.
     }
-    m_Service.Answered(drive, answer, Now());
+    TakeAnswerOf(question, answer);
     TellState(m_Service.State());
 #if defined(__GLIBC__)
     ::malloc_trim(0);  // A document takes many times what is kept of it, and it is a long time to the next.
 #endif
 }
 
+void Loop::TakeAnswerOf(const Question& question, const Answer& answer) {
+    if (question.call) {
+        board::Outcome outcome{.id = question.call->id, .failure = answer.failure};
+        m_Keeper.TellOutcome(answer.failure.empty() ? board::UnpackOutcome(answer.document) : outcome);
+        return;
+    }
+    m_Service.Answered(question.drive, answer, Now());
+    if (question.drive && answer.failure.empty()) {
+        m_Keeper.TellDrive(
+            {question.drive->controller, question.drive->enclosure, question.drive->slot, answer.document});
+    } else if (!question.drive) {
+        TellNews();
+        for (const std::uint64_t id : std::exchange(m_Refreshers, {})) {
+            m_Keeper.TellOutcome({.id = id, .failure = answer.failure});
+        }
+    }
+}
+
+void Loop::TellNews() {
+    if (m_Service.StateNumber() != m_ToldState) {
+        m_ToldState = m_Service.StateNumber();
+        m_Keeper.TellReport();
+    }
+}
+
+void Loop::TakeCalls() {
+    constexpr std::size_t kMostCalls = 32;
+    for (board::Call& call : m_Keeper.TakeCalls()) {
+        if (call.what == board::Call::What::Refresh) {
+            m_Refreshers.push_back(call.id);
+            m_Service.Hurry(Now());
+        } else if (m_Calls.size() >= kMostCalls) {
+            m_Keeper.TellOutcome({.id = call.id, .failure = "too many calls are waiting already"});
+        } else {
+            m_Calls.push_back(std::move(call));
+        }
+    }
+}
+
+// What is due comes first, so that no client keeps the watch from its work; and no client waits for more than
+// one inquiry.
 void Loop::AskWhatIsDue() {
     if (m_Worker) {
         return;
     }
-    const std::optional<Schedule::Inquiry> inquiry = m_Service.TakeDue(Now());
-    if (!inquiry) {
-        return;
+    const bool isClientsTurn = !m_Calls.empty() && !m_WasClient;
+    const std::optional<Schedule::Inquiry> inquiry = isClientsTurn ? std::nullopt : m_Service.TakeDue(Now());
+    m_WasClient = !inquiry && !m_Calls.empty();
+    if (inquiry) {
+        Ask({.drive = inquiry->drive});
+    } else if (m_WasClient) {
+        Question question{.call = std::move(m_Calls.front())};
+        m_Calls.pop_front();
+        Ask(std::move(question));
     }
+}
+
+void Loop::Ask(Question question) {
     const Configuration& configuration = m_Service.TheConfiguration();
     try {
         m_Worker.emplace(WorkerSettings{configuration.timeLimit, configuration.appKey, m_Settings.scenario},
-                         inquiry->drive);
+                         question);
     } catch (const basics::Failure& error) {
-        m_Service.Answered(inquiry->drive, {"", error.what()}, Now());
+        TakeAnswerOf(question, {"", error.what()});
     }
+}
+
+// What is made up must not be taken for this server.
+DoorsConfiguration Loop::DoorsNow() const {
+    DoorsConfiguration doors = m_Service.TheConfiguration().doors;
+    if (!doors.listen && !m_Settings.scenario.empty()) {
+        doors.listen.emplace();
+    }
+    return doors;
 }
 
 void Loop::ReadConfigurationAgain() {
     TellReloading();
     try {
-        m_Service.Configure(m_Settings.readConfiguration(), Now());
+        Configuration configuration = m_Settings.readConfiguration();
+        m_Service.Configure(std::move(configuration), Now());
+        m_Keeper.Configure(DoorsNow(), m_Service.TheConfiguration().interval, steady_clock::now());
     } catch (const std::exception& error) {
         m_Service.KeepConfiguration(error.what(), Now());
     }
@@ -171,6 +242,7 @@ void Loop::StayAlive() {
 void Loop::End() {
     TellStopping();
     const auto end = steady_clock::now() + kTimeToEnd;
+    m_Keeper.End();
     if (m_Worker) {
         m_Worker->Interrupt();
     }

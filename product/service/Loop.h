@@ -1,14 +1,18 @@
 #pragma once
 
+#include "Keeper.h"
 #include "Service.h"
 #include "Worker.h"
 #include "basics/Descriptor.h"
 
 #include <signal.h>
 
+#include <cstdint>
+#include <deque>
 #include <functional>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace service {
 
@@ -25,9 +29,10 @@ class Loop final {
     struct Settings {
         std::string scenario = {};                         ///< for advice; "" for this server
         std::function<Configuration()> readConfiguration;  ///< throws what is wrong with it, in words
+        Service::Log log;
     };
 
-    /// Takes the signals from now on.
+    /// Takes the signals from now on, and lets clients come. Throws basics::Failure where it cannot.
     Loop(Settings settings, Service& service);
     Loop(const Loop&) = delete;
     Loop& operator=(const Loop&) = delete;
@@ -44,6 +49,11 @@ class Loop final {
     void ReadConfigurationAgain();
     void AskWhatIsDue();
     void TakeAnswer(int status);
+    void TakeAnswerOf(const Question& question, const Answer& answer);
+    void TakeCalls();
+    void TellNews();
+    void Ask(Question question);
+    [[nodiscard]] DoorsConfiguration DoorsNow() const;
     void StayAlive();
     void End();
 
@@ -52,8 +62,13 @@ class Loop final {
     sigset_t m_MaskBefore{};
     basics::Descriptor m_Signals;
     std::optional<Worker> m_Worker;
+    Keeper m_Keeper;
+    std::deque<board::Call> m_Calls;          ///< what clients want, first come, first served
+    std::vector<std::uint64_t> m_Refreshers;  ///< calls that wait for the server's next answer
     std::optional<std::chrono::steady_clock::time_point> m_NextAlive;
     std::optional<std::chrono::steady_clock::duration> m_AliveInterval;
+    std::uint64_t m_ToldState = 0;  ///< what the doors know
+    bool m_WasClient = false;       ///< the last inquiry was one that a client wanted
     bool m_IsEnding = false;
 };
 

@@ -92,22 +92,32 @@ void Section::Take(const char* key, std::chrono::seconds& value, std::chrono::se
 }
 
 void Section::Take(const char* key, std::vector<std::string>& values) {
+    std::optional<std::vector<std::string>> taken;
+    Take(key, taken);
+    if (taken && taken->empty()) {
+        Complain(key, "it is a list of texts, [\"one\", \"two\"]");
+    } else if (taken) {
+        values = std::move(*taken);
+    }
+}
+
+void Section::Take(const char* key, std::optional<std::vector<std::string>>& values) {
     const toml::node* const node = Find(key);
     if (node == nullptr) {
         return;
     }
     const toml::array* const list = node->as_array();
-    const bool areTexts = list != nullptr && !list->empty() &&
-                          std::all_of(list->begin(), list->end(), [](const toml::node& each) {
-                              return each.is_string() && !each.as_string()->get().empty();
-                          });
+    const bool areTexts =
+        list != nullptr && std::all_of(list->begin(), list->end(), [](const toml::node& each) {
+            return each.is_string() && !each.as_string()->get().empty();
+        });
     if (!areTexts) {
         Complain(*node, key, "it is a list of texts, [\"one\", \"two\"]");
         return;
     }
-    values.clear();
+    values.emplace();
     for (const toml::node& each : *list) {
-        values.push_back(each.as_string()->get());
+        values->push_back(each.as_string()->get());
     }
 }
 

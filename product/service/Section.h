@@ -36,7 +36,9 @@ class Section final {
     }
     void Take(const char* key, std::chrono::seconds& value, std::chrono::seconds least,
               std::chrono::seconds most);
+    /// Of at least one text; any number of them.
     void Take(const char* key, std::vector<std::string>& values);
+    void Take(const char* key, std::optional<std::vector<std::string>>& values);
 
     /// A table below this one.
     [[nodiscard]] Section Below(const char* key);

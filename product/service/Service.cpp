@@ -3,6 +3,7 @@
 #include "basics/Failure.h"
 #include "basics/SavedFile.h"
 #include "basics/Time.h"
+#include "history/Reader.h"
 #include "inventory/Document.h"
 
 #include <algorithm>
@@ -27,6 +28,7 @@ Service::Service(Configuration configuration, Log log, Moment now)
       m_Archive(m_Configuration.history),
       m_Courier({.host = m_Configuration.host}),
       m_Schedule(IntervalsOf(m_Configuration), now.steady),
+      m_StartedAt(now.wall),
       m_Tidied(now.steady) {
     m_Courier.SetChannels(m_Configuration.channels, now.steady);
 }
@@ -35,10 +37,13 @@ void Service::Start(Moment now) {
     history::Restored restored;
     const history::Outcome outcome = m_Archive.Open(now.wall, restored);
     const std::size_t unread = m_Watch.Restore(restored.rows);
+    ReadEvents();
     if (restored.document) {
         try {
-            m_Picture.SeeServer(inventory::Document::Read(restored.document->xml), CriteriaNow(now),
+            m_Criteria = CriteriaNow(now);
+            m_Picture.SeeServer(inventory::Document::Read(restored.document->xml), m_Criteria,
                                 restored.document->at);
+            m_Document = std::move(restored.document->xml);
         } catch (const inventory::DocumentError&) {
             m_Log("the last answer that was kept cannot be read any more");
         }
@@ -77,8 +82,10 @@ void Service::KeepConfiguration(const std::string& why, Moment now) {
 }
 
 void Service::Answered(const std::optional<calls::DrivePlace>& drive, const Answer& answer, Moment now) {
+    m_State += drive ? 0 : 1;  // A drive's answer is shown with the server's next one.
     if (!answer.failure.empty()) {
         if (!drive) {
+            m_Inquiry = {now.wall, answer.failure, m_Inquiry ? m_Inquiry->failuresInARow + 1 : 1};
             Tell(m_Watch.FailedToAsk(answer.failure, now.wall), now);
             Tell(m_Watch.Remind(now.wall), now);
         } else {
@@ -101,8 +108,11 @@ void Service::Answered(const std::optional<calls::DrivePlace>& drive, const Answ
 }
 
 void Service::TakeServer(const std::string& xml, Moment now) {
-    const inventory::Snapshot& snapshot =
-        m_Picture.SeeServer(inventory::Document::Read(xml), CriteriaNow(now), now.wall);
+    inventory::Document document = inventory::Document::Read(xml);
+    m_Criteria = CriteriaNow(now);
+    m_Document = xml;
+    m_Inquiry = board::LastInquiry{now.wall};
+    const inventory::Snapshot& snapshot = m_Picture.SeeServer(std::move(document), m_Criteria, now.wall);
     m_Schedule.SeeDrives(snapshot.TheServer(), now.steady);
     Tell(m_Watch.Take(snapshot, now.wall), now, &snapshot, xml);
     const auto elapsed = std::chrono::duration_cast<std::chrono::seconds>(now.steady - m_Tidied);
@@ -169,11 +179,61 @@ void Service::TellTrouble(Level level, const std::string& words, const std::stri
 
 // Stored first, and told then: what is told is never forgotten.
 void Service::Record(history::Entry entry, Moment now) {
+    for (const Event& event : entry.events) {
+        Keep(event);
+    }
     const history::Outcome outcome = m_Archive.Record(entry);
     for (const history::Delivery& delivery : entry.deliveries) {
         m_Courier.Add(delivery.channel, delivery.event);
     }
     Heed(outcome, now, true);
+}
+
+void Service::Keep(const Event& event) {
+    constexpr std::size_t kMostEvents = 1000;
+    m_Events.push_back({m_Events.empty() ? 1 : m_Events.back().number + 1, event});
+    if (m_Events.size() > kMostEvents) {
+        m_Events.pop_front();
+    }
+    ++m_State;
+}
+
+// Without a history that can be read clients see what happens from now on.
+void Service::ReadEvents() {
+    constexpr std::int64_t kMost = 1000;
+    try {
+        history::Reader reader(m_Configuration.history);
+        for (history::NumberedEvent& each : reader.EventsAfter(reader.LastEvent() - kMost)) {
+            m_Events.push_back({each.number, std::move(each.event)});
+        }
+    } catch (const basics::Failure&) {
+        m_Events.clear();
+    }
+}
+
+board::Report Service::TheReport() const {
+    board::Report report{.number = m_State, .host = m_Configuration.host, .startedAt = m_StartedAt};
+    if (const inventory::Snapshot* const snapshot = Latest()) {
+        report.document = m_Document;
+        report.takenAt = *snapshot->takenAt;
+        report.criteria = m_Criteria;
+    }
+    report.inquiry = m_Inquiry;
+    for (const watch::Alarm& alarm : m_Watch.Alarms()) {
+        report.alarms.push_back({alarm.since, alarm.finding});
+    }
+    report.events.assign(m_Events.begin(), m_Events.end());
+    return report;
+}
+
+std::vector<board::DriveReport> Service::SmartReports() const {
+    std::vector<board::DriveReport> reports;
+    if (const inventory::Snapshot* const snapshot = Latest()) {
+        for (const inventory::DriveAnswer& each : snapshot->Answers()) {
+            reports.push_back({each.controller, each.enclosure, each.slot, XmlOf(each.document)});
+        }
+    }
+    return reports;
 }
 
 void Service::Heed(const history::Outcome& outcome, Moment now, bool isWritten) {

@@ -3,12 +3,14 @@
 #include "Configuration.h"
 #include "Schedule.h"
 #include "Worker.h"
+#include "board/Messages.h"
 #include "board/Picture.h"
 #include "history/Archive.h"
 #include "telling/Courier.h"
 #include "watch/Watch.h"
 
 #include <chrono>
+#include <deque>
 #include <functional>
 #include <optional>
 #include <string>
@@ -66,6 +68,12 @@ class Service final {
     /// "CRITICAL: 2 critical in 1 controller, ..., 3 alarms", for whoever looks.
     [[nodiscard]] std::string State() const;
 
+    /// Another one for whatever has happened.
+    [[nodiscard]] std::uint64_t StateNumber() const { return m_State; }
+    /// What clients over the network get to see.
+    [[nodiscard]] board::Report TheReport() const;
+    [[nodiscard]] std::vector<board::DriveReport> SmartReports() const;
+
     [[nodiscard]] const Configuration& TheConfiguration() const { return m_Configuration; }
     [[nodiscard]] std::vector<watch::Alarm> Alarms() const { return m_Watch.Alarms(); }
     [[nodiscard]] const inventory::Snapshot* Latest() const { return m_Picture.Latest().get(); }
@@ -81,6 +89,8 @@ class Service final {
     void TellTrouble(inventory::Level level, const std::string& words, const std::string& advice, Moment now,
                      const std::string& exceptChannel = "");
     void Record(history::Entry entry, Moment now);
+    void Keep(const watch::Event& event);
+    void ReadEvents();
     /// Only what was to be written shows that it can be.
     void Heed(const history::Outcome& outcome, Moment now, bool isWritten = false);
     void TakeOutcomes(Moment now);
@@ -94,6 +104,12 @@ class Service final {
     telling::Courier m_Courier;
     Schedule m_Schedule;
     board::Picture m_Picture;
+    std::string m_Document;          ///< the latest answer, as it came
+    inventory::Criteria m_Criteria;  ///< by which it was judged
+    std::optional<board::LastInquiry> m_Inquiry;
+    std::deque<board::NumberedEvent> m_Events;  ///< the latest
+    std::uint64_t m_State = 0;                  ///< grows with whatever happens
+    std::chrono::system_clock::time_point m_StartedAt;
     std::optional<inventory::Expectations> m_Expectations;  ///< as they could be read last
     std::string m_ExpectTrouble, m_ArchiveTrouble;          ///< as it was told last
     std::chrono::steady_clock::time_point m_Tidied;

@@ -4,6 +4,8 @@
 #include "basics/Text.h"
 #include "calls/Inquiry.h"
 #include "calls/InstallRoot.h"
+#include "calls/MethodCall.h"
+#include "calls/Module.h"
 #include "supervision/Supervisor.h"
 
 #include <signal.h>
@@ -70,10 +72,28 @@ void TakeSignalsAsUsual() noexcept {
     ::sigprocmask(SIG_SETMASK, &none, nullptr);
 }
 
+/// As the framework calls it, whatever comes of it: the client gets to see that.
+board::Outcome MakeCall(const board::Call& call) {
+    const auto textOf = [](const std::optional<std::int64_t>& number) {
+        return number ? std::to_string(*number) : std::string();
+    };
+    calls::MethodRequest request{.appKey = call.appKey};
+    if (call.what == board::Call::What::GetPDInfo) {
+        request.drive = calls::DrivePlace{textOf(call.controller), textOf(call.enclosure), textOf(call.slot)};
+    }
+    const calls::Module module = calls::Module::Load(calls::Module::DefaultPath());
+    calls::MethodOutcome outcome = CallMethod(module.Provider(), request);
+    return {.id = call.id,
+            .failure = outcome.exception,
+            .status = static_cast<std::uint32_t>(outcome.status),
+            .returnValue = outcome.returnValue,
+            .document = std::move(outcome.document)};
+}
+
 }  // namespace
 
-Worker::Worker(const WorkerSettings& settings, std::optional<calls::DrivePlace> drive)
-    : m_Drive(std::move(drive)), m_Document(MakeFile("document")), m_Failure(MakeFile("failure")) {
+Worker::Worker(const WorkerSettings& settings, Question question)
+    : m_Question(std::move(question)), m_Document(MakeFile("document")), m_Failure(MakeFile("failure")) {
     const pid_t service = ::getpid();
     m_Process = ::fork();
     if (m_Process < 0) {
@@ -90,6 +110,14 @@ Worker::Worker(const WorkerSettings& settings, std::optional<calls::DrivePlace> 
     }
 }
 
+std::string Worker::AnswerOf(const WorkerSettings& settings) const {
+    if (m_Question.call) {
+        return Pack(MakeCall(*m_Question.call));
+    }
+    calls::Inquiry inquiry({.appKey = settings.appKey, .scenario = settings.scenario});
+    return m_Question.drive ? inquiry.AskForDrive(*m_Question.drive) : inquiry.AskForServer();
+}
+
 void Worker::Work(const WorkerSettings& settings) const noexcept {
     std::string failure;
     try {
@@ -101,8 +129,7 @@ void Worker::Work(const WorkerSettings& settings) const noexcept {
                                                            .privateFolder = "mngsrvraidd",
                                                            .otherPlaces = {"/dev/shm"}});
         calls::UsePrivateRoot(folder);
-        calls::Inquiry inquiry({.appKey = settings.appKey, .scenario = settings.scenario});
-        const std::string document = m_Drive ? inquiry.AskForDrive(*m_Drive) : inquiry.AskForServer();
+        const std::string document = AnswerOf(settings);
         if (const int error = basics::WriteWhole(m_Document.Number(), document); error == 0) {
             ::_exit(kDone);
         } else {

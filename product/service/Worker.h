@@ -1,6 +1,7 @@
 #pragma once
 
 #include "basics/Descriptor.h"
+#include "board/Messages.h"
 #include "calls/Drives.h"
 
 #include <sys/types.h>
@@ -20,8 +21,14 @@ struct WorkerSettings {
 
 /// What came of an inquiry: a document, or why there is none.
 struct Answer {
-    std::string document;
-    std::string failure;  ///< empty: the document is whole
+    std::string document;  ///< of a call that a client makes: the packed outcome
+    std::string failure;   ///< empty: the document is whole
+};
+
+/// What is asked: the server, where there is nothing else; a drive; or what a client wants to have called.
+struct Question {
+    std::optional<calls::DrivePlace> drive{};
+    std::optional<board::Call> call{};
 };
 
 /// One inquiry in processes of its own: one that asks the module, which may crash, hang or be killed, and one
@@ -32,12 +39,11 @@ class Worker final {
   public:
     /// To be called while the process has one thread. Throws basics::Failure(Surroundings) when no process
     /// can be made.
-    Worker(const WorkerSettings& settings, std::optional<calls::DrivePlace> drive);
+    Worker(const WorkerSettings& settings, Question question);
 
     [[nodiscard]] pid_t Process() const { return m_Process; }
 
-    /// The drive that was asked; nothing: the server.
-    [[nodiscard]] const std::optional<calls::DrivePlace>& Drive() const { return m_Drive; }
+    [[nodiscard]] const Question& Asked() const { return m_Question; }
 
     /// Asks it to end, with all that it started: about a second.
     void Interrupt() const noexcept;
@@ -47,8 +53,9 @@ class Worker final {
 
   private:
     [[noreturn]] void Work(const WorkerSettings& settings) const noexcept;
+    [[nodiscard]] std::string AnswerOf(const WorkerSettings& settings) const;
 
-    std::optional<calls::DrivePlace> m_Drive;
+    Question m_Question;
     basics::Descriptor m_Document, m_Failure;  ///< files in memory that are shared with the process
     pid_t m_Process = -1;
 };

@@ -161,7 +161,10 @@ ExitStatus Watch(Options options) {
         const fs::path scenario = scenario::FindScenario(options.scenario, Simulation() / "scenarios");
         sandbox::EnterSandbox(Simulation() / "vdkcli", scenario);
     }
-    Loop({.scenario = options.scenario, .readConfiguration = [&options] { return ReadIt(options); }}, service)
+    Loop({.scenario = options.scenario,
+          .readConfiguration = [&options] { return ReadIt(options); },
+          .log = Say},
+         service)
         .Run();
     return ExitStatus::Success;
 }

@@ -52,11 +52,11 @@ struct DriveReport {
 /// How the server is, without the SMART data.
 struct Report {
     std::uint64_t number = 0;
-    std::string host;
-    TimePoint startedAt;
-    std::string document;  ///< the latest answer; empty before the first one
-    TimePoint takenAt;     ///< and when it was asked for
-    inventory::Criteria criteria;
+    std::string host{};
+    TimePoint startedAt{};
+    std::string document{};  ///< the latest answer; empty before the first one
+    TimePoint takenAt{};     ///< and when it was asked for
+    inventory::Criteria criteria{};
     std::optional<LastInquiry> inquiry{};
     std::vector<StandingAlarm> alarms{};
     std::vector<NumberedEvent> events{};
