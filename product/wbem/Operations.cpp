@@ -273,8 +273,8 @@ void RequireNamespace(const Call& call) {
     }
 }
 
-/// The argument of that name.
-MethodArgument Passed(const Call& call, const Parameter& parameter) {
+/// The argument of that name, if it was given with a value.
+std::optional<MethodArgument> Passed(const Call& call, const Parameter& parameter) {
     for (const Argument& argument : call.arguments) {
         if (!IsSameWord(argument.name, parameter.name) || !argument.value) {
             continue;
@@ -285,15 +285,9 @@ MethodArgument Passed(const Call& call, const Parameter& parameter) {
             !IsValue(value.text, parameter.type)) {
             RefuseArgument(parameter.name, std::string("is no ") + NameOf(parameter.type));
         }
-        return {parameter.name, value.text};
+        return MethodArgument{parameter.name, value.text};
     }
-    RefuseArgument(parameter.name, "is missing");
-}
-
-bool IsGiven(const Call& call, const std::string& name) {
-    return std::any_of(call.arguments.begin(), call.arguments.end(), [&](const Argument& argument) {
-        return IsSameWord(argument.name, name) && argument.value;
-    });
+    return std::nullopt;
 }
 
 }  // namespace
@@ -336,15 +330,15 @@ MethodCall ReadMethodCall(const Call& call, const Classes& classes) {
                     .messageId = call.messageId,
                     .calledAs = call.name};
     for (const Parameter& parameter : method->parameters) {
-        if (parameter.isIn) {
-            made.arguments.push_back(Passed(call, parameter));
+        if (auto argument = parameter.isIn ? Passed(call, parameter) : std::nullopt) {
+            made.arguments.push_back(std::move(*argument));
         }
     }
-    if (IsGiven(call, kAppKey)) {
-        made.appKey = Passed(call, {.name = kAppKey}).value;
-        if (made.appKey->size() > board::kMostKey) {
+    if (auto key = Passed(call, {.name = kAppKey})) {
+        if (key->value.size() > board::kMostKey) {
             RefuseArgument(kAppKey, "is too long");
         }
+        made.appKey = std::move(key->value);
     }
     return made;
 }

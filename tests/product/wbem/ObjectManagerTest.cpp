@@ -79,6 +79,15 @@ TEST(AMethodCall, HasItsTextsAsTheyWereMeant) {
               (std::vector<MethodArgument>{{"CtrlNo", "0"}, {"EnclNo", ""}, {"PDNo", "<A& \xc3\xa9"}}));
 }
 
+TEST(AMethodCall, HasOnlyWhatWasGiven) {
+    EXPECT_EQ(CallOf({.method = "GetPDInfo",
+                      .arguments = Parameter("PDNo", "") + R"(<PARAMVALUE NAME="EnclNo"/>)",
+                      .className = kRaid})
+                  .arguments,
+              (std::vector<MethodArgument>{{"PDNo", ""}}))
+        << "an empty text is a value, and none is none";
+}
+
 TEST(AMethodCall, HasTheNumbersThatTheModuleReads) {
     const std::pair<const char*, std::int64_t> numbers[] = {
         {"3", 3}, {" 12abc", 12}, {"abc", 0}, {"-1", -1}, {"99999999999999999999", INT64_MAX}};

@@ -271,17 +271,6 @@ INSTANTIATE_TEST_SUITE_P(
         Failure{"UnknownArgument",
                 {.method = "GetInfo", .arguments = Parameter("CtrlNo", "0"), .className = kRaid},
                 "4: the parameter CtrlNo is unknown"},
-        Failure{"MissingArgument",
-                {.method = "GetPDInfo",
-                 .arguments = Parameter("CtrlNo", "0") + Parameter("PDNo", "0"),
-                 .className = kRaid},
-                "4: the parameter EnclNo is missing"},
-        Failure{"ArgumentWithoutValue",
-                {.method = "GetPDInfo",
-                 .arguments = Parameter("CtrlNo", "0") + Parameter("PDNo", "0") +
-                              R"(<PARAMVALUE NAME="EnclNo"/>)",
-                 .className = kRaid},
-                "4: the parameter EnclNo is missing"},
         Failure{
             "LongKey",
             {.method = "GetInfo", .arguments = Parameter("__AppKey", string(257, 'x')), .className = kRaid},

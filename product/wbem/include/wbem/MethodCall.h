@@ -23,9 +23,9 @@ struct MethodArgument {
 struct MethodCall {
     std::string className;  ///< as declared
     std::string method;     ///< likewise
-    /// All in parameters, in the order of the declaration. Whatever is of its type is passed on, "abc" of a
-    /// string too: what comes of that is the module's answer. One that the client does not give is refused
-    /// before: the framework would leave it unset, and the module would say no more than 0x80000001.
+    /// In the order of the declaration. Whatever is of its type is passed on, "abc" of a string too. A
+    /// parameter that the client did not give, or gave no value, is not here: the framework leaves it unset
+    /// in the input instance, and what comes of that is the module's answer.
     std::vector<MethodArgument> arguments;
     std::optional<std::string> appKey{};  ///< where the client hands one over as "__AppKey"
 
