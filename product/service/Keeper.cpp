@@ -28,10 +28,6 @@ constexpr milliseconds kFirstPause{100};
 constexpr milliseconds kLongestPause{30'000};
 constexpr std::chrono::minutes kLongEnough{1};
 
-std::string ProgramOfDoors() {
-    return std::filesystem::read_symlink("/proc/self/exe").replace_filename("mngsrvraid-doors").string();
-}
-
 void SetUser(const std::string& name, board::Settings& settings) {
     if (::geteuid() != 0) {
         return;
@@ -73,6 +69,10 @@ void SetFiles(const DoorsConfiguration& doors, board::Settings& settings) {
 }
 
 }  // namespace
+
+std::string ProgramOfDoors() {
+    return std::filesystem::read_symlink("/proc/self/exe").replace_filename("mngsrvraid-doors").string();
+}
 
 Keeper::~Keeper() {
     End();

@@ -14,6 +14,9 @@
 
 namespace service {
 
+/// The program that faces the network; it lies beside this one.
+[[nodiscard]] std::string ProgramOfDoors();
+
 /// Keeps the process that faces the network: makes the sockets on which clients come, starts it, tells it
 /// what it is to show, hears what clients want, and starts it anew when it is gone. What it shows is asked
 /// for when it begins. One thread.

@@ -82,7 +82,7 @@ void Service::KeepConfiguration(const std::string& why, Moment now) {
 }
 
 void Service::Answered(const std::optional<calls::DrivePlace>& drive, const Answer& answer, Moment now) {
-    m_State += drive ? 0 : 1;  // A drive's answer is shown with the server's next one.
+    m_State += drive ? 0U : 1U;  // A drive's answer is shown with the server's next one.
     if (!answer.failure.empty()) {
         if (!drive) {
             m_Inquiry = {now.wall, answer.failure, m_Inquiry ? m_Inquiry->failuresInARow + 1 : 1};

@@ -1,6 +1,7 @@
 // The service mngsrvraidd: watches this server's RAID drives, and tells what changes.
 
 #include "Configuration.h"
+#include "Keeper.h"
 #include "Loop.h"
 #include "Service.h"
 #include "basics/Descriptor.h"
@@ -25,6 +26,7 @@
 #include <optional>
 #include <string>
 #include <system_error>
+#include <vector>
 
 namespace service {
 namespace {
@@ -32,13 +34,16 @@ namespace {
 namespace fs = std::filesystem;
 using basics::Failure;
 
+constexpr const char* kUsualFolder = "/etc/mngsrvraid";
 constexpr const char* kUsualConfiguration = "/etc/mngsrvraid/mngsrvraidd.toml";
+constexpr const char* kUsualAccounts = "/etc/mngsrvraid/accounts";
 
 enum class ExitStatus : int { Success = 0, Failed = 1, WrongUse = 2, Surroundings = 4 };
 
 struct Options {
     std::string configuration;  ///< empty: the usual file, where there is one
     std::string scenario, installDir, history;
+    std::string account, accounts = kUsualAccounts, folder = kUsualFolder;
     bool checks = false, testsAlert = false, isVersion = false;
 };
 
@@ -169,6 +174,18 @@ ExitStatus Watch(Options options) {
     return ExitStatus::Success;
 }
 
+/// Accounts and keys are the business of the program that lets clients in.
+[[noreturn]] void BecomeDoors(std::vector<std::string> words) {
+    words.insert(words.begin(), ProgramOfDoors());
+    std::vector<char*> pointers;
+    for (std::string& word : words) {
+        pointers.push_back(word.data());
+    }
+    pointers.push_back(nullptr);
+    (void)::execv(pointers.front(), pointers.data());
+    basics::FailSurroundings(words.front() + " cannot be started: " + basics::ErrorText(errno));
+}
+
 ExitStatus Run(int count, const char* const* words) {
     Options options;
     CLI::App app(
@@ -189,6 +206,13 @@ ExitStatus Run(int count, const char* const* words) {
     app.add_option("--history", options.history,
                    "The file of what is remembered, whatever the configuration says")
         ->type_name("FILE");
+    CLI::App* const passwd = app.add_subcommand("passwd", "Set the password of an account for the network");
+    passwd->add_option("NAME", options.account, "The account")->required();
+    passwd->add_option("--accounts", options.accounts, std::string("The file; by default ") + kUsualAccounts)
+        ->type_name("FILE");
+    CLI::App* const setUpTls =
+        app.add_subcommand("setup-tls", "Make a key and a certificate for trying out encryption");
+    setUpTls->add_option("FOLDER", options.folder, std::string("Where to; by default ") + kUsualFolder);
     try {
         app.parse(count, words);
     } catch (const CLI::CallForHelp&) {
@@ -200,6 +224,12 @@ ExitStatus Run(int count, const char* const* words) {
     if (options.isVersion) {
         basics::DocumentTarget::StandardOutput().Store("mngsrvraidd " SERVICE_VERSION "\n");
         return ExitStatus::Success;
+    }
+    if (passwd->parsed()) {
+        BecomeDoors({"passwd", options.accounts, options.account});
+    }
+    if (setUpTls->parsed()) {
+        BecomeDoors({"setup-tls", options.folder});
     }
     return options.checks ? Check(options) : options.testsAlert ? Test(options) : Watch(std::move(options));
 }
