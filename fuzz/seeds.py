@@ -160,8 +160,48 @@ def all_inputs(scenarios):
         "redaction": captures((flat(controllers) + flat(drives))[::8]),
         "expectations": [SECTION.join([EXPECTATIONS, DOCUMENT])],
         "history": [SECTION.join(FIELD.join(row) for row in HISTORY)],
+        "wbem": wbem_requests(),
         "watch": [SECTION.join([b"alarm a" + FIELD + ALARM, DOCUMENT, b"", EVENT, DOCUMENT])],
     }
+
+
+def wbem_requests():
+    """One for each operation, and calls with what came of them."""
+    flags = b"".join(b'<IPARAMVALUE NAME="%s"><VALUE>TRUE</VALUE></IPARAMVALUE>' % each
+                     for each in (b"LocalOnly", b"IncludeQualifiers", b"IncludeClassOrigin"))
+    name = b'<IPARAMVALUE NAME="ClassName"><CLASSNAME NAME="ZORBALT_MngSrvRaidHealth"/></IPARAMVALUE>'
+    instance = (b'<IPARAMVALUE NAME="InstanceName"><INSTANCENAME CLASSNAME="ZORBALT_MngSrvRaidHealth"><KEYBINDING '
+                b'NAME="InstanceID"><KEYVALUE VALUETYPE="string">ZORBALT:RAID</KEYVALUE></KEYBINDING></INSTANCENAME></IPARAMVALUE>')
+    some = (b'<IPARAMVALUE NAME="PropertyList"><VALUE.ARRAY><VALUE>Health</VALUE><VALUE>Alarms</VALUE></VALUE.ARRAY></IPARAMVALUE>')
+    path = b'<LOCALNAMESPACEPATH><NAMESPACE NAME="root"/><NAMESPACE NAME="zorbalt"/></LOCALNAMESPACEPATH>'
+    calls = [(b"GetClass", name + flags + some), (b"EnumerateClasses", flags), (b"EnumerateClassNames", b""),
+             (b"EnumerateInstances", name + flags), (b"EnumerateInstanceNames", name), (b"GetInstance", instance + some),
+             (b"GetProperty", instance + b'<IPARAMVALUE NAME="PropertyName"><VALUE>Health</VALUE></IPARAMVALUE>'),
+             (b"DeleteInstance", instance)]
+    inputs = []
+    for method, arguments in calls:
+        call = b'<IMETHODCALL NAME="%s">%s%s</IMETHODCALL>' % (method, path, arguments)
+        inputs.append(wbem_request(method, b"root%2Fzorbalt", call))
+    for target, keys in ((b"CLASSPATH><LOCALNAMESPACEPATH", b'<CLASSNAME NAME="ZORBALT_MngSrvRaid"/></LOCALCLASSPATH>'),
+                         (b"INSTANCEPATH><LOCALNAMESPACEPATH",
+                          b'<INSTANCENAME CLASSNAME="ZORBALT_MngSrvRaid"/></LOCALINSTANCEPATH>')):
+        call = b'<METHODCALL NAME="GetPDInfo"><LOCAL%s>%s%s%s</METHODCALL>' % (
+            target, path[20:], keys, b"".join(b'<PARAMVALUE NAME="%s" PARAMTYPE="string"><VALUE>1</VALUE></PARAMVALUE>' % each
+                                              for each in (b"CtrlNo", b"EnclNo", b"PDNo", b"__AppKey")))
+        inputs.append(wbem_request(b"GetPDInfo", b"root/zorbalt:ZORBALT_MngSrvRaid", call))
+    whole = wbem_request(b"A", b"root/zorbalt", b"<A/>")
+    return inputs + [b"OPTIONS", b"M-POST", b"GET", whole.replace(b"SIMPLEREQ", b"MULTIREQ"), whole.replace(b"\"2.0", b"\"3.0"),
+                     whole.replace(b"<CIM", b"<!DOCTYPE CIM [<!ENTITY a 'b'>]><CIM"), whole.replace(b"utf-8\"?", b"latin1\"?"),
+                     SECTION.join([b"", b"0", b" 252", b"3 <&", b"key", b"", DOCUMENT[:300]]),
+                     SECTION.join([b"", b"0", b"252", b"3", b"", b"it took longer\nthan 60 s", b"<RAID/>"])]
+
+
+def wbem_request(method, target, call):
+    headers = [b"Content-Type: application/xml; charset=\"utf-8\"", b"CIMProtocolVersion: 1.0", b"CIMOperation: MethodCall",
+               b"CIMMethod: " + method, b"CIMObject: " + target]
+    return SECTION.join([b"POST", FIELD.join(headers),
+                         b'<?xml version="1.0" encoding="utf-8"?><CIM CIMVERSION="2.0" DTDVERSION="2.0"><MESSAGE ID="4711" '
+                         b'PROTOCOLVERSION="1.0"><SIMPLEREQ>%s</SIMPLEREQ></MESSAGE></CIM>' % call])
 
 
 def captures(texts):

@@ -7,7 +7,6 @@
 #include <gnutls/gnutls.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <utility>
 
 namespace doors {
@@ -70,12 +69,6 @@ bool IsFromElsewhere(const Request& request) {
            (host == nullptr || origin->substr(std::min(origin->find("//") + 2, origin->size())) != *host);
 }
 
-/// As the module reads the texts that it gets.
-std::int64_t NumberIn(const std::string& text) {
-    constexpr int kDecimal = 10;
-    return std::strtol(text.c_str(), nullptr, kDecimal);
-}
-
 board::Call CallOf(const wbem::MethodCall& asked) {
     board::Call call;
     call.what = asked.method == "GetPDInfo" ? board::Call::What::GetPDInfo : board::Call::What::GetInfo;
@@ -85,10 +78,10 @@ board::Call CallOf(const wbem::MethodCall& asked) {
                                                     : argument.name == "PDNo"   ? &call.slot
                                                                                 : nullptr;
         if (number != nullptr) {
-            *number = NumberIn(argument.value);
+            *number = wbem::NumberOf(argument);
         }
     }
-    // KEY
+    call.appKey = asked.appKey;
     return call;
 }
 

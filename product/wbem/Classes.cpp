@@ -49,6 +49,7 @@ std::vector<Property> PropertiesOf(IWbemClassObject& declaration, const std::str
     std::vector<std::string> names;
     Require(instance->GetNames(&names), "properties of " + what);
     std::vector<Property> properties;
+    properties.reserve(names.size());
     for (const std::string& name : names) {
         properties.push_back({name, TypeOf(*instance, name)});
     }
@@ -137,9 +138,8 @@ const Method* Class::FindMethod(std::string_view called) const {
 Classes::Classes(IWbemObjectManager& repository) : m_All{ReadRaidClass(repository), HealthClass()} {}
 
 const Class* Classes::Find(std::string_view called) const {
-    const auto found = std::find_if(m_All.begin(), m_All.end(), [&](const Class& each) {
-        return basics::IsSameWord(each.name, called);
-    });
+    const auto found = std::find_if(m_All.begin(), m_All.end(),
+                                    [&](const Class& each) { return basics::IsSameWord(each.name, called); });
     return found == m_All.end() ? nullptr : &*found;
 }
 

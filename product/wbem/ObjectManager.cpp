@@ -36,9 +36,9 @@ std::string Hexadecimal(std::uint32_t status) {
 /// What kept the module from answering; nothing where it did.
 std::optional<CimError> FailureOf(const MethodOutcome& outcome) {
     if (!outcome.failure.empty() || outcome.status != 0) {
-        return CimError(CodeOf(outcome.status), outcome.failure.empty()
-                                                    ? "the call failed with status " + Hexadecimal(outcome.status)
-                                                    : outcome.failure);
+        return CimError(CodeOf(outcome.status),
+                        outcome.failure.empty() ? "the call failed with status " + Hexadecimal(outcome.status)
+                                                : outcome.failure);
     }
     if (!outcome.returnValue) {
         return CimError(CimError::Failed, "the call gave no return value");

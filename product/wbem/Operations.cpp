@@ -1,7 +1,10 @@
 #include "Operations.h"
 
 #include "basics/Words.h"
+#include "board/Messages.h"
 #include "wbem/ObjectManager.h"
+
+#include "qel/CStringUtil.h"
 
 #include <algorithm>
 #include <array>
@@ -13,26 +16,31 @@ namespace {
 using basics::IsSameWord;
 using Code = CimError::Code;
 
+/// The system property of an input instance in which a caller hands over its application key.
+constexpr const char* kAppKey = "__AppKey";
+
 [[noreturn]] void RefuseArgument(const std::string& name, const std::string& why) {
     throw CimError(Code::InvalidParameter, "the parameter " + name + " " + why);
 }
 
-/// What an operation was given, as far as it takes it.
-class Given final {
-  public:
-    /// Every argument must be one of `known`, and be there once.
-    Given(const Call& call, const std::vector<const char*>& known) : m_Call(call) {
-        for (std::size_t number = 0; number < call.arguments.size(); ++number) {
-            const std::string& name = call.arguments[number].name;
-            const auto isIt = [&](const char* other) { return IsSameWord(name, other); };
-            if (std::none_of(known.begin(), known.end(), isIt)) {
-                RefuseArgument(name, "is unknown");
-            }
-            if (!m_Names.insert(basics::InLowerCase(name)).second) {
-                RefuseArgument(name, "is there more than once");
-            }
+/// Every argument must be one of `known`, and be there once.
+void RequireKnown(const Call& call, const std::vector<const char*>& known) {
+    std::set<std::string> names;
+    for (const Argument& argument : call.arguments) {
+        const auto isIt = [&](const char* other) { return IsSameWord(argument.name, other); };
+        if (std::none_of(known.begin(), known.end(), isIt)) {
+            RefuseArgument(argument.name, "is unknown");
+        }
+        if (!names.insert(basics::InLowerCase(argument.name)).second) {
+            RefuseArgument(argument.name, "is there more than once");
         }
     }
+}
+
+/// What an operation was given, in the form in which it takes it.
+class Given final {
+  public:
+    explicit Given(const Call& call) : m_Call(call) {}
 
     [[nodiscard]] std::optional<std::string> ClassName() const {
         const Element* const value = Find("ClassName", "CLASSNAME");
@@ -78,7 +86,7 @@ class Given final {
         if (const Element* const list = Find("PropertyList", "VALUE.ARRAY")) {
             wanted.properties.emplace();
             for (const Element& value : list->children) {
-                wanted.properties->push_back(value.text);
+                wanted.properties->insert(basics::InLowerCase(value.text));
             }
         }
         return wanted;
@@ -99,7 +107,6 @@ class Given final {
     }
 
     const Call& m_Call;
-    std::set<std::string> m_Names;
 };
 
 const Class& ClassNamed(const std::string& name, const Classes& classes, Code code) {
@@ -240,16 +247,20 @@ struct Operation {
 
 const std::vector<Operation>& Operations() {
     static const std::vector<Operation> operations{
-        {"GetClass", GetClass,
+        {"GetClass",
+         GetClass,
          {"ClassName", "LocalOnly", "IncludeQualifiers", "IncludeClassOrigin", "PropertyList"}},
-        {"EnumerateClasses", EnumerateClasses,
+        {"EnumerateClasses",
+         EnumerateClasses,
          {"ClassName", "DeepInheritance", "LocalOnly", "IncludeQualifiers", "IncludeClassOrigin"}},
         {"EnumerateClassNames", EnumerateClassNames, {"ClassName", "DeepInheritance"}},
-        {"EnumerateInstances", EnumerateInstances,
+        {"EnumerateInstances",
+         EnumerateInstances,
          {"ClassName", "LocalOnly", "DeepInheritance", "IncludeQualifiers", "IncludeClassOrigin",
           "PropertyList"}},
         {"EnumerateInstanceNames", EnumerateInstanceNames, {"ClassName"}},
-        {"GetInstance", GetInstance,
+        {"GetInstance",
+         GetInstance,
          {"InstanceName", "LocalOnly", "IncludeQualifiers", "IncludeClassOrigin", "PropertyList"}},
         {"GetProperty", GetProperty, {"InstanceName", "PropertyName"}}};
     return operations;
@@ -257,8 +268,8 @@ const std::vector<Operation>& Operations() {
 
 void RequireNamespace(const Call& call) {
     if (!IsSameWord(call.nameSpace, ObjectManager::kNamespace)) {
-        throw CimError(Code::InvalidNamespace, "there is no namespace " + call.nameSpace + "; it is " +
-                                                   ObjectManager::kNamespace);
+        throw CimError(Code::InvalidNamespace,
+                       "there is no namespace " + call.nameSpace + "; it is " + ObjectManager::kNamespace);
     }
 }
 
@@ -281,11 +292,16 @@ std::optional<MethodArgument> Passed(const Call& call, const Parameter& paramete
 
 }  // namespace
 
+std::int64_t NumberOf(const MethodArgument& argument) {
+    return CStringUtil::TStringToNumber(argument.value);
+}
+
 std::string Perform(const Call& call, const Classes& classes, const board::Board& board) {
     RequireNamespace(call);
     for (const Operation& operation : Operations()) {
         if (IsSameWord(call.name, operation.name)) {
-            return operation.perform(Given(call, operation.parameters), classes, board);
+            RequireKnown(call, operation.parameters);
+            return operation.perform(Given(call), classes, board);
         }
     }
     throw CimError(Code::NotSupported, "the operation " + call.name + " is not served");
@@ -301,18 +317,28 @@ MethodCall ReadMethodCall(const Call& call, const Classes& classes) {
     if (call.isOfInstance) {
         throw CimError(Code::NotFound, declaration.name + " has no instances; its methods are the class's");
     }
-    std::vector<const char*> known;
+    std::vector<const char*> known{kAppKey};
     for (const Parameter& parameter : method->parameters) {
         if (parameter.isIn) {
             known.push_back(parameter.name.c_str());
         }
     }
-    const Given given(call, known);
-    MethodCall made{declaration.name, method->name, {}, call.messageId, call.name};
+    RequireKnown(call, known);
+    MethodCall made{.className = declaration.name,
+                    .method = method->name,
+                    .arguments = {},
+                    .messageId = call.messageId,
+                    .calledAs = call.name};
     for (const Parameter& parameter : method->parameters) {
         if (auto argument = parameter.isIn ? Passed(call, parameter) : std::nullopt) {
             made.arguments.push_back(std::move(*argument));
         }
+    }
+    if (auto key = Passed(call, {.name = kAppKey})) {
+        if (key->value.size() > board::kMostKey) {
+            RefuseArgument(kAppKey, "is too long");
+        }
+        made.appKey = std::move(key->value);
     }
     return made;
 }
@@ -326,8 +352,8 @@ CimError::Code CodeOf(std::uint32_t status) {
          {0x8004100CU, Code::NotSupported},
          {0x80041010U, Code::InvalidClass},
          {0x8004102EU, Code::MethodNotFound}}};
-    const auto* const found = std::find_if(kCodes.begin(), kCodes.end(),
-                                           [&](const auto& each) { return each.first == status; });
+    const auto* const found =
+        std::find_if(kCodes.begin(), kCodes.end(), [&](const auto& each) { return each.first == status; });
     return found == kCodes.end() ? Code::Failed : found->second;
 }
 

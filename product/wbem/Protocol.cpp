@@ -23,7 +23,8 @@ void RequireVersion(std::string_view version, std::string_view major, const char
     const bool isKnown = version.starts_with(major) && version.substr(major.size()).starts_with('.') &&
                          basics::NumberFrom<unsigned>(version.substr(major.size() + 1)).has_value();
     if (!isKnown) {
-        throw Refusal(501, cimError, "only version " + std::string(major) + ".0 and what adds to it is known");
+        throw Refusal(501, cimError,
+                      "only version " + std::string(major) + ".0 and what adds to it is known");
     }
 }
 
@@ -78,8 +79,9 @@ void CheckContentType(const http::Request& request) {
 
 void CheckHeaders(const http::Request& request) {
     if (request.body.size() > ObjectManager::kLongestRequest) {
-        throw Refusal(413, "", "the request is longer than " +
-                                   std::to_string(ObjectManager::kLongestRequest) + " bytes");
+        throw Refusal(
+            413, "",
+            "the request is longer than " + std::to_string(ObjectManager::kLongestRequest) + " bytes");
     }
     CheckContentType(request);
     const std::string* const operation = OnlyHeader(request, "CIMOperation");

@@ -35,10 +35,10 @@ struct Argument {
 /// The one call that a request is.
 struct Call {
     std::string messageId;
-    bool isIntrinsic = false;  ///< of an operation of the protocol, and not of a class's method
-    std::string name;          ///< "GetClass", "GetPDInfo"
-    std::string nameSpace;     ///< "root/zorbalt"
-    std::string className{};   ///< of a method
+    bool isIntrinsic = false;   ///< of an operation of the protocol, and not of a class's method
+    std::string name;           ///< "GetClass", "GetPDInfo"
+    std::string nameSpace;      ///< "root/zorbalt"
+    std::string className{};    ///< of a method
     bool isOfInstance = false;  ///< the method's target is an instance of that class
     std::vector<Argument> arguments{};
 };

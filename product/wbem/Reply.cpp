@@ -4,8 +4,6 @@
 #include "basics/Text.h"
 #include "basics/Words.h"
 
-#include <algorithm>
-
 namespace wbem {
 namespace {
 
@@ -67,7 +65,8 @@ void AppendValue(std::string& xml, std::string_view text) {
     xml += "</VALUE>";
 }
 
-void OpenProperty(std::string& xml, const Class& declaration, const Property& property, const Wanted& wanted) {
+void OpenProperty(std::string& xml, const Class& declaration, const Property& property,
+                  const Wanted& wanted) {
     xml += property.isArray ? "<PROPERTY.ARRAY" : "<PROPERTY";
     AppendSetting(xml, "NAME", property.name);
     AppendSetting(xml, "TYPE", NameOf(property.type));
@@ -113,9 +112,7 @@ void AppendMethod(std::string& xml, const Class& declaration, const Method& meth
 }  // namespace
 
 bool Wanted::Has(const Property& property) const {
-    return !properties || std::any_of(properties->begin(), properties->end(), [&](const std::string& name) {
-        return basics::IsSameWord(name, property.name);
-    });
+    return !properties || properties->contains(basics::InLowerCase(property.name));
 }
 
 void AppendClass(std::string& xml, const Class& declaration, const Wanted& wanted) {

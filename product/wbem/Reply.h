@@ -4,6 +4,8 @@
 #include "Protocol.h"
 #include "wbem/MethodCall.h"
 
+#include <optional>
+#include <set>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -36,8 +38,8 @@ class CimError final : public std::runtime_error {
 /// Which properties a reply is to have, and what else of them.
 struct Wanted {
     bool qualifiers = false, classOrigin = false;
-    /// Nothing: all. Names of which there is no property are of no effect.
-    std::optional<std::vector<std::string>> properties{};
+    /// In lower case; nothing: all. Names of which there is no property are of no effect.
+    std::optional<std::set<std::string>> properties{};
 
     [[nodiscard]] bool Has(const Property& property) const;
 };

@@ -73,7 +73,6 @@ xmlSAXHandler Builder::Handlers() {
                                               static_cast<std::size_t>(length));
         });
     };
-    handlers.cdataBlock = handlers.characters;
     handlers.ignorableWhitespace = handlers.characters;
     return handlers;
 }

@@ -2,10 +2,28 @@
 
 #include <utf8proc.h>
 
+#include <array>
 #include <cstddef>
 
 namespace wbem {
 namespace {
+
+/// Characters that stand for themselves wherever they are, as nearly all of a document do.
+constexpr std::array<bool, 256> kPlain = [] {
+    std::array<bool, 256> plain{};
+    for (std::size_t code = 0x20; code < 0x7F; ++code) {
+        plain.at(code) = code != '&' && code != '<' && code != '>' && code != '"';
+    }
+    return plain;
+}();
+
+/// Where the next other one stands, from `at` on.
+std::size_t EndOfPlain(std::string_view text, std::size_t at) {
+    while (at < text.size() && kPlain[static_cast<unsigned char>(text[at])]) {
+        ++at;
+    }
+    return at;
+}
 
 constexpr std::string_view kReplacement = "\xef\xbf\xbd";
 
@@ -20,16 +38,15 @@ std::size_t CharacterAt(std::string_view text) {
         return IsXmlCharacter(first) ? 1 : 0;
     }
     utf8proc_int32_t code = -1;
-    const utf8proc_ssize_t length =
-        utf8proc_iterate(reinterpret_cast<const utf8proc_uint8_t*>(text.data()),
-                         static_cast<utf8proc_ssize_t>(text.size()), &code);
+    const utf8proc_ssize_t length = utf8proc_iterate(reinterpret_cast<const utf8proc_uint8_t*>(text.data()),
+                                                     static_cast<utf8proc_ssize_t>(text.size()), &code);
     return length > 0 && IsXmlCharacter(code) ? static_cast<std::size_t>(length) : 0;
 }
 
 std::size_t BytesToReplace(std::string_view text) {
     constexpr std::string_view kNonCharacter = "\xef\xbf";  // U+FFFE and U+FFFF
-    const bool isCharacter = text.starts_with(kNonCharacter) && text.size() > 2 &&
-                             (text[2] == '\xbe' || text[2] == '\xbf');
+    const bool isCharacter =
+        text.starts_with(kNonCharacter) && text.size() > 2 && (text[2] == '\xbe' || text[2] == '\xbf');
     return isCharacter ? 3 : 1;
 }
 
@@ -70,7 +87,7 @@ void Append(std::string& xml, std::string_view text, EscapeOf escapeOf) {
         at += length;
         done = at;
     };
-    while (at < text.size()) {
+    while ((at = EndOfPlain(text, at)) < text.size()) {
         const std::size_t length = CharacterAt(text.substr(at));
         if (length == 0) {
             replace(kReplacement, BytesToReplace(text.substr(at)));
@@ -86,12 +103,13 @@ void Append(std::string& xml, std::string_view text, EscapeOf escapeOf) {
 }  // namespace
 
 bool IsXmlText(std::string_view text) {
-    while (!text.empty()) {
-        const std::size_t length = CharacterAt(text);
+    std::size_t at = 0;
+    while ((at = EndOfPlain(text, at)) < text.size()) {
+        const std::size_t length = CharacterAt(text.substr(at));
         if (length == 0) {
             return false;
         }
-        text.remove_prefix(length);
+        at += length;
     }
     return true;
 }

@@ -84,8 +84,8 @@ class Wbemcli : public testing::Test {
 };
 
 TEST_F(Wbemcli, GetsTheDocumentThatTheCommandPrints) {
-    EXPECT_EQ(Told({"cm"}, kRaid, {"GetInfo"}),
-              Place(kRaid) + " GetInfo: 0, XmlData (string): " + Printed({"--scenario", "large", "get-info"}) + "\n");
+    EXPECT_EQ(Told({"cm"}, kRaid, {"GetInfo"}), Place(kRaid) + " GetInfo: 0, XmlData (string): " +
+                                                    Printed({"--scenario", "large", "get-info"}) + "\n");
 }
 
 TEST_F(Wbemcli, GetsTheDriveThatTheCommandPrints) {
@@ -105,8 +105,9 @@ TEST_F(Wbemcli, SeesTheClasses) {
     EXPECT_EQ(Told({"ec"}, ""), Told({"gc"}, kRaid) + Told({"gc"}, kHealth));
     EXPECT_EQ(Told({"ecn"}, kRaid), "");
     const std::string declaration = Told({"gcd"}, kRaid);
-    EXPECT_NE(declaration.find(R"(<METHOD NAME="GetPDInfo" TYPE="uint32"><PARAMETER NAME="CtrlNo" TYPE="string">)"),
-              std::string::npos)
+    EXPECT_NE(
+        declaration.find(R"(<METHOD NAME="GetPDInfo" TYPE="uint32"><PARAMETER NAME="CtrlNo" TYPE="string">)"),
+        std::string::npos)
         << declaration;
 }
 
@@ -116,8 +117,7 @@ TEST_F(Wbemcli, SeesTheHealthThatTheCommandTells) {
     EXPECT_EQ(Told({"ei"}, kRaid), "");
     EXPECT_EQ(Told({"ei"}, kHealth), Told({"gi"}, kInstance));
     const std::string instance = Told({"-nl", "gi"}, kInstance);
-    std::istringstream told(
-        testsupport::RunCommand({"--scenario", "large", "health", "--verbose"}).out);
+    std::istringstream told(testsupport::RunCommand({"--scenario", "large", "health", "--verbose"}).out);
     std::string line;
     std::getline(told, line);  // "RAID CRITICAL - 2 critical, ... | ..."
     const std::string summary = line.substr(line.find(" - ") + 3, line.find(" | ") - line.find(" - ") - 3);
@@ -139,7 +139,8 @@ TEST_F(Wbemcli, IsToldWhatIsNotThere) {
          "(6) CIM_ERR_NOT_FOUND: there is no such instance of ZORBALT_MngSrvRaidHealth"},
         {{"di", kInstance}, "(7) CIM_ERR_NOT_SUPPORTED: the operation DeleteInstance is not served"},
         {{"cm", kRaid, "SetInfo"}, "(17) CIM_ERR_METHOD_NOT_FOUND: ZORBALT_MngSrvRaid has no method SetInfo"},
-        {{"ein", "x:A"}, "(3) CIM_ERR_INVALID_NAMESPACE: there is no namespace root/zorbaltx; it is root/zorbalt"}};
+        {{"ein", "x:A"},
+         "(3) CIM_ERR_INVALID_NAMESPACE: there is no namespace root/zorbaltx; it is root/zorbalt"}};
     for (const auto& [words, error] : errors) {
         const Ended ended =
             m_Server.Ask({words.front()}, words[1], std::vector(words.begin() + 2, words.end()));

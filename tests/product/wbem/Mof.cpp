@@ -57,7 +57,8 @@ class MofReader final {
     }
     void Require(const std::string& token) {
         if (!Takes(token)) {
-            throw std::runtime_error(token + " is expected before " + (m_At < m_Tokens.size() ? m_Tokens[m_At] : ""));
+            throw std::runtime_error(token + " is expected before " +
+                                     (m_At < m_Tokens.size() ? m_Tokens[m_At] : ""));
         }
     }
 

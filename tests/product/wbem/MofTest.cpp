@@ -44,8 +44,9 @@ TEST(TheMofFile, DeclaresWhatTheRepositoryAndTheDoorDo) {
 }
 
 TEST(TheMofReader, TellsEverythingButDescriptions) {
-    EXPECT_EQ(DeclarationsIn("// [x]\n[Description(\"a;\" \"b\"), Version(\"2\")] class A { [Key, Description(\"k\")]\n"
-                             "string K; sint32 L[]; uint32 M([In (false), Out] string X, boolean Y); };"),
+    EXPECT_EQ(DeclarationsIn(
+                  "// [x]\n[Description(\"a;\" \"b\"), Version(\"2\")] class A { [Key, Description(\"k\")]\n"
+                  "string K; sint32 L[]; uint32 M([In (false), Out] string X, boolean Y); };"),
               (std::vector<std::string>{"[Version(\")] class A", "[Key] string K", "sint32 L[]",
                                         "uint32 M([In(false), Out] string X, boolean Y)"}));
     EXPECT_THROW((void)DeclarationsIn("class A { string; };"), std::runtime_error);

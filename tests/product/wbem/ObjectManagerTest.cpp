@@ -19,9 +19,10 @@ MethodCall CallOf(const Question& question) {
     return call != nullptr ? *call : MethodCall{};
 }
 
-const Question kDrive{.method = "getpdinfo",
-                      .arguments = Parameter("PDNO", "3") + Parameter("CtrlNo", "0") + Parameter("EnclNo", " 252"),
-                      .className = "zorbalt_mngsrvraid"};
+const Question kDrive{
+    .method = "getpdinfo",
+    .arguments = Parameter("PDNO", "3") + Parameter("CtrlNo", "0") + Parameter("EnclNo", " 252"),
+    .className = "zorbalt_mngsrvraid"};
 
 std::string AnswerOf(const MethodOutcome& outcome) {
     return Content(ObjectManager().AnswerOf(CallOf(kDrive), outcome));
@@ -67,19 +68,43 @@ TEST(AMethodCall, HasTheNamesAndTheOrderOfTheDeclaration) {
     EXPECT_TRUE(CallOf({.method = "GetInfo", .className = kRaid}).arguments.empty());
 }
 
+MethodCall CallFor(const std::string& drive) {
+    return CallOf({.method = "GetPDInfo",
+                   .arguments = Parameter("CtrlNo", "0") + Parameter("EnclNo", "") + Parameter("PDNo", drive),
+                   .className = kRaid});
+}
+
+TEST(AMethodCall, HasItsTextsAsTheyWereMeant) {
+    EXPECT_EQ(CallFor("&lt;&#65;<![CDATA[&]]> \xc3\xa9").arguments,
+              (std::vector<MethodArgument>{{"CtrlNo", "0"}, {"EnclNo", ""}, {"PDNo", "<A& \xc3\xa9"}}));
+}
+
 TEST(AMethodCall, HasOnlyWhatWasGiven) {
-    const MethodCall call = CallOf({.method = "GetPDInfo",
-                                    .arguments = Parameter("PDNo", "") + R"(<PARAMVALUE NAME="EnclNo"/>)",
-                                    .className = kRaid});
-    EXPECT_EQ(call.arguments, (std::vector<MethodArgument>{{"PDNo", ""}}))
+    EXPECT_EQ(CallOf({.method = "GetPDInfo",
+                      .arguments = Parameter("PDNo", "") + R"(<PARAMVALUE NAME="EnclNo"/>)",
+                      .className = kRaid})
+                  .arguments,
+              (std::vector<MethodArgument>{{"PDNo", ""}}))
         << "an empty text is a value, and none is none";
 }
 
-TEST(AMethodCall, HasItsTextAsItWasMeant) {
-    const MethodCall call = CallOf({.method = "GetPDInfo",
-                                    .arguments = Parameter("PDNo", "&lt;&#65;<![CDATA[&]]> \xc3\xa9"),
-                                    .className = kRaid});
-    EXPECT_EQ(call.arguments.front().value, "<A& \xc3\xa9");
+TEST(AMethodCall, HasTheNumbersThatTheModuleReads) {
+    const std::pair<const char*, std::int64_t> numbers[] = {
+        {"3", 3}, {" 12abc", 12}, {"abc", 0}, {"-1", -1}, {"99999999999999999999", INT64_MAX}};
+    for (const auto& [text, number] : numbers) {
+        EXPECT_EQ(NumberOf(CallFor(text).arguments.back()), number) << text;
+    }
+}
+
+TEST(AMethodCall, HasTheKeyThatIsHandedOver) {
+    EXPECT_EQ(CallFor("0").appKey, std::nullopt);
+    EXPECT_EQ(CallOf({.method = "GetInfo", .arguments = Parameter("__AppKey", "k&amp;y"), .className = kRaid})
+                  .appKey,
+              "k&y");
+    EXPECT_EQ(
+        CallOf({.method = "GetInfo", .arguments = R"(<PARAMVALUE NAME="__AppKey"/>)", .className = kRaid})
+            .appKey,
+        std::nullopt);
 }
 
 TEST(AMethodCall, HasArgumentsOfTheDeclaredTypes) {
@@ -89,7 +114,8 @@ TEST(AMethodCall, HasArgumentsOfTheDeclaredTypes) {
     const ObjectManager manager(*repository);
     repository->Release();
     const auto answerTo = [&](const std::string& value) {
-        const Question question{.method = "GetInfo", .arguments = Parameter("Number", value), .className = kRaid};
+        const Question question{
+            .method = "GetInfo", .arguments = Parameter("Number", value), .className = kRaid};
         return manager.Answer(question.Request(), {});
     };
     EXPECT_EQ(std::get<MethodCall>(answerTo("12")).arguments.front().value, "12");
@@ -97,10 +123,11 @@ TEST(AMethodCall, HasArgumentsOfTheDeclaredTypes) {
 }
 
 TEST(AnOutcome, IsTheReturnValueAndThenTheDocument) {
-    EXPECT_EQ(AnswerOf({.returnValue = 0U, .document = "<?xml version=\"1.0\"?>\n<RAID a='&#10;'/>\n"}),
-              R"(<METHODRESPONSE NAME="getpdinfo"><RETURNVALUE PARAMTYPE="uint32"><VALUE>0</VALUE></RETURNVALUE>)"
-              R"(<PARAMVALUE NAME="XmlData" PARAMTYPE="string"><VALUE>&lt;?xml version="1.0"?&gt;)"
-              "\n&lt;RAID a='&amp;#10;'/&gt;\n</VALUE></PARAMVALUE></METHODRESPONSE>");
+    EXPECT_EQ(
+        AnswerOf({.returnValue = 0U, .document = "<?xml version=\"1.0\"?>\n<RAID a='&#10;'/>\n"}),
+        R"(<METHODRESPONSE NAME="getpdinfo"><RETURNVALUE PARAMTYPE="uint32"><VALUE>0</VALUE></RETURNVALUE>)"
+        R"(<PARAMVALUE NAME="XmlData" PARAMTYPE="string"><VALUE>&lt;?xml version="1.0"?&gt;)"
+        "\n&lt;RAID a='&amp;#10;'/&gt;\n</VALUE></PARAMVALUE></METHODRESPONSE>");
 }
 
 TEST(AnOutcome, HasTheReturnValueOfAFailure) {
@@ -124,8 +151,7 @@ TEST(AnOutcome, IsAnErrorWhereTheModuleDidNotAnswer) {
 }
 
 TEST(AnOutcome, OfNoCallIsAnErrorToo) {
-    EXPECT_EQ(ErrorOf(ObjectManager().AnswerOf({"", "A", {}, "4711", "A"},
-                                               {.returnValue = 0U})),
+    EXPECT_EQ(ErrorOf(ObjectManager().AnswerOf({"", "A", {}, {}, "4711", "A"}, {.returnValue = 0U})),
               "17: there is no such method");
 }
 

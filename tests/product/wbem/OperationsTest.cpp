@@ -8,8 +8,11 @@ namespace {
 
 using std::string;
 
-const string kTheInstance = R"(<INSTANCENAME CLASSNAME="ZORBALT_MngSrvRaidHealth"><KEYBINDING NAME="InstanceID">)"
-                            R"(<KEYVALUE VALUETYPE="string">ZORBALT:RAID</KEYVALUE></KEYBINDING></INSTANCENAME>)";
+const string kTheInstance =
+    R"(<INSTANCENAME CLASSNAME="ZORBALT_MngSrvRaidHealth"><KEYBINDING NAME="InstanceID">)"
+    R"(<KEYVALUE VALUETYPE="string">ZORBALT:RAID</KEYVALUE></KEYBINDING></INSTANCENAME>)";
+
+const string kPlace = Parameter("CtrlNo", "0") + Parameter("EnclNo", "252");
 
 string List(const std::vector<string>& names) {
     string xml = R"(<IPARAMVALUE NAME="PropertyList"><VALUE.ARRAY>)";
@@ -60,20 +63,22 @@ TEST(GetClass, TellsMethodsParametersAndQualifiers) {
 }
 
 TEST(GetClass, TellsTheOriginWhereItIsWanted) {
-    EXPECT_EQ(Returned({.method = "GetClass",
-                        .arguments = ClassName(kHealth) + Value("IncludeQualifiers", "false") +
-                                     Value("IncludeClassOrigin", " TRUE ") + Value("LocalOnly", "TRUE") +
-                                     List({"findings", "InstanceID", "Nothing"})}),
-              R"(<CLASS NAME="ZORBALT_MngSrvRaidHealth"><PROPERTY NAME="InstanceID" TYPE="string" )"
-              R"(CLASSORIGIN="ZORBALT_MngSrvRaidHealth"></PROPERTY><PROPERTY.ARRAY NAME="Findings" TYPE="string" )"
-              R"(CLASSORIGIN="ZORBALT_MngSrvRaidHealth"></PROPERTY.ARRAY></CLASS>)");
+    EXPECT_EQ(
+        Returned({.method = "GetClass",
+                  .arguments = ClassName(kHealth) + Value("IncludeQualifiers", "false") +
+                               Value("IncludeClassOrigin", " TRUE ") + Value("LocalOnly", "TRUE") +
+                               List({"findings", "InstanceID", "Nothing"})}),
+        R"(<CLASS NAME="ZORBALT_MngSrvRaidHealth"><PROPERTY NAME="InstanceID" TYPE="string" )"
+        R"(CLASSORIGIN="ZORBALT_MngSrvRaidHealth"></PROPERTY><PROPERTY.ARRAY NAME="Findings" TYPE="string" )"
+        R"(CLASSORIGIN="ZORBALT_MngSrvRaidHealth"></PROPERTY.ARRAY></CLASS>)");
 }
 
 TEST(GetClass, HasTheKeyAsAQualifier) {
-    EXPECT_EQ(Returned({.method = "GetClass", .arguments = ClassName(kHealth) + List({"InstanceID", "Host"})}),
-              R"(<CLASS NAME="ZORBALT_MngSrvRaidHealth"><PROPERTY NAME="InstanceID" TYPE="string">)" +
-                  Qualifier("Key", "TRUE") +
-                  R"(</PROPERTY><PROPERTY NAME="Host" TYPE="string"></PROPERTY></CLASS>)");
+    EXPECT_EQ(
+        Returned({.method = "GetClass", .arguments = ClassName(kHealth) + List({"InstanceID", "Host"})}),
+        R"(<CLASS NAME="ZORBALT_MngSrvRaidHealth"><PROPERTY NAME="InstanceID" TYPE="string">)" +
+            Qualifier("Key", "TRUE") +
+            R"(</PROPERTY><PROPERTY NAME="Host" TYPE="string"></PROPERTY></CLASS>)");
 }
 
 TEST(GetClass, HasNoPropertiesForAnEmptyList) {
@@ -110,9 +115,9 @@ TEST(EnumerateInstances, TellsTheOneThereIs) {
 }
 
 string Instance(const std::vector<string>& properties, const board::Board& board) {
-    const string xml = Returned({.method = "GetInstance",
-                                 .arguments = InstanceName(kHealth, "ZORBALT:RAID") + List(properties)},
-                                board);
+    const string xml = Returned(
+        {.method = "GetInstance", .arguments = InstanceName(kHealth, "ZORBALT:RAID") + List(properties)},
+        board);
     const string open = R"(<INSTANCE CLASSNAME="ZORBALT_MngSrvRaidHealth">)";
     EXPECT_TRUE(xml.starts_with(open)) << xml;
     return xml.substr(open.size(), xml.rfind("</INSTANCE>") - open.size());
@@ -132,30 +137,32 @@ TEST(GetInstance, TellsWhatTheBoardKnows) {
                   Describe(board.snapshot->TheHealth().findings.front()) +
                   "</VALUE></VALUE.ARRAY></PROPERTY.ARRAY>");
     EXPECT_EQ(CountOf(Instance({"Alarms"}, board), "<VALUE>CRITICAL: "), 1U);
-    EXPECT_EQ(Instance({"AskedAt", "Failure"}, board),
-              R"(<PROPERTY NAME="AskedAt" TYPE="datetime"><VALUE>20251211054829.000000+000</VALUE></PROPERTY>)"
-              R"(<PROPERTY NAME="Failure" TYPE="string"><VALUE>it is\nbusy</VALUE></PROPERTY>)");
+    EXPECT_EQ(
+        Instance({"AskedAt", "Failure"}, board),
+        R"(<PROPERTY NAME="AskedAt" TYPE="datetime"><VALUE>20251211054829.000000+000</VALUE></PROPERTY>)"
+        R"(<PROPERTY NAME="Failure" TYPE="string"><VALUE>it is\nbusy</VALUE></PROPERTY>)");
 }
 
 TEST(GetInstance, LeavesOutWhatIsNotKnown) {
-    EXPECT_EQ(Instance({"Host", "Health", "Summary", "Findings", "Drives", "AnsweredAt", "AskedAt", "Failure"},
-                       {}),
-              R"(<PROPERTY NAME="Host" TYPE="string"></PROPERTY>)"
-              R"(<PROPERTY NAME="Health" TYPE="string"><VALUE>UNKNOWN</VALUE></PROPERTY>)"
-              R"(<PROPERTY NAME="Summary" TYPE="string"></PROPERTY>)"
-              R"(<PROPERTY.ARRAY NAME="Findings" TYPE="string"></PROPERTY.ARRAY>)"
-              R"(<PROPERTY NAME="Drives" TYPE="uint32"></PROPERTY>)"
-              R"(<PROPERTY NAME="AnsweredAt" TYPE="datetime"></PROPERTY>)"
-              R"(<PROPERTY NAME="AskedAt" TYPE="datetime"></PROPERTY>)"
-              R"(<PROPERTY NAME="Failure" TYPE="string"></PROPERTY>)");
+    EXPECT_EQ(
+        Instance({"Host", "Health", "Summary", "Findings", "Drives", "AnsweredAt", "AskedAt", "Failure"}, {}),
+        R"(<PROPERTY NAME="Host" TYPE="string"></PROPERTY>)"
+        R"(<PROPERTY NAME="Health" TYPE="string"><VALUE>UNKNOWN</VALUE></PROPERTY>)"
+        R"(<PROPERTY NAME="Summary" TYPE="string"></PROPERTY>)"
+        R"(<PROPERTY.ARRAY NAME="Findings" TYPE="string"></PROPERTY.ARRAY>)"
+        R"(<PROPERTY NAME="Drives" TYPE="uint32"></PROPERTY>)"
+        R"(<PROPERTY NAME="AnsweredAt" TYPE="datetime"></PROPERTY>)"
+        R"(<PROPERTY NAME="AskedAt" TYPE="datetime"></PROPERTY>)"
+        R"(<PROPERTY NAME="Failure" TYPE="string"></PROPERTY>)");
 }
 
 TEST(GetInstance, TakesTheOnlyKeyWithoutItsName) {
-    EXPECT_NE(Returned({.method = "GetInstance",
-                        .arguments = R"(<IPARAMVALUE NAME="InstanceName"><INSTANCENAME )"
-                                     R"(CLASSNAME="ZORBALT_MngSrvRaidHealth"><KEYVALUE>ZORBALT:RAID</KEYVALUE>)"
-                                     "</INSTANCENAME></IPARAMVALUE>"}),
-              "");
+    EXPECT_NE(
+        Returned({.method = "GetInstance",
+                  .arguments = R"(<IPARAMVALUE NAME="InstanceName"><INSTANCENAME )"
+                               R"(CLASSNAME="ZORBALT_MngSrvRaidHealth"><KEYVALUE>ZORBALT:RAID</KEYVALUE>)"
+                               "</INSTANCENAME></IPARAMVALUE>"}),
+        "");
 }
 
 TEST(GetProperty, TellsOneValue) {
@@ -182,48 +189,68 @@ TEST_P(AnOperation, FailsWithItsError) {
 INSTANTIATE_TEST_SUITE_P(
     Failures, AnOperation,
     testing::Values(
-        Failure{"OtherNamespace", {.nameSpace = "root/cimv2"},
+        Failure{"OtherNamespace",
+                {.nameSpace = "root/cimv2"},
                 "3: there is no namespace root/cimv2; it is root/zorbalt"},
         Failure{"OtherNamespaceOfAMethod",
                 {.method = "GetInfo", .nameSpace = "root/cimv2", .className = kRaid},
                 "3: there is no namespace root/cimv2; it is root/zorbalt"},
-        Failure{"ClassOfGetClass", {.method = "GetClass", .arguments = ClassName("A&lt;")},
+        Failure{"ClassOfGetClass",
+                {.method = "GetClass", .arguments = ClassName("A&lt;")},
                 "6: there is no class A<"},
-        Failure{"ClassOfEnumerateClasses", {.method = "EnumerateClasses", .arguments = ClassName("A")},
+        Failure{"ClassOfEnumerateClasses",
+                {.method = "EnumerateClasses", .arguments = ClassName("A")},
                 "5: there is no class A"},
-        Failure{"ClassOfEnumerateClassNames", {.method = "EnumerateClassNames", .arguments = ClassName("A")},
+        Failure{"ClassOfEnumerateClassNames",
+                {.method = "EnumerateClassNames", .arguments = ClassName("A")},
                 "5: there is no class A"},
-        Failure{"ClassOfEnumerateInstances", {.method = "EnumerateInstances", .arguments = ClassName("A")},
+        Failure{"ClassOfEnumerateInstances",
+                {.method = "EnumerateInstances", .arguments = ClassName("A")},
                 "5: there is no class A"},
         Failure{"ClassOfEnumerateInstanceNames",
-                {.method = "EnumerateInstanceNames", .arguments = ClassName("A")}, "5: there is no class A"},
-        Failure{"ClassOfGetInstance", {.method = "GetInstance", .arguments = InstanceName("A", "B")},
+                {.method = "EnumerateInstanceNames", .arguments = ClassName("A")},
                 "5: there is no class A"},
-        Failure{"InstanceOfGetInstance", {.method = "GetInstance", .arguments = InstanceName(kHealth, "B")},
+        Failure{"ClassOfGetInstance",
+                {.method = "GetInstance", .arguments = InstanceName("A", "B")},
+                "5: there is no class A"},
+        Failure{"InstanceOfGetInstance",
+                {.method = "GetInstance", .arguments = InstanceName(kHealth, "B")},
+                "6: there is no such instance of ZORBALT_MngSrvRaidHealth"},
+        Failure{"KeyOfAnotherName",
+                {.method = "GetInstance", .arguments = InstanceName(kHealth, "ZORBALT:RAID", "ID")},
+                "6: there is no such instance of ZORBALT_MngSrvRaidHealth"},
+        Failure{"TwoKeys",
+                {.method = "GetInstance",
+                 .arguments = InstanceName(
+                     kHealth, "ZORBALT:RAID</KEYVALUE></KEYBINDING><KEYBINDING NAME=\"A\"><KEYVALUE>")},
                 "6: there is no such instance of ZORBALT_MngSrvRaidHealth"},
         Failure{"InstanceOfTheOtherClass",
                 {.method = "GetInstance", .arguments = InstanceName(kRaid, "ZORBALT:RAID")},
                 "6: there is no such instance of ZORBALT_MngSrvRaid"},
         Failure{"NoClass", {.method = "GetClass"}, "4: the parameter ClassName is missing"},
         Failure{"NoClassName",
-                {.method = "GetClass", .arguments = R"(<IPARAMVALUE NAME="ClassName"><CLASSNAME/></IPARAMVALUE>)"},
+                {.method = "GetClass",
+                 .arguments = R"(<IPARAMVALUE NAME="ClassName"><CLASSNAME/></IPARAMVALUE>)"},
                 "4: the parameter ClassName has no NAME"},
         Failure{"ClassWithoutValue",
                 {.method = "GetClass", .arguments = R"(<IPARAMVALUE NAME="ClassName"/>)"},
                 "4: the parameter ClassName is missing"},
-        Failure{"ClassAsText", {.method = "GetClass", .arguments = Value("ClassName", kRaid)},
+        Failure{"ClassAsText",
+                {.method = "GetClass", .arguments = Value("ClassName", kRaid)},
                 "4: the parameter ClassName must be a CLASSNAME"},
         Failure{"NoInstance", {.method = "GetInstance"}, "4: the parameter InstanceName is missing"},
         Failure{"NoPropertyName",
                 {.method = "GetProperty", .arguments = InstanceName(kHealth, "ZORBALT:RAID")},
                 "4: the parameter PropertyName is missing"},
-        Failure{"UnknownParameter", {.method = "EnumerateClassNames", .arguments = Value("LocalOnly", "TRUE")},
+        Failure{"UnknownParameter",
+                {.method = "EnumerateClassNames", .arguments = Value("LocalOnly", "TRUE")},
                 "4: the parameter LocalOnly is unknown"},
         Failure{"ParameterTwice",
                 {.method = "EnumerateClassNames",
                  .arguments = Value("DeepInheritance", "TRUE") + Value("deepinheritance", "TRUE")},
                 "4: the parameter deepinheritance is there more than once"},
-        Failure{"NoBoolean", {.method = "EnumerateClassNames", .arguments = Value("DeepInheritance", "1")},
+        Failure{"NoBoolean",
+                {.method = "EnumerateClassNames", .arguments = Value("DeepInheritance", "1")},
                 "4: the parameter DeepInheritance is neither TRUE nor FALSE"},
         Failure{"UnusedNoBoolean",
                 {.method = "GetClass", .arguments = ClassName(kRaid) + Value("LocalOnly", "1")},
@@ -231,16 +258,23 @@ INSTANTIATE_TEST_SUITE_P(
         Failure{"Change", {.method = "DeleteInstance"}, "7: the operation DeleteInstance is not served"},
         Failure{"Query", {.method = "ExecQuery"}, "7: the operation ExecQuery is not served"},
         Failure{"Anything", {.method = "Anything"}, "7: the operation Anything is not served"},
-        Failure{"Method", {.method = "SetInfo", .className = kRaid},
+        Failure{"Method",
+                {.method = "SetInfo", .className = kRaid},
                 "17: ZORBALT_MngSrvRaid has no method SetInfo"},
-        Failure{"OperationAsMethod", {.method = "GetClass", .className = kRaid},
+        Failure{"OperationAsMethod",
+                {.method = "GetClass", .className = kRaid},
                 "17: ZORBALT_MngSrvRaid has no method GetClass"},
-        Failure{"MethodOfTheOtherClass", {.method = "GetInfo", .className = kHealth},
+        Failure{"MethodOfTheOtherClass",
+                {.method = "GetInfo", .className = kHealth},
                 "17: ZORBALT_MngSrvRaidHealth has no method GetInfo"},
         Failure{"MethodOfNoClass", {.method = "GetInfo", .className = "A"}, "6: there is no class A"},
         Failure{"UnknownArgument",
-                {.method = "GetInfo", .arguments = Parameter("__AppKey", "x"), .className = kRaid},
-                "4: the parameter __AppKey is unknown"},
+                {.method = "GetInfo", .arguments = Parameter("CtrlNo", "0"), .className = kRaid},
+                "4: the parameter CtrlNo is unknown"},
+        Failure{
+            "LongKey",
+            {.method = "GetInfo", .arguments = Parameter("__AppKey", string(257, 'x')), .className = kRaid},
+            "4: the parameter __AppKey is too long"},
         Failure{"OutArgument",
                 {.method = "GetInfo", .arguments = Parameter("XmlData", "x"), .className = kRaid},
                 "4: the parameter XmlData is unknown"},
@@ -251,26 +285,27 @@ INSTANTIATE_TEST_SUITE_P(
                 "4: the parameter PDNo is there more than once"},
         Failure{"ArgumentOfAnotherType",
                 {.method = "GetPDInfo",
-                 .arguments = R"(<PARAMVALUE NAME="PDNo" PARAMTYPE="uint32"><VALUE>1</VALUE></PARAMVALUE>)",
+                 .arguments = kPlace +
+                              R"(<PARAMVALUE NAME="PDNo" PARAMTYPE="uint32"><VALUE>1</VALUE></PARAMVALUE>)",
                  .className = kRaid},
                 "4: the parameter PDNo is no string"},
         Failure{"ArgumentWithElements",
-                {.method = "GetPDInfo", .arguments = Parameter("PDNo", "1<A/>"), .className = kRaid},
+                {.method = "GetPDInfo", .arguments = kPlace + Parameter("PDNo", "1<A/>"), .className = kRaid},
                 "4: the parameter PDNo is no string"},
         Failure{"ArgumentAsArray",
                 {.method = "GetPDInfo",
-                 .arguments = R"(<PARAMVALUE NAME="PDNo"><VALUE.ARRAY/></PARAMVALUE>)",
+                 .arguments = kPlace + R"(<PARAMVALUE NAME="PDNo"><VALUE.ARRAY/></PARAMVALUE>)",
                  .className = kRaid},
                 "4: the parameter PDNo is no string"}),
     [](const auto& test) { return test.param.name; });
 
 TEST(AStatus, HasItsError) {
     const std::pair<std::uint32_t, CimError::Code> codes[] = {
-        {0x80041001U, CimError::Failed},        {0x80041002U, CimError::NotFound},
-        {0x80041003U, CimError::AccessDenied},  {0x80041005U, CimError::TypeMismatch},
+        {0x80041001U, CimError::Failed},           {0x80041002U, CimError::NotFound},
+        {0x80041003U, CimError::AccessDenied},     {0x80041005U, CimError::TypeMismatch},
         {0x80041008U, CimError::InvalidParameter}, {0x8004100CU, CimError::NotSupported},
-        {0x80041010U, CimError::InvalidClass},  {0x8004102EU, CimError::MethodNotFound},
-        {0x80041006U, CimError::Failed},        {0x12345678U, CimError::Failed}};
+        {0x80041010U, CimError::InvalidClass},     {0x8004102EU, CimError::MethodNotFound},
+        {0x80041006U, CimError::Failed},           {0x12345678U, CimError::Failed}};
     for (const auto& [status, code] : codes) {
         EXPECT_EQ(CodeOf(status), code) << std::hex << status;
     }

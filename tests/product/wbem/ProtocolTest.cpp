@@ -78,22 +78,23 @@ constexpr const char* kMismatch = "header-mismatch";
 
 INSTANTIATE_TEST_SUITE_P(
     Headers, ARequest,
-    testing::Values(Case{"NoOperation", Remove("CIMOperation"), 400, "unsupported-operation"},
-                    Case{"OtherOperation", Set("CIMOperation", "MethodRequest"), 400, "unsupported-operation"},
-                    Case{"TwoOperations", Add("cimoperation", "MethodCall"), 400, kMismatch},
-                    Case{"OtherProtocol", Set("CIMProtocolVersion", "2.0"), 501, "unsupported-protocol-version"},
-                    Case{"NoProtocol", Set("CIMProtocolVersion", "1"), 501, "unsupported-protocol-version"},
-                    Case{"DifferentProtocol", Set("CIMProtocolVersion", "1.1"), 400, kMismatch},
-                    Case{"Batch", Set("CIMBatch", ""), 501, kMultiple},
-                    Case{"NoMethod", Remove("CIMMethod"), 400, kMismatch},
-                    Case{"OtherMethod", Set("CIMMethod", "GetClass"), 400, kMismatch},
-                    Case{"NoObject", Remove("CIMObject"), 400, kMismatch},
-                    Case{"OtherObject", Set("CIMObject", "root/cimv2"), 400, kMismatch},
-                    Case{"ObjectOfAClass", Set("CIMObject", "root/zorbalt:A"), 400, kMismatch},
-                    Case{"TwoObjects", Add("CIMObject", "root/zorbalt"), 400, kMismatch},
-                    Case{"NoType", Remove("Content-Type"), 415, ""},
-                    Case{"OtherType", Set("Content-Type", "application/json"), 415, ""},
-                    Case{"OtherCharset", Set("Content-Type", "text/xml; charset=iso-8859-1"), 415, ""}),
+    testing::Values(
+        Case{"NoOperation", Remove("CIMOperation"), 400, "unsupported-operation"},
+        Case{"OtherOperation", Set("CIMOperation", "MethodRequest"), 400, "unsupported-operation"},
+        Case{"TwoOperations", Add("cimoperation", "MethodCall"), 400, kMismatch},
+        Case{"OtherProtocol", Set("CIMProtocolVersion", "2.0"), 501, "unsupported-protocol-version"},
+        Case{"NoProtocol", Set("CIMProtocolVersion", "1"), 501, "unsupported-protocol-version"},
+        Case{"DifferentProtocol", Set("CIMProtocolVersion", "1.1"), 400, kMismatch},
+        Case{"Batch", Set("CIMBatch", ""), 501, kMultiple},
+        Case{"NoMethod", Remove("CIMMethod"), 400, kMismatch},
+        Case{"OtherMethod", Set("CIMMethod", "GetClass"), 400, kMismatch},
+        Case{"NoObject", Remove("CIMObject"), 400, kMismatch},
+        Case{"OtherObject", Set("CIMObject", "root/cimv2"), 400, kMismatch},
+        Case{"ObjectOfAClass", Set("CIMObject", "root/zorbalt:A"), 400, kMismatch},
+        Case{"TwoObjects", Add("CIMObject", "root/zorbalt"), 400, kMismatch},
+        Case{"NoType", Remove("Content-Type"), 415, ""},
+        Case{"OtherType", Set("Content-Type", "application/json"), 415, ""},
+        Case{"OtherCharset", Set("Content-Type", "text/xml; charset=iso-8859-1"), 415, ""}),
     [](const auto& test) { return test.param.name; });
 
 INSTANTIATE_TEST_SUITE_P(
@@ -113,19 +114,23 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"NoMessageId", Replace("ID=\"4711\"", ""), 400, kLoosely},
         Case{"OtherDocument", Body("<A/>"), 400, kLoosely},
         Case{"NoMessage", Body("<CIM CIMVERSION='2.0' DTDVERSION='2.0'/>"), 400, kLoosely},
-        Case{"Multiple", [](http::Request& request) {
+        Case{"Multiple",
+             [](http::Request& request) {
                  Replace("<SIMPLEREQ>", "<MULTIREQ><SIMPLEREQ>")(request);
                  Replace("</SIMPLEREQ>", "</SIMPLEREQ></MULTIREQ>")(request);
-             }, 501, kMultiple},
+             },
+             501, kMultiple},
         Case{"NoCall", Replace(Question().Call(), ""), 400, kLoosely},
-        Case{"Answer", [](http::Request& request) {
+        Case{"Answer",
+             [](http::Request& request) {
                  Replace("<SIMPLEREQ>", "<SIMPLERSP>")(request);
                  Replace("</SIMPLEREQ>", "</SIMPLERSP>")(request);
-             }, 400, kLoosely},
+             },
+             400, kLoosely},
         Case{"TwoCalls", Replace("</SIMPLEREQ>", "<METHODCALL NAME='A'/></SIMPLEREQ>"), 400, kLoosely},
         Case{"NoName", Replace("IMETHODCALL NAME=\"EnumerateClassNames\"", "IMETHODCALL"), 400, kLoosely},
-        Case{"NoNamespace",
-             Replace("<NAMESPACE NAME=\"root\"/><NAMESPACE NAME=\"zorbalt\"/>", ""), 400, kLoosely},
+        Case{"NoNamespace", Replace("<NAMESPACE NAME=\"root\"/><NAMESPACE NAME=\"zorbalt\"/>", ""), 400,
+             kLoosely},
         Case{"NoNamespaceName", Replace("<NAMESPACE NAME=\"root\"/>", "<NAMESPACE/>"), 400, kLoosely},
         Case{"TextBetween", Replace("<SIMPLEREQ>", "<SIMPLEREQ>x"), 400, kLoosely},
         Case{"NamelessParameter", Replace("</IMETHODCALL>", "<IPARAMVALUE/></IMETHODCALL>"), 400, kLoosely},
@@ -143,6 +148,7 @@ TEST_P(AnotherForm, OfARequestIsAnswered) {
 INSTANTIATE_TEST_SUITE_P(
     Requests, AnotherForm,
     testing::Values(std::pair("TextXml", Set("Content-Type", "text/xml")),
+                    std::pair("Charset", Set("Content-Type", "application/xml;charset=UTF-8")),
                     std::pair("NoProtocolVersion", Remove("CIMProtocolVersion")),
                     std::pair("PercentObject", Set("CIMObject", "root%2Fzorbalt")),
                     std::pair("UpperCase", Set("CIMObject", "ROOT/ZORBALT")),

@@ -55,9 +55,10 @@ inline std::string Value(const std::string& name, const std::string& value) {
     return "<IPARAMVALUE NAME=\"" + name + "\"><VALUE>" + value + "</VALUE></IPARAMVALUE>";
 }
 
-inline std::string InstanceName(const std::string& className, const std::string& key) {
+inline std::string InstanceName(const std::string& className, const std::string& key,
+                                const std::string& name = "InstanceID") {
     return R"(<IPARAMVALUE NAME="InstanceName"><INSTANCENAME CLASSNAME=")" + className +
-           R"("><KEYBINDING NAME="InstanceID"><KEYVALUE VALUETYPE="string">)" + key +
+           R"("><KEYBINDING NAME=")" + name + R"("><KEYVALUE VALUETYPE="string">)" + key +
            "</KEYVALUE></KEYBINDING></INSTANCENAME></IPARAMVALUE>";
 }
 
@@ -104,7 +105,11 @@ inline std::string ErrorOf(const http::Response& response) {
 }
 
 inline std::string ErrorOf(const Question& question, const board::Board& board = {}) {
-    return ErrorOf(Response(question, board));
+    const http::Response response = Response(question, board);
+    const std::string element = question.className.empty() ? "<IMETHODRESPONSE " : "<METHODRESPONSE ";
+    EXPECT_TRUE(Content(response).starts_with(element + "NAME=\"" + question.method + "\""))
+        << response.Text();
+    return ErrorOf(response);
 }
 
 }  // namespace wbem::test

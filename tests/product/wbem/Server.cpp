@@ -1,10 +1,11 @@
-// A server of HTTP around the room, for real clients: Server COMMAND SCENARIO. Says its port, and serves until
-// it is ended or its parent goes. The answer about the server, and the answers of methods, are what the
-// command prints.
+// A server of HTTP around the room, for real clients: Server COMMAND SCENARIO [PORT], on loopback. Says its
+// port, and serves until it is ended or its parent goes. The answer about the server, and the answers of
+// methods, are what the command prints.
 
 #include "wbem/ObjectManager.h"
 
 #include <microhttpd.h>
+#include <netinet/in.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -57,7 +58,8 @@ class Served final {
         m_Board.host = "made-up";
         const Printed printed = Call({"get-info"});
         if (printed.status == 0) {
-            m_Board.snapshot = std::make_shared<const inventory::Snapshot>(inventory::Document::Read(printed.text));
+            m_Board.snapshot =
+                std::make_shared<const inventory::Snapshot>(inventory::Document::Read(printed.text));
         }
     }
 
@@ -119,18 +121,23 @@ MHD_Result Handle(void* served, MHD_Connection* connection, const char* path, co
     return result;
 }
 
-void Forget(void* /*served*/, MHD_Connection* /*connection*/, void** place, MHD_RequestTerminationCode /*how*/) {
+void Forget(void* /*served*/, MHD_Connection* /*connection*/, void** place,
+            MHD_RequestTerminationCode /*how*/) {
     delete static_cast<http::Request*>(*place);
 }
 
 }  // namespace
 
-int main(int /*count*/, char** words) {
+int main(int count, char** words) {
     ::prctl(PR_SET_PDEATHSIG, SIGKILL, 0, 0, 0);
     Served served(words[1], words[2]);
-    MHD_Daemon* const daemon =
-        MHD_start_daemon(MHD_USE_INTERNAL_POLLING_THREAD | MHD_USE_AUTO, 0, nullptr, nullptr, &Handle, &served,
-                         MHD_OPTION_NOTIFY_COMPLETED, &Forget, nullptr, MHD_OPTION_END);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(static_cast<std::uint16_t>(count > 3 ? std::stoi(words[3]) : 0));
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    MHD_Daemon* const daemon = MHD_start_daemon(
+        MHD_USE_INTERNAL_POLLING_THREAD | MHD_USE_AUTO, 0, nullptr, nullptr, &Handle, &served,
+        MHD_OPTION_SOCK_ADDR, &address, MHD_OPTION_NOTIFY_COMPLETED, &Forget, nullptr, MHD_OPTION_END);
     if (daemon == nullptr) {
         return 1;
     }

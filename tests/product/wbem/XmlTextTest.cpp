@@ -26,8 +26,9 @@ TEST(XmlText, HasThreeCharactersAsNamedEntities) {
 }
 
 TEST(XmlText, HasNoCharacterThatXmlCannotCarry) {
-    EXPECT_EQ(Text(std::string_view("a\0b\x1f", 4)), "a\xef\xbf\xbd"
-                                                      "b\xef\xbf\xbd");
+    EXPECT_EQ(Text(std::string_view("a\0b\x1f", 4)),
+              "a\xef\xbf\xbd"
+              "b\xef\xbf\xbd");
     EXPECT_EQ(Text("\xef\xbf\xbe\xef\xbf\xbf."), "\xef\xbf\xbd\xef\xbf\xbd.");
     EXPECT_EQ(Text("\xc3"), "\xef\xbf\xbd");
     EXPECT_EQ(Text("\xe2\x82.\xe9"), "\xef\xbf\xbd\xef\xbf\xbd.\xef\xbf\xbd");

@@ -18,8 +18,8 @@ class Classes;
 ///     <CIM CIMVERSION="2.0" DTDVERSION="2.0"><MESSAGE ID="4711" PROTOCOLVERSION="1.0"><SIMPLEREQ>
 ///     <IMETHODCALL NAME="EnumerateClassNames"><LOCALNAMESPACEPATH>...
 ///
-/// to `kPath`. There is one namespace with two classes: ZORBALT_MngSrvRaid, whose declaration is read from the
-/// framework's class repository when this is made, so that it is written down there alone; and
+/// to `kPath`. There is one namespace with two classes: ZORBALT_MngSrvRaid, whose declaration is read from
+/// the framework's class repository when this is made, so that it is written down there alone; and
 /// ZORBALT_MngSrvRaidHealth, whose one instance tells what the board knows. The repository is the small part
 /// of the framework (libqel_ComLib); the module is not needed for it.
 ///
