@@ -87,7 +87,7 @@ board::Call CallOf(const wbem::MethodCall& asked) {
 
 }  // namespace
 
-Routes::Routes(Parts parts, Networks metricsFrom, std::chrono::seconds interval, Log log)
+Routes::Routes(const Parts& parts, Networks metricsFrom, std::chrono::seconds interval, Log log)
     : m_Parts(parts), m_MetricsFrom(std::move(metricsFrom)), m_Interval(interval), m_Log(std::move(log)) {}
 
 void Routes::Show(std::shared_ptr<const board::Board> board) {

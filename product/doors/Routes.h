@@ -30,7 +30,7 @@ class Routes final {
         Calls& calls;
     };
 
-    Routes(Parts parts, Networks metricsFrom, std::chrono::seconds interval, Log log);
+    Routes(const Parts& parts, Networks metricsFrom, std::chrono::seconds interval, Log log);
 
     /// From now on what is answered is of this board; streams get what has happened since the one before.
     void Show(std::shared_ptr<const board::Board> board);

@@ -243,7 +243,7 @@ struct Server::Callbacks {
     static void Release(void* place) { delete static_cast<std::shared_ptr<Exchange>*>(place); }
 };
 
-Server::Server(Handler handler, Limits limits) : m_Handler(std::move(handler)), m_Limits(limits) {}
+Server::Server(Handler handler, const Limits& limits) : m_Handler(std::move(handler)), m_Limits(limits) {}
 
 Server::~Server() {
     // What is suspended must go on before it can be ended.
