@@ -53,6 +53,7 @@ class Routes final {
     void AnswerRedfish(const std::shared_ptr<Exchange>& exchange);
     void AnswerWbem(const std::shared_ptr<Exchange>& exchange);
     void AnswerPage(const std::shared_ptr<Exchange>& exchange);
+    void AnswerHistory(const std::shared_ptr<Exchange>& exchange);
     void AnswerRefresh(const std::shared_ptr<Exchange>& exchange);
     void Note(const Exchange& exchange, const std::string& words);
     static void Send(Exchange& exchange, http::Response response);

@@ -147,7 +147,7 @@ void Exchange::Reply(http::Response response) {
 }
 
 bool Exchange::Stream(std::string_view text) {
-    constexpr std::size_t kMostPending = 1024 * 1024;
+    constexpr std::size_t kMostPending = std::size_t(1024) * 1024;
     if (m_Connection == nullptr) {
         return false;
     }

@@ -139,6 +139,11 @@ void AddRollUp(const inventory::Snapshot& snapshot, const inventory::Health& hea
     AddTime(snapshot, header.Add("p", {{"class", "note"}}));
     if (watching != nullptr) {
         AddFailure(*watching, header);
+        Element ways = header.Add("nav", {{"aria-label", "Other views"}}).Add("p", {{"class", "ways"}});
+        ways.Add("a", "History", {{"href", "/history"}}).Text(" ");
+        ways.Add("a", "JSON", {{"href", "/raid.json"}}).Text(" ");
+        ways.Add("a", "XML", {{"href", "/raid.xml"}}).Text(" ");
+        ways.Add("a", "Metrics", {{"href", "/metrics"}});
     }
 }
 

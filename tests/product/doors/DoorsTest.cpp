@@ -187,6 +187,19 @@ TEST_F(Doors, AskTheServerAgainForWhoeverWantsThat) {
     EXPECT_EQ(StatusOf(client.Get("/refresh")), 405);
 }
 
+TEST_F(Doors, TellWhatIsRemembered) {
+    Start("small");
+    const std::string page = Get("/history");
+    EXPECT_EQ(StatusOf(page), 200);
+    EXPECT_THAT(page, HasSubstr("Content-Security-Policy: default-src 'none'"));
+    const auto links = MatchesIn(page, "href=\"(/history[?]part=drive/[^\"]+)\"");
+    ASSERT_THAT(links, testing::SizeIs(testing::Ge(1U)));
+    EXPECT_THAT(BodyOf(Get(links.front().at(1))), HasSubstr("RAID history of controller 0"));
+    EXPECT_THAT(BodyOf(Get("/history.json")), HasSubstr("\"parts\""));
+    EXPECT_EQ(StatusOf(Get("/history?part=nothing")), 404);
+    EXPECT_THAT(BodyOf(Get("/")), HasSubstr("<a href=\"/history\">History</a>"));
+}
+
 TEST_F(Doors, SayThatTheServerCannotBeAsked) {
     m_Folder.Write("service.toml", "");
     const std::string socket = Socket();
