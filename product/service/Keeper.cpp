@@ -76,6 +76,18 @@ std::string ProgramOfDoors() {
 
 Keeper::~Keeper() {
     End();
+    RemoveSocketsBut({});
+}
+
+void Keeper::RemoveSocketsBut(const std::vector<Socket>& kept) const {
+    for (const Socket& socket : m_Sockets) {
+        const bool isKept = std::any_of(kept.begin(), kept.end(), [&](const Socket& each) {
+            return each.address.text == socket.address.text;
+        });
+        if (!isKept && !socket.address.path.empty()) {
+            (void)::unlink(socket.address.path.c_str());
+        }
+    }
 }
 
 // The same address cannot be had twice: what stays is kept.
@@ -112,6 +124,7 @@ void Keeper::Configure(const DoorsConfiguration& doors, std::chrono::seconds int
             {static_cast<std::uint32_t>(socket.descriptor.Number()), socket.address.isEncrypted});
     }
     End();
+    RemoveSocketsBut(sockets);
     m_Sockets = std::move(sockets);
     m_Settings = std::move(settings);
     m_Pause = milliseconds(0);

@@ -65,6 +65,8 @@ class Keeper final {
 
     void Start(TimePoint now);
     void Send(board::MessageKind kind, const std::string& bytes);
+    /// Nobody finds a door that nobody opens.
+    void RemoveSocketsBut(const std::vector<Socket>& kept) const;
     [[nodiscard]] std::vector<Socket> Listen(const std::vector<Address>& addresses);
 
     Sources m_Sources;

@@ -133,6 +133,19 @@ TEST_F(Doors, AreOpenedAgainWhenTheirProcessIsKilled) {
     }
 }
 
+TEST_F(Doors, LeaveNoSocketBehind) {
+    Start("small");
+    ASSERT_TRUE(std::filesystem::exists(Socket()));
+    const pid_t doors = ProcessOfDoors();
+    ::kill(doors, SIGTERM);  // As a whole group of processes gets it.
+    ::kill(m_Service->Process(), SIGTERM);
+    const Ended ended = m_Service->Wait();
+    m_Service.reset();
+    EXPECT_EQ(ended.ExitStatus(), 0);
+    EXPECT_THAT(ended.err, Not(HasSubstr("faces the network")));
+    EXPECT_FALSE(std::filesystem::exists(Socket()));
+}
+
 TEST_F(Doors, AreClosedWithTheService) {
     Start("small");
     const pid_t doors = ProcessOfDoors();
