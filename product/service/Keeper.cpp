@@ -27,6 +27,7 @@ constexpr const char* kUsualSocket = "unix:/run/mngsrvraid/mngsrvraid.sock";
 constexpr milliseconds kFirstPause{100};
 constexpr milliseconds kLongestPause{30'000};
 constexpr std::chrono::minutes kLongEnough{1};
+constexpr std::size_t kMostCalls = 64;  // The watch has its turn, too.
 
 void SetUser(const std::string& name, board::Settings& settings) {
     if (::geteuid() != 0) {
@@ -148,6 +149,7 @@ void Keeper::Start(TimePoint now) {
             BecomeDoors(words.data(), kept);
         }
         m_Process = process;
+        ++m_Round;
         m_Link.emplace(std::move(link));
         Send(board::MessageKind::Settings, Pack(m_Settings));
         if (const std::vector<board::DriveReport> drives = m_Sources.drives(); !drives.empty()) {
@@ -204,7 +206,7 @@ void Keeper::TellOutcome(const board::Outcome& outcome) {
 std::vector<board::Call> Keeper::TakeCalls() {
     std::vector<board::Call> calls;
     try {
-        while (m_Link) {
+        while (m_Link && calls.size() < kMostCalls) {
             const std::optional<board::Message> message = m_Link->Receive();
             if (!message) {
                 break;
