@@ -19,7 +19,7 @@ using http::Request;
 constexpr const char* kLive = "/live";
 constexpr const char* kRefresh = "/refresh";
 
-constexpr std::size_t kMostStreams = 1000;
+constexpr std::size_t kMostStreams = 500;
 
 bool IsBelow(const std::string& path, std::string_view prefix) {
     return path.compare(0, prefix.size(), prefix) == 0 &&
@@ -93,8 +93,8 @@ struct Proof {
 
 http::Response TooEarly(std::chrono::seconds wait) {
     const std::string seconds = std::to_string(wait.count());
-    http::Response response = MakeWords(http::kTooManyRequests,
-                                        "Too many attempts have failed; try again in " + seconds + " s.");
+    http::Response response =
+        MakeWords(http::kTooManyRequests, "Too many attempts have failed; try again in " + seconds + " s.");
     response.headers.emplace_back("Retry-After", seconds);
     return response;
 }

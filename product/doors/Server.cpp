@@ -296,8 +296,8 @@ Server::~Server() {
 }
 
 void Server::Listen(basics::Descriptor socket, const std::optional<Encryption>& encryption) {
-    auto listener = std::make_unique<Listener>(
-        Listener{*this, nullptr, encryption.has_value(), IsInFileSystem(socket)});
+    auto listener =
+        std::make_unique<Listener>(Listener{*this, nullptr, encryption.has_value(), IsInFileSystem(socket)});
     std::vector<MHD_OptionItem> options;
     if (encryption) {
         options.push_back({MHD_OPTION_HTTPS_MEM_KEY, 0, const_cast<char*>(encryption->key.c_str())});

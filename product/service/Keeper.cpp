@@ -77,6 +77,19 @@ std::string ProgramOfDoors() {
 
 Keeper::~Keeper() {
     End();
+    Leave({});
+}
+
+// What is in the file system goes with whoever answers there.
+void Keeper::Leave(const std::vector<Socket>& kept) const {
+    for (const Socket& each : m_Sockets) {
+        const bool isKept = std::any_of(kept.begin(), kept.end(), [&](const Socket& other) {
+            return other.address.text == each.address.text;
+        });
+        if (!each.address.path.empty() && !isKept) {
+            (void)::unlink(each.address.path.c_str());
+        }
+    }
 }
 
 // The same address cannot be had twice: what stays is kept.
@@ -113,6 +126,7 @@ void Keeper::Configure(const DoorsConfiguration& doors, std::chrono::seconds int
             {static_cast<std::uint32_t>(socket.descriptor.Number()), socket.address.isEncrypted});
     }
     End();
+    Leave(sockets);
     m_Sockets = std::move(sockets);
     m_Settings = std::move(settings);
     m_Pause = milliseconds(0);

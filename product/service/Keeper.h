@@ -69,6 +69,7 @@ class Keeper final {
     };
 
     void Start(TimePoint now);
+    void Leave(const std::vector<Socket>& kept) const;
     void Send(board::MessageKind kind, const std::string& bytes);
     [[nodiscard]] std::vector<Socket> Listen(const std::vector<Address>& addresses);
 
