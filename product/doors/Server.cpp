@@ -77,6 +77,13 @@ std::size_t CountOf(const std::vector<http::Field>& headers, const std::string& 
         }));
 }
 
+/// Some servers read "Content-Length : 4" as what it looks like, others as a header of another name.
+bool IsHeaderName(const std::string& text) {
+    return !text.empty() && std::all_of(text.begin(), text.end(), [](char each) {
+        return each > ' ' && each < 0x7F && std::strchr("\"(),/:;<=>?@[\\]{}", each) == nullptr;
+    });
+}
+
 /// Whether two servers could see two different requests in it, or somebody pretends to be two hosts.
 bool IsAmbiguous(const http::Request& request) {
     const std::size_t lengths = CountOf(request.headers, "Content-Length");
@@ -85,8 +92,10 @@ bool IsAmbiguous(const http::Request& request) {
     const std::string* const encoding = request.Header("Transfer-Encoding");
     const bool isNumber = length == nullptr || (!length->empty() && length->size() < 19 &&
                                                 length->find_first_not_of("0123456789") == std::string::npos);
-    return lengths + encodings > 1 || !isNumber || (encoding != nullptr && *encoding != "chunked") ||
-           CountOf(request.headers, "Host") > 1;
+    const bool hasNames = std::all_of(request.headers.begin(), request.headers.end(),
+                                      [](const http::Field& each) { return IsHeaderName(each.first); });
+    return !hasNames || lengths + encodings > 1 || !isNumber ||
+           (encoding != nullptr && *encoding != "chunked") || CountOf(request.headers, "Host") > 1;
 }
 
 std::size_t LengthOf(const http::Request& request) {
