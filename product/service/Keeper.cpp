@@ -27,7 +27,7 @@ constexpr const char* kUsualSocket = "unix:/run/mngsrvraid/mngsrvraid.sock";
 constexpr milliseconds kFirstPause{100};
 constexpr milliseconds kLongestPause{30'000};
 constexpr std::chrono::minutes kLongEnough{1};
-constexpr std::size_t kMostCalls = 64;  // The watch has its turn, too.
+constexpr std::size_t kMostAtATime = 64;  // The watch has its turn, too.
 
 void SetUser(const std::string& name, board::Settings& settings) {
     if (::geteuid() != 0) {
@@ -220,7 +220,7 @@ void Keeper::TellOutcome(const board::Outcome& outcome) {
 std::vector<board::Call> Keeper::TakeCalls() {
     std::vector<board::Call> calls;
     try {
-        while (m_Link && calls.size() < kMostCalls) {
+        while (m_Link && calls.size() < kMostAtATime) {
             const std::optional<board::Message> message = m_Link->Receive();
             if (!message) {
                 break;
