@@ -128,6 +128,17 @@ void AddFailure(const Watching& watching, Element header) {
     }
 }
 
+/// "1 controller, 5 drives, 2 alarms stand": what the answer does not tell any more is not passed over.
+std::string HeadlineOf(const inventory::Health& health, const Watching* watching) {
+    if (watching == nullptr || watching->standing.empty()) {
+        return Headline(health);
+    }
+    const std::size_t count = watching->standing.size();
+    const std::string alarms = std::to_string(count) + (count == 1 ? " alarm stands" : " alarms stand");
+    return health.level == Level::Ok ? Describe(health.counts) + ", " + alarms
+                                     : Headline(health) + ", " + alarms + " besides";
+}
+
 void AddRollUp(const inventory::Snapshot& snapshot, const inventory::Health& health, const Watching* watching,
                Element page) {
     const Level level = LevelOf(health, watching);
@@ -135,7 +146,7 @@ void AddRollUp(const inventory::Snapshot& snapshot, const inventory::Health& hea
     Element rollUp = header.Add("div", {{"class", "rollup " + std::string(html::ClassOf(level))}});
     html::AddSign(level, rollUp);
     Element words = rollUp.Add("p");
-    words.Add("b", NameOf(level), {{"aria-hidden", "true"}}).Text(" ").Add("span", Headline(health));
+    words.Add("b", NameOf(level), {{"aria-hidden", "true"}}).Text(" ").Add("span", HeadlineOf(health, watching));
     AddTime(snapshot, header.Add("p", {{"class", "note"}}));
     if (watching != nullptr) {
         AddFailure(*watching, header);
@@ -189,7 +200,7 @@ std::string Html(const inventory::Snapshot& snapshot, const history::ServerHisto
                  const Watching* watching) {
     const inventory::Health& health = snapshot.TheHealth();
     const std::string title = "RAID " + std::string(NameOf(LevelOf(health, watching))) +
-                              OfHost(snapshot, " on ") + ": " + Headline(health);
+                              OfHost(snapshot, " on ") + ": " + HeadlineOf(health, watching);
     return html::PageOf(
         title, [&](Element body) { AddBody(snapshot, health, history, watching, body); },
         watching == nullptr ? "" : watching->script);
