@@ -25,6 +25,10 @@ document.addEventListener("securitypolicyviolation", (each) => refused.push(each
 """
 
 
+class Refusal(Exception):
+    """What the browser would not do."""
+
+
 class Browser:
     """Chromium with a profile of its own, spoken to through a pipe."""
 
@@ -57,7 +61,7 @@ class Browser:
             self._session = None
             self.call("Browser.close")
             self._process.wait(LONGEST)
-        except (RuntimeError, OSError, subprocess.TimeoutExpired):
+        except (Refusal, RuntimeError, OSError, subprocess.TimeoutExpired):
             pass
         try:
             os.killpg(self._process.pid, signal.SIGKILL)
@@ -84,7 +88,7 @@ class Browser:
             answer = self._read()
             if answer.get("id") == self._last:
                 if "error" in answer:
-                    raise RuntimeError(f"{method}: {answer['error']}")
+                    raise Refusal(f"{method}: {answer['error']}")
                 return answer["result"]
             self._keep(answer)
 
@@ -115,9 +119,16 @@ class Browser:
         return self.call("DOM.getOuterHTML", nodeId=root)["outerHTML"]
 
 
+def is_now(is_so):
+    try:
+        return is_so()
+    except Refusal:
+        return False  # The page that was asked about gave way to the next one.
+
+
 def wait_for(what, is_so):
     end = time.monotonic() + LONGEST
-    while not is_so():
+    while not is_now(is_so):
         if time.monotonic() > end:
             raise RuntimeError(f"in vain: {what}")
         time.sleep(0.1)
