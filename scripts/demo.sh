@@ -44,9 +44,10 @@ serve() {
     local scenario=$1 seconds=$2 configuration=build/release/serve.toml port=8282
     printf 'interval = "5s"\nsmart_interval = "1m"\ncalm = "4s"\nlisten = ["127.0.0.1:%s"]\n[[channel]]\nkind = "journal"\nlevel = "ok"\nstderr = true\n' \
         "$port" > "$configuration"
-    timeout --signal TERM "$seconds" build/release/bin/mngsrvraidd --config "$configuration" --scenario "$scenario" &
-    local service=$!
-    trap 'kill "$service" 2>/dev/null || true' INT TERM EXIT
+    timeout --foreground --signal TERM "$seconds" build/release/bin/mngsrvraidd --config "$configuration" --scenario "$scenario" &
+    service=$!
+    trap 'kill "$service" 2>/dev/null && wait "$service"' EXIT
+    trap 'exit 0' INT TERM
     until answers "$port"; do
         kill -0 "$service" 2>/dev/null || exit 4
         sleep 0.2
