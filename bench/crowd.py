@@ -1,11 +1,10 @@
 #!/usr/bin/env python3
 """Keeps clients at a server that do little, and measures what that does to others and to the process.
 
-    bench/crowd.py idle 10000 PORT PROCESS      connected, saying nothing after one answer
-    bench/crowd.py slow 1000 PORT PROCESS       sending a request, a byte a second
+    bench/crowd.py idle 10000 PORT PROCESS DRIVE    connected, saying nothing after one answer
+    bench/crowd.py slow 1000 PORT PROCESS DRIVE     sending a request, a byte a second
 
-PROCESS is that of the doors. While the crowd is there, one client more asks for /healthz and a drive, over and over,
-on a connection of its own each; then everybody goes. Prints the times, and the resident memory before, with and after it.
+PROCESS is that of the doors, DRIVE the path of one. While the crowd is there, one client more asks for /healthz and it, over and over, on a connection of its own each; then everybody goes. Prints the times, and the resident memory before, with and after it.
 """
 
 import resource
@@ -59,7 +58,7 @@ def measure(port, path, times):
 def main():
     kind, count, port, process = sys.argv[1], int(sys.argv[2]), int(sys.argv[3]), int(sys.argv[4])
     resource.setrlimit(resource.RLIMIT_NOFILE, (resource.getrlimit(resource.RLIMIT_NOFILE)[1],) * 2)
-    paths = ["/healthz", "/redfish/v1/Systems/1/Storage/0/Drives/252-4"]
+    paths = ["/healthz", sys.argv[5]]
     for path in paths:
         measure(port, path, [])
     before = memory(process)
