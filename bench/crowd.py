@@ -4,7 +4,9 @@
     bench/crowd.py idle 10000 PORT PROCESS DRIVE    connected, saying nothing after one answer
     bench/crowd.py slow 1000 PORT PROCESS DRIVE     sending a request, a byte a second
 
-PROCESS is that of the doors, DRIVE the path of one. While the crowd is there, one client more asks for /healthz and it, over and over, on a connection of its own each; then everybody goes. Prints the times, and the resident memory before, with and after it.
+PROCESS is that of the doors, DRIVE the path of one. While the crowd is there, one client more asks for /healthz and the
+drive, over and over, on a connection of its own each; then everybody goes. Prints the times, and the resident memory
+before, with and after it.
 """
 
 import resource
