@@ -319,7 +319,7 @@ TEST(HtmlOfAService, AlarmsKeepItFromSayingThatAllIsWell) {
     const std::string page = Html(snapshot, nullptr, &watching);
     EXPECT_THAT(page, HasSubstr("<title>RAID CRITICAL"));
     EXPECT_THAT(page, HasSubstr(", 1 alarm stands</title>"));
-    EXPECT_THAT(page, Not(HasSubstr("all well")));
+    EXPECT_THAT(page, Not(HasSubstr(", all well</")));
     watching.standing.push_back(finding);
     EXPECT_THAT(Html(snapshot, nullptr, &watching), HasSubstr(", 2 alarms stand</span>"));
     EXPECT_THAT(Html(SnapshotOf("large"), nullptr, &watching),
