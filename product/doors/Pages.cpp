@@ -96,14 +96,14 @@ views::Watching WatchingOf(const board::Board& board) {
     return watching;
 }
 
-http::Response Html(std::string page) {
+}  // namespace
+
+http::Response PageOf(std::string page) {
     const std::string policy = PolicyFor(page);
     http::Response response = http::MakeResponse(http::kOk, "text/html; charset=utf-8", std::move(page));
     response.headers.emplace_back("Content-Security-Policy", policy);
     return response;
 }
-
-}  // namespace
 
 const http::Response* Pages::Find(const std::string& path) {
     constexpr std::array kPaths = {"/", "/metrics", "/raid.json", "/raid.xml"};
@@ -132,7 +132,7 @@ http::Response Pages::Make(const std::string& path) const {
     if (path == "/raid.xml") {
         return {http::kOk, {{"Content-Type", "application/xml; charset=utf-8"}}, m_Board->document};
     }
-    return Html(views::Html(snapshot, nullptr, &watching));
+    return PageOf(views::Html(snapshot, nullptr, &watching));
 }
 
 const http::Response& LiveScript() {

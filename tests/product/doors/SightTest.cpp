@@ -56,7 +56,9 @@ TEST(SightTest, ReadsAnAnswerOnce) {
 
 TEST(SightTest, ShowsSmartDataWithTheNextAnswer) {
     Sight sight;
-    const std::string told = Xml(Drive(Node("### SMART Information ###", Key("Temperature", "31 C"))));
+    std::string drive = Drive();
+    drive.insert(drive.rfind("</Item>"), Node("### SMART Information ###", Key("Temperature", "31 C")));
+    const std::string told = Xml(drive);
     EXPECT_FALSE(sight.Take(
         {MessageKind::Drives,
          Pack(std::vector<board::DriveReport>{{"0", "252", "0", told}, {"0", "252", "1", "no XML"}})}));

@@ -309,23 +309,5 @@ TEST(Html, APageForWhichThereIsNoMemoryIsNone) {
     EXPECT_GT(failures, 3U);
 }
 
-TEST(HtmlOfAService, AlarmsKeepItFromSayingThatAllIsWell) {
-    const inventory::Snapshot snapshot = SnapshotOf("small");
-    ASSERT_EQ(snapshot.TheHealth().level, inventory::Level::Ok);
-    EXPECT_THAT(Html(snapshot), HasSubstr(", all well</title>"));
-    inventory::Finding finding;
-    finding.level = inventory::Level::Critical;
-    Watching watching{.standing = {finding}};
-    const std::string page = Html(snapshot, nullptr, &watching);
-    EXPECT_THAT(page, HasSubstr("<title>RAID CRITICAL"));
-    EXPECT_THAT(page, HasSubstr(", 1 alarm stands</title>"));
-    EXPECT_THAT(page, Not(HasSubstr(", all well</")));
-    watching.standing.push_back(finding);
-    EXPECT_THAT(Html(snapshot, nullptr, &watching), HasSubstr(", 2 alarms stand</span>"));
-    EXPECT_THAT(Html(SnapshotOf("large"), nullptr, &watching),
-                HasSubstr("2 critical, 5 warnings in 2 controllers, 7 groups, 8 logical drives, 26 drives, "
-                          "2 alarms stand besides</title>"));
-}
-
 }  // namespace
 }  // namespace views::test
