@@ -1,5 +1,5 @@
-// The least that an HTTP server can do with the library that the doors stand on: the same three bytes for everybody.
-// Run beside it, the doors' own share shows.
+// The least that an HTTP server can do with the library that the doors stand on: the same three bytes for
+// everybody. Run beside it, the doors' own share shows.
 //
 //     bench_hello 127.0.0.1 8283
 
@@ -44,9 +44,9 @@ int main(int count, char** words) {
     const std::unique_ptr<MHD_Response, Stop> response(
         MHD_create_response_from_buffer(3, text, MHD_RESPMEM_PERSISTENT));
     constexpr unsigned kConnections = 12000;
-    const std::unique_ptr<MHD_Daemon, Stop> daemon(MHD_start_daemon(
-        MHD_USE_EPOLL, 0, nullptr, nullptr, &Answer, response.get(), MHD_OPTION_SOCK_ADDR, &place,
-        MHD_OPTION_CONNECTION_LIMIT, kConnections, MHD_OPTION_END));
+    const std::unique_ptr<MHD_Daemon, Stop> daemon(
+        MHD_start_daemon(MHD_USE_EPOLL, 0, nullptr, nullptr, &Answer, response.get(), MHD_OPTION_SOCK_ADDR,
+                         &place, MHD_OPTION_CONNECTION_LIMIT, kConnections, MHD_OPTION_END));
     if (!daemon) {
         std::perror("bench_hello");
         return 1;

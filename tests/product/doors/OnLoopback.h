@@ -18,13 +18,12 @@ class OnLoopback : public testing::Test {
   protected:
     void Start(const std::string& scenario) {
         m_Port = std::to_string(FreePort());
-        m_Folder.Write("service.toml",
-                       "interval = \"1d\"\nsmart_interval = \"0\"\nlisten = [\"127.0.0.1:" + m_Port + "\"]\n");
-        m_Service =
-            testsupport::Command{.words = {"--config", m_Folder / "service.toml", "--scenario", scenario,
-                                           "--history", m_Folder / "history.db"},
-                                 .program = DOORS_TEST_SERVICE}
-                .Start();
+        m_Folder.Write("service.toml", "interval = \"1d\"\nsmart_interval = \"0\"\nlisten = [\"127.0.0.1:" +
+                                           m_Port + "\"]\n");
+        m_Service = testsupport::Command{.words = {"--config", m_Folder / "service.toml", "--scenario",
+                                                   scenario, "--history", m_Folder / "history.db"},
+                                         .program = DOORS_TEST_SERVICE}
+                        .Start();
         ASSERT_TRUE(testsupport::ComesTrue([&] { return Get("/healthz").ExitStatus() == 0; }));
     }
     ~OnLoopback() override {

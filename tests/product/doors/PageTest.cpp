@@ -23,10 +23,10 @@ class LivePage : public OnLoopback, public testing::WithParamInterface<Screen> {
 TEST_P(LivePage, FollowsTheServer) {
     Start("watch/loses-drive/by-inquiry");
     const testsupport::Ended ended =
-        testsupport::Command{.words = {DOORS_TEST_FOLDER "/page.py", Url("/"),
-                                       std::to_string(GetParam().width), std::to_string(GetParam().height),
-                                       std::to_string(m_Service->Process())},
-                             .program = DOORS_TEST_PYTHON}
+        testsupport::Command{
+            .words = {DOORS_TEST_FOLDER "/page.py", Url("/"), std::to_string(GetParam().width),
+                      std::to_string(GetParam().height), std::to_string(m_Service->Process())},
+            .program = DOORS_TEST_PYTHON}
             .Run();
     ASSERT_EQ(ended.ExitStatus(), 0) << ended.err;
     const nlohmann::json page = nlohmann::json::parse(ended.out);

@@ -15,10 +15,10 @@ class Scraping : public OnLoopback {
   protected:
     /// The value of a series by the API of a Prometheus; empty while there is none.
     [[nodiscard]] static std::string ValueOf(const std::string& series, const std::string& port) {
-        const Ended ended =
-            Command{.words = {"-sS", "-m", "60", "http://127.0.0.1:" + port + "/api/v1/query?query=" + series},
-                    .program = "/usr/bin/curl"}
-                .Run();
+        const Ended ended = Command{.words = {"-sS", "-m", "60",
+                                              "http://127.0.0.1:" + port + "/api/v1/query?query=" + series},
+                                    .program = "/usr/bin/curl"}
+                                .Run();
         const nlohmann::json answer = nlohmann::json::parse(ended.out, nullptr, false);
         if (answer.is_discarded() || answer.value("status", "") != "success") {
             return "";
@@ -43,10 +43,11 @@ TEST_F(Scraping, PromtoolHasNothingToSay) {
 TEST_F(Scraping, PrometheusKnowsHowTheServerIs) {
     Start("large");
     const std::string port = std::to_string(FreePort());
-    m_Folder.Write("prometheus.yml",
-                   "global:\n  scrape_interval: 1s\nscrape_configs:\n  - job_name: raid\n    static_configs:\n"
-                   "      - targets: ['127.0.0.1:" +
-                       m_Port + "']\n");
+    m_Folder.Write(
+        "prometheus.yml",
+        "global:\n  scrape_interval: 1s\nscrape_configs:\n  - job_name: raid\n    static_configs:\n"
+        "      - targets: ['127.0.0.1:" +
+            m_Port + "']\n");
     const auto prometheus =
         Command{.words = {"--config.file=" + (m_Folder / "prometheus.yml"), "--log.level=error",
                           "--storage.tsdb.path=" + (m_Folder / "series"),
