@@ -89,8 +89,8 @@ Configuration ReadIt(const Options& options) {
 ExitStatus Check(const Options& options) {
     std::string text;
     ExitStatus status = ExitStatus::Success;
-    std::error_code error;
-    if (options.configuration.empty() && !fs::exists(kUsualConfiguration, error)) {
+    std::error_code ignored;
+    if (options.configuration.empty() && !fs::exists(kUsualConfiguration, ignored)) {
         basics::DocumentTarget::StandardOutput().Store(std::string(kUsualConfiguration) +
                                                        " is not there: every key has its default\n");
         return status;
