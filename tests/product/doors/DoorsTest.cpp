@@ -128,7 +128,7 @@ TEST_F(Doors, ProcessHasNoRights) {
 }
 #endif
 
-std::string CallOf(const std::string& method, const std::string& parameters) {
+std::string MethodCallOf(const std::string& method, const std::string& parameters) {
     return "<?xml version=\"1.0\" encoding=\"utf-8\"?><CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE "
            "ID=\"7\" "
            "PROTOCOLVERSION=\"1.0\"><SIMPLEREQ><METHODCALL NAME=\"" +
@@ -138,7 +138,7 @@ std::string CallOf(const std::string& method, const std::string& parameters) {
            parameters + "</METHODCALL></SIMPLEREQ></MESSAGE></CIM>";
 }
 
-std::string HeadersOf(const std::string& method) {
+std::string MethodHeadersOf(const std::string& method) {
     return "Content-Type: application/xml; charset=utf-8\r\nCIMOperation: MethodCall\r\nCIMProtocolVersion: "
            "1.0\r\nCIMMethod: " +
            method + "\r\nCIMObject: root%2Fzorbalt%3AZORBALT_MngSrvRaid\r\n";
@@ -151,7 +151,7 @@ std::string Parameter(const std::string& name, const std::string& value) {
 TEST_F(Doors, MakeCallsForClientsOfWbem) {
     Start("small");
     Client client(Socket());
-    const std::string answer = client.Post("/cimom", CallOf("GetInfo", ""), HeadersOf("GetInfo"));
+    const std::string answer = client.Post("/cimom", MethodCallOf("GetInfo", ""), MethodHeadersOf("GetInfo"));
     EXPECT_THAT(answer, HasSubstr("<RETURNVALUE PARAMTYPE=\"uint32\"><VALUE>0</VALUE></RETURNVALUE>"));
     EXPECT_THAT(answer, HasSubstr("&lt;RAID version="));
 }
@@ -161,10 +161,10 @@ TEST_F(Doors, LeaveOutWhatAClientDoesNotGive) {
     Start("small");
     Client client(Socket());
     const std::string whole = Parameter("CtrlNo", "0") + Parameter("EnclNo", "252") + Parameter("PDNo", "0");
-    EXPECT_THAT(client.Post("/cimom", CallOf("GetPDInfo", whole), HeadersOf("GetPDInfo")),
+    EXPECT_THAT(client.Post("/cimom", MethodCallOf("GetPDInfo", whole), MethodHeadersOf("GetPDInfo")),
                 HasSubstr("<VALUE>0</VALUE></RETURNVALUE>"));
     const std::string part = Parameter("CtrlNo", "0") + Parameter("EnclNo", "252");
-    EXPECT_THAT(client.Post("/cimom", CallOf("GetPDInfo", part), HeadersOf("GetPDInfo")),
+    EXPECT_THAT(client.Post("/cimom", MethodCallOf("GetPDInfo", part), MethodHeadersOf("GetPDInfo")),
                 Not(HasSubstr("<VALUE>0</VALUE></RETURNVALUE>")));
 }
 
