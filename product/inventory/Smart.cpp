@@ -46,6 +46,12 @@ std::string_view CellOf(const Smart& smart, const std::vector<std::string>& row,
     return "";
 }
 
+/// Some reports shorten the heading.
+std::string_view ThresholdIn(const Smart& smart, const std::vector<std::string>& row) {
+    const std::string_view cell = CellOf(smart, row, "Threshold");
+    return cell.empty() ? CellOf(smart, row, "Thresh") : cell;
+}
+
 /// The cell that says so; the attribute's own name may hold the word, too.
 std::string FailureIn(const Smart& smart, const std::vector<std::string>& row) {
     for (std::size_t column = 0; column < row.size(); ++column) {
@@ -60,7 +66,7 @@ std::string FailureIn(const Smart& smart, const std::vector<std::string>& row) {
 /// "12, threshold 36"; empty for a row whose value is above it, or that has no such numbers.
 std::string ShortfallIn(const Smart& smart, const std::vector<std::string>& row) {
     const auto value = basics::NumberFrom<unsigned>(CellOf(smart, row, "Value"));
-    const auto threshold = basics::NumberFrom<unsigned>(CellOf(smart, row, "Threshold"));
+    const auto threshold = basics::NumberFrom<unsigned>(ThresholdIn(smart, row));
     const bool isShort = value && threshold && *threshold > 0 && *value <= *threshold;
     return isShort ? std::to_string(*value) + ", threshold " + std::to_string(*threshold) : "";
 }
