@@ -137,6 +137,18 @@ TEST(Health, OfEachRuleIsAsItsScenarioSays) {
     }
 }
 
+TEST(Health, OfSmartRowsAtTheirThresholdIsSeenWithSmartData) {
+    for (const std::string scenario : {"levels/smart-at-threshold", "levels/smart-at-thresh"}) {
+        const std::string why = "SMART Reallocated Sector Count: 36, threshold 36";
+        const std::string server = RunCommand({"--scenario", scenario, "show", "--smart"}).out;
+        EXPECT_THAT(server, StartsWith("WARNING: ")) << scenario;
+        EXPECT_THAT(server, HasSubstr(why)) << scenario;
+        const std::string drive = RunCommand({"--scenario", scenario, "smart", "0", "252:1"}).out;
+        EXPECT_THAT(drive, HasSubstr(why)) << scenario;
+        EXPECT_THAT(RunCommand({"--scenario", scenario, "smart", "0", "252:0"}).out, StartsWith("OK: "));
+    }
+}
+
 TEST(Health, OfAToolThatHangsIsUnknown) {
     const Ended ended = RunCommand({"--scenario", "watch/hangs/hung", "--timeout", "1", "health"});
     EXPECT_EQ(ended.ExitStatus(), 3);

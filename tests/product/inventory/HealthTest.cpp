@@ -246,6 +246,8 @@ TEST(HealthTest, RowsOfSmartTablesHaveASay) {
     EXPECT_EQ(LevelWithSmart("RAID 1", row("1", "36")), Level::Warning);
     EXPECT_EQ(LevelWithSmart("RAID 0", row("1", "36")), Level::Critical);
     EXPECT_EQ(LevelWithSmart("RAID 1", row("0", "0")), Level::Ok);  // no threshold
+    EXPECT_EQ(LevelWithSmart("RAID 1", row("36", "", Key("Thresh", "36"))), Level::Warning);
+    EXPECT_EQ(LevelWithSmart("RAID 1", row("37", "", Key("Thresh", "36"))), Level::Ok);
     EXPECT_EQ(LevelWithSmart("RAID 1", row("odd", "36")), Level::Ok);
     EXPECT_EQ(LevelWithSmart("RAID 1", row("100", "36", Key("When Failed", "FAILING_NOW"))), Level::Warning);
     EXPECT_EQ(LevelWithSmart("RAID 1", row("100", "36", Key("Result", "FAIL"))), Level::Warning);

@@ -26,7 +26,7 @@ struct Smart {
 
 /// The rows of the table that announce a failure, in words: "Reallocated Sector Count: 12, threshold 36",
 /// where the value has come down to its threshold, or "Spin Retry Count: FAILING_NOW". A threshold of 0 is
-/// none.
+/// none; its column is headed Threshold or Thresh.
 [[nodiscard]] std::vector<std::string> FailingRowsOf(const Smart& smart);
 
 }  // namespace inventory
