@@ -11,7 +11,7 @@ cd "$(dirname "$0")/.."
 . scripts/packages.sh
 
 ALL_TARGETS=(ctrl_report ld_report pd_report smart_report conversion scenario get_info get_pd_info document expectations
-    watch redaction history configuration redfish wbem)
+    watch redaction history configuration redfish wbem doors)
 LONGEST=4096
 RESULTS=build/fuzz-runs
 MERGED=$RESULTS/merged

@@ -3,9 +3,11 @@
 #include "basics/Failure.h"
 #include "basics/Words.h"
 
+#include <arpa/inet.h>
 #include <crypt.h>
 #include <gnutls/crypto.h>
 #include <gnutls/gnutls.h>
+#include <netinet/in.h>
 
 #include <algorithm>
 #include <array>
@@ -62,6 +64,15 @@ std::string Hexadecimal(std::string_view bytes) {
         text += basics::Digits(static_cast<unsigned char>(byte), 2, 16);
     }
     return text;
+}
+
+/// Who is taken for one client: "192.0.2.7", or the first half of an address of IPv6.
+std::string NeighbourhoodOf(const std::string& address) {
+    constexpr std::size_t kNetSize = 8;
+    in6_addr six{};
+    return ::inet_pton(AF_INET6, address.c_str(), &six) == 1
+               ? std::string(reinterpret_cast<const char*>(six.s6_addr), kNetSize)
+               : address;
 }
 
 }  // namespace
@@ -217,7 +228,8 @@ std::vector<redfish::Session> Accounts::List() const {
 }
 
 std::chrono::seconds Patience::WaitOf(const std::string& address, Clock::time_point now) const {
-    const auto found = m_Failures.find(address);
+    const std::lock_guard lock(m_Mutex);
+    const auto found = m_Failures.find(NeighbourhoodOf(address));
     return found == m_Failures.end() || found->second.until <= now
                ? std::chrono::seconds(0)
                : std::chrono::ceil<std::chrono::seconds>(found->second.until - now);
@@ -228,13 +240,14 @@ void Patience::Failed(const std::string& address, Clock::time_point now) {
     constexpr unsigned kFree = 2;
     constexpr unsigned kMostDoublings = 8;
     static constexpr std::chrono::hours kForget{1};
+    const std::lock_guard lock(m_Mutex);
     if (m_Failures.size() >= kMostAddresses) {
         std::erase_if(m_Failures, [now](const auto& each) { return now - each.second.last >= kForget; });
     }
     if (m_Failures.size() >= kMostAddresses) {
         m_Failures.erase(m_Failures.begin());
     }
-    Failures& failures = m_Failures[address];
+    Failures& failures = m_Failures[NeighbourhoodOf(address)];
     if (failures.count > 0 && now - failures.last >= kForget) {
         failures.count = 0;
     }
@@ -244,6 +257,11 @@ void Patience::Failed(const std::string& address, Clock::time_point now) {
         failures.until =
             now + std::chrono::seconds(1U << std::min(failures.count - kFree - 1, kMostDoublings));
     }
+}
+
+void Patience::Succeeded(const std::string& address) {
+    const std::lock_guard lock(m_Mutex);
+    m_Failures.erase(NeighbourhoodOf(address));
 }
 
 }  // namespace doors

@@ -79,7 +79,8 @@ class Accounts final : public redfish::Accounts {
     std::unordered_map<std::string, Kept> m_Sessions;              ///< by the digests of their tokens
 };
 
-/// Lets an address that fails wait, each time longer. One thread.
+/// Lets an address that fails wait, each time longer; of IPv6 the net of 64 bits, as one machine has all of
+/// them. Any thread.
 class Patience final {
   public:
     using Clock = std::chrono::steady_clock;
@@ -87,7 +88,7 @@ class Patience final {
     /// How long the address is still to wait; 0: it may try.
     [[nodiscard]] std::chrono::seconds WaitOf(const std::string& address, Clock::time_point now) const;
     void Failed(const std::string& address, Clock::time_point now);
-    void Succeeded(const std::string& address) { m_Failures.erase(address); }
+    void Succeeded(const std::string& address);
 
   private:
     struct Failures {
@@ -95,6 +96,7 @@ class Patience final {
         Clock::time_point until, last;
     };
 
+    mutable std::mutex m_Mutex;
     std::unordered_map<std::string, Failures> m_Failures;
 };
 

@@ -22,7 +22,7 @@ constexpr const char* kScript = R"js("use strict";
 (() => {
   const refresh = async () => {
     const answer = await fetch("/", { headers: { Accept: "text/html" }, credentials: "same-origin" });
-    if (!answer.ok) return;
+    if (!answer.ok) throw new Error(answer.statusText);
     const next = new DOMParser().parseFromString(await answer.text(), "text/html");
     const open = [...document.querySelectorAll("details")].map((each) => each.open);
     const details = [...next.querySelectorAll("details")];
@@ -40,8 +40,9 @@ constexpr const char* kScript = R"js("use strict";
     document.querySelector("header")?.append(word);
   };
   const news = new EventSource("/live");
-  news.addEventListener("board", () => { refresh().catch(() => mark(false)); });
-  news.onopen = () => mark(true);
+  const follow = () => { refresh().catch(() => mark(false)); };
+  news.addEventListener("board", follow);
+  news.onopen = follow;  // What was missed meanwhile is nobody's event.
   news.onerror = () => mark(false);
 })();
 )js";

@@ -21,6 +21,8 @@ constexpr const char* kRefresh = "/refresh";
 constexpr const char* kHistory = "/history";
 constexpr const char* kHistoryJson = "/history.json";
 
+constexpr std::size_t kMostStreams = 500;
+
 bool IsBelow(const std::string& path, std::string_view prefix) {
     return path.compare(0, prefix.size(), prefix) == 0 &&
            (path.size() == prefix.size() || path[prefix.size()] == '/');
@@ -69,6 +71,34 @@ bool IsFromElsewhere(const Request& request) {
     const std::string* const host = request.Header("Host");
     return origin != nullptr &&
            (host == nullptr || origin->substr(std::min(origin->find("//") + 2, origin->size())) != *host);
+}
+
+/// Whether it is asked by a name that nobody else can lead here: a browser that fetches
+/// http://elsewhere.example/, and is told that this is at 127.0.0.1, lets that page read what it gets.
+bool IsForThisMachine(const Request& request) {
+    static const std::optional<Networks> kLoopback = Networks::From({"127.0.0.0/8", "::1"});
+    const std::string* const header = request.Header("Host");
+    std::string_view host = header == nullptr ? std::string_view() : *header;
+    if (!host.empty() && host.front() == '[') {
+        host = host.substr(1, std::min(host.find(']'), host.size()) - 1);
+    } else {
+        host = host.substr(0, host.find(':'));
+    }
+    return basics::IsSameWord(host, "localhost") || kLoopback->Contain(std::string(host));
+}
+
+/// What is found out about a password.
+struct Proof {
+    bool isRight = false;
+    std::chrono::seconds wait{0};  ///< it was not looked at: the client is to wait
+};
+
+http::Response TooEarly(std::chrono::seconds wait) {
+    const std::string seconds = std::to_string(wait.count());
+    http::Response response =
+        MakeWords(http::kTooManyRequests, "Too many attempts have failed; try again in " + seconds + " s.");
+    response.headers.emplace_back("Retry-After", seconds);
+    return response;
 }
 
 board::Call CallOf(const wbem::MethodCall& asked) {
@@ -133,7 +163,11 @@ void Routes::Identify(const std::shared_ptr<Exchange>& exchange) {
     Request& request = exchange->Request();
     const bool isOfThisMachine = exchange->Who().address.empty();  // The socket's file says who may come.
     if (!m_Parts.accounts.AreNeeded() || isOfThisMachine) {
-        Answer(exchange);
+        if (isOfThisMachine || IsForThisMachine(request)) {
+            Answer(exchange);
+        } else {
+            Send(*exchange, MakeWords(http::kForbidden, "This is asked as localhost or by its address."));
+        }
         return;
     }
     if (const std::string* const token = request.Header("X-Auth-Token")) {
@@ -158,42 +192,44 @@ void Routes::Identify(const std::shared_ptr<Exchange>& exchange) {
     }
 }
 
-/// Whoever has guessed too often is not even listened to.
-bool Routes::MayGoOn(Exchange& exchange) {
-    const std::chrono::seconds wait = m_Patience.WaitOf(exchange.Who().address, Patience::Clock::now());
-    if (wait.count() == 0) {
-        return true;
+/// Whoever has guessed too often is not even listened to. `work` looks at that once more, since of many who
+/// come at once all but the first few have to wait.
+void Routes::CheckAccount(const std::shared_ptr<Exchange>& exchange, Backroom::Work work,
+                          Backroom::Work then) {
+    const std::chrono::seconds wait = m_Patience->WaitOf(exchange->Who().address, Patience::Clock::now());
+    if (wait.count() > 0) {
+        Send(*exchange, TooEarly(wait));
+    } else if (!m_Parts.backroom.Do(std::move(work), std::move(then))) {
+        Send(*exchange, MakeWords(http::kServiceUnavailable, "Too many passwords are being checked."));
     }
-    http::Response response =
-        MakeWords(http::kTooManyRequests,
-                  "Too many attempts have failed; try again in " + std::to_string(wait.count()) + " s.");
-    response.headers.emplace_back("Retry-After", std::to_string(wait.count()));
-    Send(exchange, std::move(response));
-    return false;
 }
 
 void Routes::CheckPassword(const std::shared_ptr<Exchange>& exchange, const std::string& name,
                            const std::string& password) {
-    if (!MayGoOn(*exchange)) {
-        return;
-    }
-    const auto isRight = std::make_shared<bool>(false);
-    const bool isTaken = m_Parts.backroom.Do(
-        [this, isRight, name, password] { *isRight = m_Parts.accounts.Check(name, password); },
-        [this, isRight, exchange, name] {
-            if (*isRight) {
-                m_Patience.Succeeded(exchange->Who().address);
+    const auto proof = std::make_shared<Proof>();
+    CheckAccount(
+        exchange,
+        [&accounts = m_Parts.accounts, patience = m_Patience, proof, address = exchange->Who().address, name,
+         password] {
+            proof->wait = patience->WaitOf(address, Patience::Clock::now());
+            if (proof->wait.count() > 0) {
+                return;
+            }
+            proof->isRight = accounts.IsKnown(name, password) || accounts.Check(name, password);
+            proof->isRight ? patience->Succeeded(address) : patience->Failed(address, Patience::Clock::now());
+        },
+        [this, proof, exchange, name] {
+            if (proof->wait.count() > 0) {
+                Send(*exchange, TooEarly(proof->wait));
+            } else if (proof->isRight) {
                 exchange->Request().account = name;
                 Answer(exchange);
             } else {
-                m_Patience.Failed(exchange->Who().address, Patience::Clock::now());
-                Note(*exchange, "wrong password or no such account: " + name);
+                constexpr std::size_t kMostOfAName = 64;
+                Note(*exchange, "wrong password or no such account: " + name.substr(0, kMostOfAName));
                 Refuse(*exchange);
             }
         });
-    if (!isTaken) {
-        Send(*exchange, MakeWords(http::kServiceUnavailable, "Too many passwords are being checked."));
-    }
 }
 
 void Routes::Note(const Exchange& exchange, const std::string& words) {
@@ -235,31 +271,48 @@ void Routes::AnswerRedfish(const std::shared_ptr<Exchange>& exchange) {
     if (!IsNewSession(exchange->Request())) {
         http::Response response = m_Redfish->Answer(exchange->Request());
         if (response.isStream && exchange->Request().method != "HEAD") {
-            m_Streams.emplace_back(exchange, Stream::Redfish);
+            OpenStream(exchange, Stream::Redfish, std::move(response));
+        } else {
+            Send(*exchange, std::move(response));
         }
-        Send(*exchange, std::move(response));
-        return;
-    }
-    if (!MayGoOn(*exchange)) {
         return;
     }
     // Its password takes time.
     const auto response = std::make_shared<http::Response>();
-    const bool isTaken = m_Parts.backroom.Do(
-        [service = m_Redfish, response, exchange] { *response = service->Answer(exchange->Request()); },
+    CheckAccount(
+        exchange,
+        [service = m_Redfish, patience = m_Patience, response, exchange] {
+            const std::string& address = exchange->Who().address;
+            if (const auto wait = patience->WaitOf(address, Patience::Clock::now()); wait.count() > 0) {
+                *response = TooEarly(wait);
+                return;
+            }
+            *response = service->Answer(exchange->Request());
+            if (response->status == http::kUnauthorized) {
+                patience->Failed(address, Patience::Clock::now());
+            } else if (response->status < http::kSeeOther) {
+                patience->Succeeded(address);
+            }
+        },
         [this, response, exchange] {
             if (response->status == http::kUnauthorized) {
-                m_Patience.Failed(exchange->Who().address, Patience::Clock::now());
                 Note(*exchange, "no session: wrong password or no such account");
             } else if (response->status < http::kSeeOther) {
-                m_Patience.Succeeded(exchange->Who().address);
                 Note(*exchange, "a session begins");
             }
             Send(*exchange, std::move(*response));
         });
-    if (!isTaken) {
-        Send(*exchange, MakeWords(http::kServiceUnavailable, "Too many passwords are being checked."));
+}
+
+// A stream that nobody reads any more is noticed when something is to be sent along it.
+void Routes::OpenStream(const std::shared_ptr<Exchange>& exchange, Stream kind, http::Response begin) {
+    if (m_Streams.size() >= kMostStreams) {
+        Send(*exchange, MakeWords(http::kServiceUnavailable, "Too many follow the server already."));
+        return;
     }
+    exchange->Request().body = {};
+    m_Streams.emplace_back(exchange, kind);
+    Send(*exchange, std::move(begin));
 }
 
 void Routes::AnswerWbem(const std::shared_ptr<Exchange>& exchange) {
@@ -273,6 +326,8 @@ void Routes::AnswerWbem(const std::shared_ptr<Exchange>& exchange) {
     wbem::MethodCall& call = std::get<wbem::MethodCall>(answer);
     Note(*exchange, "calls " + call.method);
     const board::Call wanted = CallOf(call);
+    call.arguments = {};  // They may be large, and many may wait.
+    exchange->Request().body = {};
     m_Parts.calls.Make(wanted, [this, exchange, call = std::move(call)](const board::Outcome& outcome) {
         Send(*exchange, m_Wbem.AnswerOf(call, {.status = outcome.status,
                                                .failure = outcome.failure,
@@ -294,8 +349,7 @@ void Routes::AnswerPage(const std::shared_ptr<Exchange>& exchange) {
     } else if (isLive && request.method == "GET") {
         http::Response response = MakeResponse(http::kOk, "text/event-stream", "retry: 2000\n\n");
         response.isStream = true;
-        m_Streams.emplace_back(exchange, Stream::Live);
-        Send(*exchange, std::move(response));
+        OpenStream(exchange, Stream::Live, std::move(response));
     } else if (isLive) {
         Send(*exchange, MakeResponse(http::kOk, "text/event-stream", ""));
     } else {
@@ -344,6 +398,7 @@ void Routes::AnswerRefresh(const std::shared_ptr<Exchange>& exchange) {
         Send(*exchange, MakeWords(http::kForbidden, "A page of another server may not ask for that."));
         return;
     }
+    exchange->Request().body = {};
     m_Parts.calls.Make({.what = board::Call::What::Refresh}, [exchange](const board::Outcome& outcome) {
         if (!outcome.failure.empty()) {
             Send(*exchange, MakeWords(http::kServiceUnavailable, outcome.failure));

@@ -48,13 +48,14 @@ class Routes final {
     void CheckPassword(const std::shared_ptr<Exchange>& exchange, const std::string& name,
                        const std::string& password);
     void Refuse(Exchange& exchange);
-    [[nodiscard]] bool MayGoOn(Exchange& exchange);
+    void CheckAccount(const std::shared_ptr<Exchange>& exchange, Backroom::Work work, Backroom::Work then);
     void Answer(const std::shared_ptr<Exchange>& exchange);
     void AnswerRedfish(const std::shared_ptr<Exchange>& exchange);
     void AnswerWbem(const std::shared_ptr<Exchange>& exchange);
     void AnswerPage(const std::shared_ptr<Exchange>& exchange);
     void AnswerHistory(const std::shared_ptr<Exchange>& exchange);
     void AnswerRefresh(const std::shared_ptr<Exchange>& exchange);
+    void OpenStream(const std::shared_ptr<Exchange>& exchange, Stream kind, http::Response begin);
     void Note(const Exchange& exchange, const std::string& words);
     static void Send(Exchange& exchange, http::Response response);
 
@@ -62,7 +63,7 @@ class Routes final {
     Networks m_MetricsFrom;
     std::chrono::seconds m_Interval;
     Log m_Log;
-    Patience m_Patience;
+    std::shared_ptr<Patience> m_Patience = std::make_shared<Patience>();
     wbem::ObjectManager m_Wbem;
     std::shared_ptr<const board::Board> m_Board;
     std::shared_ptr<redfish::Service> m_Redfish;

@@ -52,10 +52,21 @@ std::string TextOf(const sockaddr& address) {
     return text.data();
 }
 
-MHD_Result KeepHeader(void* headers, MHD_ValueKind /*kind*/, const char* name, std::size_t nameSize,
+struct Headers {
+    std::vector<http::Field>& kept;
+    bool isWhole = true;
+};
+
+MHD_Result KeepHeader(void* place, MHD_ValueKind /*kind*/, const char* name, std::size_t nameSize,
                       const char* value, std::size_t valueSize) {
-    static_cast<std::vector<http::Field>*>(headers)->emplace_back(
-        std::string(name, nameSize), value == nullptr ? std::string() : std::string(value, valueSize));
+    Headers& headers = *static_cast<Headers*>(place);
+    try {
+        headers.kept.emplace_back(std::string(name, nameSize),
+                                  value == nullptr ? std::string() : std::string(value, valueSize));
+    } catch (const std::bad_alloc&) {
+        headers.isWhole = false;
+        return MHD_NO;
+    }
     return MHD_YES;
 }
 
@@ -66,6 +77,13 @@ std::size_t CountOf(const std::vector<http::Field>& headers, const std::string& 
         }));
 }
 
+/// Some servers read "Content-Length : 4" as what it looks like, others as a header of another name.
+bool IsHeaderName(const std::string& text) {
+    return !text.empty() && std::all_of(text.begin(), text.end(), [](char each) {
+        return each > ' ' && each < 0x7F && std::strchr("\"(),/:;<=>?@[\\]{}", each) == nullptr;
+    });
+}
+
 /// Whether two servers could see two different requests in it, or somebody pretends to be two hosts.
 bool IsAmbiguous(const http::Request& request) {
     const std::size_t lengths = CountOf(request.headers, "Content-Length");
@@ -74,8 +92,10 @@ bool IsAmbiguous(const http::Request& request) {
     const std::string* const encoding = request.Header("Transfer-Encoding");
     const bool isNumber = length == nullptr || (!length->empty() && length->size() < 19 &&
                                                 length->find_first_not_of("0123456789") == std::string::npos);
-    return lengths + encodings > 1 || !isNumber || (encoding != nullptr && *encoding != "chunked") ||
-           CountOf(request.headers, "Host") > 1;
+    const bool hasNames = std::all_of(request.headers.begin(), request.headers.end(),
+                                      [](const http::Field& each) { return IsHeaderName(each.first); });
+    return !hasNames || lengths + encodings > 1 || !isNumber ||
+           (encoding != nullptr && *encoding != "chunked") || CountOf(request.headers, "Host") > 1;
 }
 
 std::size_t LengthOf(const http::Request& request) {
@@ -87,6 +107,19 @@ bool IsSuspended(MHD_Connection* connection) {
     const MHD_ConnectionInfo* const info =
         MHD_get_connection_info(connection, MHD_CONNECTION_INFO_CONNECTION_SUSPENDED);
     return info != nullptr && info->suspended == MHD_YES;
+}
+
+/// Seen by the library as the client's end.
+void End(MHD_Connection* connection) {
+    (void)::shutdown(MHD_get_connection_info(connection, MHD_CONNECTION_INFO_CONNECTION_FD)->connect_fd,
+                     SHUT_RDWR);
+}
+
+bool IsInFileSystem(const basics::Descriptor& socket) {
+    sockaddr_storage address{};
+    socklen_t size = sizeof address;
+    return ::getsockname(socket.Number(), reinterpret_cast<sockaddr*>(&address), &size) == 0 &&
+           address.ss_family == AF_UNIX;
 }
 
 struct Response {
@@ -133,11 +166,12 @@ struct Server::Listener {
     Server& server;
     MHD_Daemon* daemon = nullptr;
     bool isEncrypted = false;
+    bool isInFileSystem = false;
 };
 
 void Exchange::Reply(http::Response response) {
     m_Response = std::move(response);
-    m_IsStream = m_Response->isStream;
+    m_IsStream = m_Response->isStream && m_Request.method != "HEAD";
     if (m_IsStream) {
         m_Pending = m_Response->Text();
     }
@@ -152,8 +186,9 @@ bool Exchange::Stream(std::string_view text) {
         return false;
     }
     if (m_Pending.size() + text.size() > kMostPending) {
-        m_IsStream = false;  // Its end is what the client notices.
+        m_IsStream = false;
         m_Pending.clear();
+        End(m_Connection);  // It would never take the end of the answer.
     } else {
         m_Pending += text;
     }
@@ -174,17 +209,25 @@ struct Server::Callbacks {
                            MHD_ConnectionNotificationCode code) {
         Server& server = static_cast<Listener*>(listener)->server;
         if (code == MHD_CONNECTION_NOTIFY_STARTED) {
-            Waiting& record = server.m_Waiting.emplace_back(Waiting{connection, steady_clock::now()});
-            record.place = std::prev(server.m_Waiting.end());
-            *context = &record;
+            try {
+                Waiting& record = server.m_Waiting.emplace_back(Waiting{connection, steady_clock::now()});
+                record.place = std::prev(server.m_Waiting.end());
+                *context = &record;
+            } catch (const std::bad_alloc&) {
+                End(connection);
+            }
         } else if (*context != nullptr) {
             server.m_Waiting.erase(static_cast<Waiting*>(std::exchange(*context, nullptr))->place);
         }
     }
 
     static void* Target(void* /*listener*/, const char* target, MHD_Connection* connection) {
-        if (Waiting* const record = RecordOf(connection)) {
-            record->target = target;
+        try {
+            if (Waiting* const record = RecordOf(connection)) {
+                record->target = target;
+            }
+        } catch (const std::bad_alloc&) {
+            return nullptr;  // A request without a target is refused.
         }
         return nullptr;
     }
@@ -206,19 +249,21 @@ struct Server::Callbacks {
                 return from.server.Begin(connection, method, **held, from) ? MHD_YES : MHD_NO;
             }
             return from.server.Continue(connection, body, size, **held) ? MHD_YES : MHD_NO;
-        } catch (const std::bad_alloc&) {
-            return MHD_NO;  // The connection is closed.
+        } catch (const std::exception&) {
+            return MHD_NO;  // The connection is closed; nothing may be thrown through the library.
         }
     }
 
-    static void Completed(void* /*listener*/, MHD_Connection* connection, void** place,
+    static void Completed(void* listener, MHD_Connection* connection, void** place,
                           MHD_RequestTerminationCode /*code*/) {
         if (Waiting* const record = RecordOf(connection)) {
             record->isBusy = false;
+            record->isStream = false;
             record->since = steady_clock::now();
         }
         auto* const held = static_cast<std::shared_ptr<Exchange>*>(std::exchange(*place, nullptr));
         if (held != nullptr) {
+            static_cast<Listener*>(listener)->server.m_BodiesHeld -= (*held)->m_BodyTaken;
             (*held)->m_Connection = nullptr;
             (*held)->m_IsSuspended = false;
             delete held;
@@ -260,7 +305,8 @@ Server::~Server() {
 }
 
 void Server::Listen(basics::Descriptor socket, const std::optional<Encryption>& encryption) {
-    auto listener = std::make_unique<Listener>(Listener{*this, nullptr, encryption.has_value()});
+    auto listener =
+        std::make_unique<Listener>(Listener{*this, nullptr, encryption.has_value(), IsInFileSystem(socket)});
     std::vector<MHD_OptionItem> options;
     if (encryption) {
         options.push_back({MHD_OPTION_HTTPS_MEM_KEY, 0, const_cast<char*>(encryption->key.c_str())});
@@ -322,9 +368,7 @@ void Server::EndTheSlow() {
         const std::chrono::steady_clock::duration patience =
             each.isBusy ? std::chrono::steady_clock::duration(kLongestAnswer) : m_Limits.patience;
         if (!each.isStream && now - each.since > patience && !IsSuspended(each.connection)) {
-            (void)::shutdown(
-                MHD_get_connection_info(each.connection, MHD_CONNECTION_INFO_CONNECTION_FD)->connect_fd,
-                SHUT_RDWR);
+            End(each.connection);
         }
     }
 }
@@ -334,12 +378,16 @@ bool Server::Begin(MHD_Connection* connection, const char* method, Exchange& exc
     exchange.m_Connection = connection;
     http::Request& request = exchange.m_Request;
     request.method = method;
-    MHD_get_connection_values_n(connection, MHD_HEADER_KIND, &KeepHeader, &request.headers);
+    Headers headers{request.headers};
+    MHD_get_connection_values_n(connection, MHD_HEADER_KIND, &KeepHeader, &headers);
     const MHD_ConnectionInfo* const info =
         MHD_get_connection_info(connection, MHD_CONNECTION_INFO_CLIENT_ADDRESS);
     if (info != nullptr && info->client_addr != nullptr) {
         exchange.m_Client = {TextOf(*info->client_addr), IsLoopback(*info->client_addr),
                              listener.isEncrypted};
+    }
+    if (!headers.isWhole || (exchange.m_Client.address.empty() && !listener.isInFileSystem)) {
+        return false;  // Who has no address is trusted as one who may write to the socket's file.
     }
     Waiting* const record = Callbacks::RecordOf(connection);
     std::optional<http::Target> target =
@@ -355,10 +403,12 @@ bool Server::Begin(MHD_Connection* connection, const char* method, Exchange& exc
 bool Server::Continue(MHD_Connection* connection, const char* body, std::size_t* size, Exchange& exchange) {
     if (*size > 0) {
         std::string& kept = exchange.m_Request.body;
-        if (kept.size() + *size > m_Limits.body) {
-            return false;  // It told no length, and does not end.
+        if (kept.size() + *size > m_Limits.body || m_BodiesHeld + *size > m_Limits.bodies) {
+            return false;  // It told no length, and does not end; or many send at once, and do not end.
         }
-        kept.append(body, std::exchange(*size, 0));
+        kept.append(body, *size);
+        m_BodiesHeld += *size;
+        exchange.m_BodyTaken += std::exchange(*size, 0);
         return true;
     }
     if (!std::exchange(exchange.m_IsHandled, true)) {

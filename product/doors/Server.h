@@ -48,7 +48,8 @@ class Exchange final : public std::enable_shared_from_this<Exchange> {
     http::Request m_Request;
     Client m_Client;
     std::optional<http::Response> m_Response;
-    std::string m_Pending;  ///< of a stream
+    std::string m_Pending;        ///< of a stream
+    std::size_t m_BodyTaken = 0;  ///< bytes that count for the server's limit
     bool m_IsHandled = false, m_IsSuspended = false, m_IsStream = false;
 };
 
@@ -63,6 +64,7 @@ class Server final {
   public:
     struct Limits {
         std::size_t body = 65536;           ///< bytes
+        std::size_t bodies = 16U << 20U;    ///< bytes, of all that are there at a time
         std::size_t connection = 16384;     ///< bytes for the first lines of a request, and to write from
         unsigned connections = 12000;       ///< at a time; later ones wait to be accepted
         std::chrono::seconds patience{75};  ///< in which a request has to be whole
@@ -115,6 +117,7 @@ class Server final {
     Limits m_Limits;
     std::vector<std::unique_ptr<Listener>> m_Listeners;
     std::list<Waiting> m_Waiting;
+    std::size_t m_BodiesHeld = 0;
     std::chrono::steady_clock::time_point m_NextSweep{};
 };
 

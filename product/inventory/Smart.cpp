@@ -46,12 +46,6 @@ std::string_view CellOf(const Smart& smart, const std::vector<std::string>& row,
     return "";
 }
 
-/// Some reports shorten the heading.
-std::string_view ThresholdIn(const Smart& smart, const std::vector<std::string>& row) {
-    const std::string_view cell = CellOf(smart, row, "Threshold");
-    return cell.empty() ? CellOf(smart, row, "Thresh") : cell;
-}
-
 /// The cell that says so; the attribute's own name may hold the word, too.
 std::string FailureIn(const Smart& smart, const std::vector<std::string>& row) {
     for (std::size_t column = 0; column < row.size(); ++column) {
@@ -63,6 +57,13 @@ std::string FailureIn(const Smart& smart, const std::vector<std::string>& row) {
     return "";
 }
 
+std::string_view ThresholdIn(const Smart& smart, const std::vector<std::string>& row) {
+    const auto column = std::find_if(smart.columns.begin(), smart.columns.end(), IsThreshold);
+    return column == smart.columns.end()
+               ? std::string_view()
+               : std::string_view(row[static_cast<std::size_t>(column - smart.columns.begin())]);
+}
+
 /// "12, threshold 36"; empty for a row whose value is above it, or that has no such numbers.
 std::string ShortfallIn(const Smart& smart, const std::vector<std::string>& row) {
     const auto value = basics::NumberFrom<unsigned>(CellOf(smart, row, "Value"));
@@ -72,6 +73,10 @@ std::string ShortfallIn(const Smart& smart, const std::vector<std::string>& row)
 }
 
 }  // namespace
+
+bool IsThreshold(std::string_view column) {
+    return basics::IsSameWord(column, "Threshold") || basics::IsSameWord(column, "Thresh");
+}
 
 Smart SmartOf(const Drive& drive) {
     Smart smart;

@@ -27,6 +27,7 @@ constexpr const char* kUsualSocket = "unix:/run/mngsrvraid/mngsrvraid.sock";
 constexpr milliseconds kFirstPause{100};
 constexpr milliseconds kLongestPause{30'000};
 constexpr std::chrono::minutes kLongEnough{1};
+constexpr std::size_t kMostAtATime = 64;  // The watch has its turn, too.
 
 void SetUser(const std::string& name, board::Settings& settings) {
     if (::geteuid() != 0) {
@@ -76,6 +77,19 @@ std::string ProgramOfDoors() {
 
 Keeper::~Keeper() {
     End();
+    Leave({});
+}
+
+// What is in the file system goes with whoever answers there.
+void Keeper::Leave(const std::vector<Socket>& kept) const {
+    for (const Socket& each : m_Sockets) {
+        const bool isKept = std::any_of(kept.begin(), kept.end(), [&](const Socket& other) {
+            return other.address.text == each.address.text;
+        });
+        if (!each.address.path.empty() && !isKept) {
+            (void)::unlink(each.address.path.c_str());
+        }
+    }
 }
 
 // The same address cannot be had twice: what stays is kept.
@@ -112,6 +126,7 @@ void Keeper::Configure(const DoorsConfiguration& doors, std::chrono::seconds int
             {static_cast<std::uint32_t>(socket.descriptor.Number()), socket.address.isEncrypted});
     }
     End();
+    Leave(sockets);
     m_Sockets = std::move(sockets);
     m_Settings = std::move(settings);
     m_Pause = milliseconds(0);
@@ -148,6 +163,7 @@ void Keeper::Start(TimePoint now) {
             BecomeDoors(words.data(), kept);
         }
         m_Process = process;
+        ++m_Round;
         m_Link.emplace(std::move(link));
         Send(board::MessageKind::Settings, Pack(m_Settings));
         if (const std::vector<board::DriveReport> drives = m_Sources.drives(); !drives.empty()) {
@@ -204,7 +220,7 @@ void Keeper::TellOutcome(const board::Outcome& outcome) {
 std::vector<board::Call> Keeper::TakeCalls() {
     std::vector<board::Call> calls;
     try {
-        while (m_Link) {
+        while (m_Link && calls.size() < kMostAtATime) {
             const std::optional<board::Message> message = m_Link->Receive();
             if (!message) {
                 break;

@@ -7,6 +7,7 @@
 #include <sys/types.h>
 
 #include <chrono>
+#include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>
@@ -52,7 +53,11 @@ class Keeper final {
 
     /// To be polled for reading; -1: nothing.
     [[nodiscard]] int Number() const { return m_Link ? m_Link->Number() : -1; }
+    /// At most some at a time, however many are sent.
     [[nodiscard]] std::vector<board::Call> TakeCalls();
+
+    /// How many processes there were: what one has asked for is nothing to the next.
+    [[nodiscard]] std::uint64_t Round() const { return m_Round; }
 
     /// Ends the process.
     void End();
@@ -64,6 +69,7 @@ class Keeper final {
     };
 
     void Start(TimePoint now);
+    void Leave(const std::vector<Socket>& kept) const;
     void Send(board::MessageKind kind, const std::string& bytes);
     [[nodiscard]] std::vector<Socket> Listen(const std::vector<Address>& addresses);
 
@@ -72,6 +78,7 @@ class Keeper final {
     board::Settings m_Settings;
     std::optional<board::Link> m_Link;
     pid_t m_Process = -1;
+    std::uint64_t m_Round = 0;
     std::optional<TimePoint> m_Due;
     TimePoint m_Started{};
     std::chrono::milliseconds m_Pause{0};

@@ -128,6 +128,7 @@ void Loop::ReapChildren() {
 }
 
 void Loop::TakeAnswer(int status) {
+    ForgetOldCalls();
     const Answer answer = m_Worker->Take(status);
     const Question question = m_Worker->Asked();
     m_Worker.reset();
@@ -143,6 +144,9 @@ void Loop::TakeAnswer(int status) {
 
 void Loop::TakeAnswerOf(const Question& question, const Answer& answer) {
     if (question.call) {
+        if (std::exchange(m_IsForgotten, false)) {
+            return;
+        }
         board::Outcome outcome{.id = question.call->id, .failure = answer.failure};
         m_Keeper.TellOutcome(answer.failure.empty() ? board::UnpackOutcome(answer.document) : outcome);
         return;
@@ -168,15 +172,27 @@ void Loop::TellNews() {
 
 void Loop::TakeCalls() {
     constexpr std::size_t kMostCalls = 32;
+    ForgetOldCalls();
     for (board::Call& call : m_Keeper.TakeCalls()) {
-        if (call.what == board::Call::What::Refresh) {
+        const bool isRefresh = call.what == board::Call::What::Refresh;
+        if (isRefresh && m_Refreshers.size() < kMostCalls) {
             m_Refreshers.push_back(call.id);
             m_Service.Hurry(Now());
-        } else if (m_Calls.size() >= kMostCalls) {
+        } else if (isRefresh || m_Calls.size() >= kMostCalls) {
             m_Keeper.TellOutcome({.id = call.id, .failure = "too many calls are waiting already"});
         } else {
             m_Calls.push_back(std::move(call));
         }
+    }
+}
+
+// New doors count anew: an outcome would be taken for that of another client's call.
+void Loop::ForgetOldCalls() {
+    if (m_Round != m_Keeper.Round()) {
+        m_Round = m_Keeper.Round();
+        m_Calls.clear();
+        m_Refreshers.clear();
+        m_IsForgotten = m_Worker && m_Worker->Asked().call.has_value();
     }
 }
 

@@ -51,6 +51,7 @@ class Loop final {
     void TakeAnswer(int status);
     void TakeAnswerOf(const Question& question, const Answer& answer);
     void TakeCalls();
+    void ForgetOldCalls();
     void TellNews();
     void Ask(Question question);
     [[nodiscard]] DoorsConfiguration DoorsNow() const;
@@ -68,6 +69,8 @@ class Loop final {
     std::optional<std::chrono::steady_clock::time_point> m_NextAlive;
     std::optional<std::chrono::steady_clock::duration> m_AliveInterval;
     std::uint64_t m_ToldState = 0;  ///< what the doors know
+    std::uint64_t m_Round = 0;      ///< of the doors whose calls those are
+    bool m_IsForgotten = false;     ///< the running call is one of doors that are gone
     bool m_WasClient = false;       ///< the last inquiry was one that a client wanted
     bool m_IsEnding = false;
 };

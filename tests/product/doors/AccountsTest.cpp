@@ -150,5 +150,17 @@ TEST(PatienceTest, ForgetsAfterAnHour) {
     EXPECT_EQ(patience.WaitOf("a", now + 1h), 0s);
 }
 
+TEST(PatienceTest, IsThatWithANet) {
+    Patience patience;
+    const Patience::Clock::time_point now{1000s};
+    for (const char* const address : {"2001:db8::1", "2001:db8::2", "2001:db8::ffff:1"}) {
+        patience.Failed(address, now);
+    }
+    EXPECT_EQ(patience.WaitOf("2001:db8::3", now), 1s);
+    EXPECT_EQ(patience.WaitOf("2001:db8:0:1::3", now), 0s);
+    patience.Succeeded("2001:db8::4");
+    EXPECT_EQ(patience.WaitOf("2001:db8::3", now), 0s);
+}
+
 }  // namespace
 }  // namespace doors::test

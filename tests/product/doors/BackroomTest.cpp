@@ -1,5 +1,7 @@
 #include "Backroom.h"
 
+#include "test_support/Waiting.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <poll.h>
@@ -65,9 +67,12 @@ TEST(BackroomTest, LeavesWhatHasNotBegunWhenItEnds) {
             gate.get_future().wait();
         },
         [] {}));
-    EXPECT_TRUE(room->Do([&isDone] { isDone = true; }, [] {}));
+    auto token = std::make_shared<int>();
+    const std::weak_ptr<int> waits = token;
+    EXPECT_TRUE(room->Do([&isDone, kept = std::move(token)] { isDone = true; }, [] {}));
     begun.get_future().wait();
     std::thread ending([&room] { room.reset(); });
+    EXPECT_TRUE(testsupport::ComesTrue([&waits] { return waits.expired(); }));
     gate.set_value();
     ending.join();
     EXPECT_FALSE(isDone);

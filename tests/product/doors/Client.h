@@ -4,12 +4,14 @@
 #include "basics/Words.h"
 
 #include <gtest/gtest.h>
+#include <netinet/in.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
 
 #include <array>
+#include <cstdint>
 #include <cstring>
 #include <optional>
 #include <string>
@@ -25,6 +27,15 @@ class Client final {
         sockaddr_un place{};
         place.sun_family = AF_UNIX;
         std::strncpy(place.sun_path, path.c_str(), sizeof place.sun_path - 1);
+        m_IsConnected =
+            ::connect(m_Socket.Number(), reinterpret_cast<const sockaddr*>(&place), sizeof place) == 0;
+    }
+    /// At a port of this machine.
+    explicit Client(std::uint16_t port) : m_Socket(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+        sockaddr_in place{};
+        place.sin_family = AF_INET;
+        place.sin_port = htons(port);
+        place.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
         m_IsConnected =
             ::connect(m_Socket.Number(), reinterpret_cast<const sockaddr*>(&place), sizeof place) == 0;
     }
@@ -69,6 +80,9 @@ class Client final {
         m_Read.erase(0, size);
         return answer;
     }
+
+    /// What was read and not taken yet.
+    [[nodiscard]] const std::string& Read() const { return m_Read; }
 
     /// Whether the other end closes the connection, whatever it says before.
     bool IsClosed() {

@@ -1,16 +1,12 @@
 // The doors as people find them: the service as a process, on made-up servers, and the clients that they use.
 
-#include "Client.h"
-#include "basics/Processes.h"
+#include "Service.h"
 #include "test_support/Command.h"
 #include "test_support/Pattern.h"
-#include "test_support/Processes.h"
 #include "test_support/Waiting.h"
 
 #include <gmock/gmock.h>
 #include <signal.h>
-
-#include <filesystem>
 
 namespace doors::test {
 namespace {
@@ -24,45 +20,6 @@ using testing::StartsWith;
 Ended RunProgram(const std::string& program, std::vector<std::string> words) {
     return Command{.words = std::move(words), .program = program}.Run();
 }
-
-class Doors : public testing::Test {
-  protected:
-    void Start(const std::string& scenario, const std::string& more = "") {
-        m_Folder.Write("service.toml", "interval = \"1d\"\nsmart_interval = \"0\"\nlisten = [\"unix:" +
-                                           Socket() + "\"" + m_Listen + "]\n" + more);
-        m_Service = Command{.words = {"--config", m_Folder / "service.toml", "--scenario", scenario,
-                                      "--history", m_Folder / "history.db"},
-                            .program = DOORS_TEST_SERVICE}
-                        .Start();
-        ASSERT_TRUE(ComesTrue([&] { return StatusOf(Get("/healthz")) == 200; }));
-    }
-    ~Doors() override {
-        if (m_Service) {
-            ::kill(m_Service->Process(), SIGTERM);
-            m_Said = m_Service->Wait().err;
-        }
-        EXPECT_FALSE(m_Said.find("signal 31") != std::string::npos) << m_Said;
-    }
-    [[nodiscard]] std::string Socket() const { return m_Folder / "socket"; }
-    [[nodiscard]] std::string Get(const std::string& path, const std::string& headers = "") const {
-        Client client(Socket());
-        return client.IsConnected() ? client.Get(path, headers) : "";
-    }
-    [[nodiscard]] pid_t ProcessOfDoors() const {
-        for (const pid_t child : basics::ChildrenOf(m_Service->Process())) {
-            if (ReadFile("/proc/" + std::to_string(child) + "/cmdline").find("mngsrvraid-doors") !=
-                std::string::npos) {
-                return child;
-            }
-        }
-        return -1;
-    }
-
-    TempFolder m_Folder;
-    std::string m_Listen;  ///< further addresses
-    std::unique_ptr<Running> m_Service;
-    std::string m_Said;
-};
 
 TEST_F(Doors, ShowWhatTheCommandPrints) {
     Start("small");
@@ -131,6 +88,19 @@ TEST_F(Doors, AreOpenedAgainWhenTheirProcessIsKilled) {
             ComesTrue([&] { return ProcessOfDoors() != doors && StatusOf(Get("/raid.xml")) == 200; }));
         EXPECT_EQ(BodyOf(Get("/raid.xml")), before);
     }
+}
+
+TEST_F(Doors, LeaveNoSocketBehind) {
+    Start("small");
+    ASSERT_TRUE(std::filesystem::exists(Socket()));
+    const pid_t doors = ProcessOfDoors();
+    ::kill(doors, SIGTERM);  // As a whole group of processes gets it.
+    ::kill(m_Service->Process(), SIGTERM);
+    const Ended ended = m_Service->Wait();
+    m_Service.reset();
+    EXPECT_EQ(ended.ExitStatus(), 0);
+    EXPECT_THAT(ended.err, Not(HasSubstr("faces the network")));
+    EXPECT_FALSE(std::filesystem::exists(Socket()));
 }
 
 TEST_F(Doors, AreClosedWithTheService) {

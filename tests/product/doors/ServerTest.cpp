@@ -58,6 +58,9 @@ class ServerTest : public testing::Test {
     void Handle(const std::shared_ptr<Exchange>& exchange) {
         ++m_Asked;
         const http::Request& request = exchange->Request();
+        if (request.path == "/throws") {
+            throw std::runtime_error("of no use");
+        }
         if (request.path == "/late") {
             m_Late.push_back(exchange);
         } else if (request.path == "/stream") {
@@ -213,6 +216,7 @@ TEST_F(ServerTest, AStreamThatNobodyReadsIsEnded) {
         read = BodyOf(other.Get("/more?1&2&3&4&5"));
     }
     EXPECT_EQ(read, "0 read\n");
+    EXPECT_TRUE(testsupport::ComesTrue([this] { return m_Connections == 1; })) << "with its connection";
     EXPECT_EQ(StatusOf(other.Get("/")), 200);
 }
 
@@ -226,6 +230,37 @@ TEST_F(ServerTest, AnAnswerThatNobodyWaitsForIsDropped) {
     }
     m_HoldsBack = false;
     EXPECT_TRUE(testsupport::ComesTrue([this] { return m_Connections == 0; }));
+    EXPECT_EQ(StatusOf(Client(m_Path).Get("/")), 200);
+}
+
+// Only what goes on for ever may.
+TEST_F(ServerTest, AStreamThatIsNoneDoesNotKeepItsConnection) {
+    Start({.patience = 0s});
+    Client client(m_Path);
+    client.Send("HEAD /stream HTTP/1.1\r\nHost: x\r\n\r\n");
+    EXPECT_TRUE(client.IsClosed());
+    EXPECT_TRUE(testsupport::ComesTrue([this] { return m_Connections == 0; }));
+}
+
+TEST_F(ServerTest, KeepsNoMoreOfAllBodiesThanThereIsRoomFor) {
+    Start({.body = 1000, .bodies = 1500});
+    const std::string post = "POST /p HTTP/1.1\r\nHost: x\r\nContent-Length: 1000\r\n\r\n";
+    Client slow(m_Path);
+    slow.Send(post + std::string(999, 'x'));
+    EXPECT_TRUE(testsupport::ComesTrue([&] {
+        Client other(m_Path);
+        other.Send(post + std::string(1000, 'x'));
+        return other.ReadAnswer().empty();
+    }));
+    slow.Send("x");
+    EXPECT_EQ(StatusOf(slow.ReadAnswer()), 200);
+    EXPECT_EQ(StatusOf(Client(m_Path).Post("/p", std::string(1000, 'x'))), 200) << "there is room again";
+}
+
+TEST_F(ServerTest, WhatAnswersMayFail) {
+    Start();
+    Client client(m_Path);
+    EXPECT_EQ(client.Get("/throws"), "");
     EXPECT_EQ(StatusOf(Client(m_Path).Get("/")), 200);
 }
 

@@ -235,19 +235,21 @@ TEST(HealthTest, SmartDataHaveASay) {
 }
 
 TEST(HealthTest, RowsOfSmartTablesHaveASay) {
-    const auto row = [](const std::string& value, const std::string& threshold,
-                        const std::string& more = "") {
+    const auto row = [](const std::string& value, const std::string& threshold, const std::string& more = "",
+                        const std::string& heading = "Threshold") {
         return Node("SMART Detail(SATA)", Key("ID", "5") + Key("Attribute", "Program Fail Count") +
-                                              Key("Value", value) + Key("Threshold", threshold) + more);
+                                              Key("Value", value) + Key(heading, threshold) + more);
     };
+    for (const char* const heading : {"Thresh", "THRESH", "threshold"}) {
+        EXPECT_EQ(LevelWithSmart("RAID 1", row("36", "36", "", heading)), Level::Warning) << heading;
+        EXPECT_EQ(LevelWithSmart("RAID 1", row("37", "36", "", heading)), Level::Ok) << heading;
+    }
     EXPECT_EQ(LevelWithSmart("RAID 1", row("100", "36")), Level::Ok);
     EXPECT_EQ(LevelWithSmart("RAID 1", row("37", "36")), Level::Ok);
     EXPECT_EQ(LevelWithSmart("RAID 1", row("36", "36")), Level::Warning);
     EXPECT_EQ(LevelWithSmart("RAID 1", row("1", "36")), Level::Warning);
     EXPECT_EQ(LevelWithSmart("RAID 0", row("1", "36")), Level::Critical);
     EXPECT_EQ(LevelWithSmart("RAID 1", row("0", "0")), Level::Ok);  // no threshold
-    EXPECT_EQ(LevelWithSmart("RAID 1", row("36", "", Key("Thresh", "36"))), Level::Warning);
-    EXPECT_EQ(LevelWithSmart("RAID 1", row("37", "", Key("Thresh", "36"))), Level::Ok);
     EXPECT_EQ(LevelWithSmart("RAID 1", row("odd", "36")), Level::Ok);
     EXPECT_EQ(LevelWithSmart("RAID 1", row("100", "36", Key("When Failed", "FAILING_NOW"))), Level::Warning);
     EXPECT_EQ(LevelWithSmart("RAID 1", row("100", "36", Key("Result", "FAIL"))), Level::Warning);
