@@ -27,17 +27,21 @@ set -l scenarios awkward empty half-failed huge large old small well \
     faults/silent faults/slow faults/still-writing faults/stopped faults/truncated-title \
     half-told/bare-controller half-told/cut-controller half-told/lost-drives half-told/lost-groups \
     half-told/missing-drive half-told/no-logical-drive half-told/odd-replacement \
-    half-told/other-language half-told/other-title half-told/silent-controller half-told/told-twice \
-    half-told/unknown-group half-told/unknown-logical-drive half-told/wrong-count \
-    levels/failed-spare levels/raid0-announced levels/raid0-lost levels/raid1-announced \
-    levels/raid1-dropped-out levels/raid1-gone levels/raid1-rebuilding levels/raid10-gone \
-    levels/raid10-pulled-while-rebuilding levels/raid10-rebuilding levels/raid5-gone \
-    levels/raid5-pulled levels/raid5-rebuilding levels/raid50-gone levels/raid6-one-gone \
-    levels/raid6-one-gone-one-rebuilding levels/raid6-two-gone levels/raid60-one-gone \
-    levels/raid60-two-gone levels/unused-bad watch/flaps watch/flaps/by-inquiry watch/grows-errors \
-    watch/grows-errors/by-inquiry watch/half-told watch/half-told/by-inquiry watch/hangs \
-    watch/hangs/by-inquiry watch/loses-drive watch/loses-drive/by-inquiry watch/moves \
-    watch/moves/by-inquiry
+    half-told/other-language half-told/other-title half-told/silent-controller \
+    half-told/told-twice half-told/unknown-group half-told/unknown-logical-drive \
+    half-told/wrong-count levels/backup-unit-worn levels/controller-failed \
+    levels/controller-needs-attention levels/failed-spare levels/logical-drive-initializing \
+    levels/logical-drive-offline levels/logical-drive-reconstructing levels/raid0-announced \
+    levels/raid0-lost levels/raid1-announced levels/raid1-dropped-out levels/raid1-gone \
+    levels/raid1-rebuilding levels/raid10-gone levels/raid10-pulled-while-rebuilding \
+    levels/raid10-rebuilding levels/raid5-gone levels/raid5-pulled levels/raid5-rebuilding \
+    levels/raid50-gone levels/raid6-degraded-unexplained levels/raid6-one-gone \
+    levels/raid6-one-gone-one-rebuilding levels/raid6-partially-degraded-unexplained \
+    levels/raid6-two-gone levels/raid60-one-gone levels/raid60-two-gone levels/raid7-gone \
+    levels/smart-at-thresh levels/smart-at-threshold levels/unused-bad watch/flaps \
+    watch/flaps/by-inquiry watch/grows-errors watch/grows-errors/by-inquiry watch/half-told \
+    watch/half-told/by-inquiry watch/hangs watch/hangs/by-inquiry watch/loses-drive \
+    watch/loses-drive/by-inquiry watch/moves watch/moves/by-inquiry
 complete -c mngsrvraid -f
 
 complete -c mngsrvraid -s h -l help -d 'Print a summary with examples'

@@ -76,7 +76,13 @@ constexpr std::pair<const char*, int> kRules[] = {
     {"half-told/unknown-group", 3},
     {"half-told/unknown-logical-drive", 3},
     {"half-told/wrong-count", 3},
+    {"levels/backup-unit-worn", 1},
+    {"levels/controller-failed", 2},
+    {"levels/controller-needs-attention", 1},
     {"levels/failed-spare", 1},
+    {"levels/logical-drive-initializing", 1},
+    {"levels/logical-drive-offline", 2},
+    {"levels/logical-drive-reconstructing", 1},
     {"levels/raid0-announced", 2},
     {"levels/raid0-lost", 2},
     {"levels/raid1-announced", 1},
@@ -90,11 +96,16 @@ constexpr std::pair<const char*, int> kRules[] = {
     {"levels/raid5-pulled", 2},
     {"levels/raid5-rebuilding", 1},
     {"levels/raid50-gone", 2},
+    {"levels/raid6-degraded-unexplained", 2},
     {"levels/raid6-one-gone", 1},
     {"levels/raid6-one-gone-one-rebuilding", 1},
+    {"levels/raid6-partially-degraded-unexplained", 1},
     {"levels/raid6-two-gone", 2},
     {"levels/raid60-one-gone", 1},
     {"levels/raid60-two-gone", 2},
+    {"levels/raid7-gone", 2},
+    {"levels/smart-at-thresh", 0},
+    {"levels/smart-at-threshold", 0},
     {"levels/unused-bad", 1},
     {"watch/flaps", 0},
     {"watch/flaps/back", 1},
@@ -123,6 +134,18 @@ constexpr std::pair<const char*, int> kRules[] = {
 TEST(Health, OfEachRuleIsAsItsScenarioSays) {
     for (const auto& [scenario, status] : kRules) {
         EXPECT_EQ(RunCommand({"--scenario", scenario, "health"}).ExitStatus(), status) << scenario;
+    }
+}
+
+TEST(Health, OfSmartRowsAtTheirThresholdIsSeenWithSmartData) {
+    for (const std::string scenario : {"levels/smart-at-threshold", "levels/smart-at-thresh"}) {
+        const std::string why = "SMART Reallocated Sector Count: 36, threshold 36";
+        const std::string server = RunCommand({"--scenario", scenario, "show", "--smart"}).out;
+        EXPECT_THAT(server, StartsWith("WARNING: ")) << scenario;
+        EXPECT_THAT(server, HasSubstr(why)) << scenario;
+        const std::string drive = RunCommand({"--scenario", scenario, "smart", "0", "252:1"}).out;
+        EXPECT_THAT(drive, HasSubstr(why)) << scenario;
+        EXPECT_THAT(RunCommand({"--scenario", scenario, "smart", "0", "252:0"}).out, StartsWith("OK: "));
     }
 }
 
