@@ -94,7 +94,7 @@ TEST_F(Doors, AreClosedWithTheService) {
     Start("small");
     const pid_t doors = ProcessOfDoors();
     ::kill(m_Service->Process(), SIGKILL);
-    EXPECT_TRUE(ComesTrue([&] { return ::kill(doors, 0) != 0; }));
+    EXPECT_TRUE(ComesTrue([&] { return HasEnded(doors); }));
     EXPECT_EQ(Get("/healthz"), "");
 }
 
