@@ -38,11 +38,6 @@ std::uint16_t FreePort() {
     return ntohs(place.sin_port);
 }
 
-bool HasEnded(pid_t process) {
-    const char state = testsupport::Look(process).state;
-    return state == '\0' || state == 'Z';
-}
-
 class Attacked : public Doors {
   protected:
     /// A scenario like "small", with other words in the reports of its drives.

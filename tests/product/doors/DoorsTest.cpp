@@ -107,10 +107,7 @@ TEST_F(Doors, AreClosedWithTheService) {
     Start("small");
     const pid_t doors = ProcessOfDoors();
     ::kill(m_Service->Process(), SIGKILL);
-    EXPECT_TRUE(ComesTrue([&] {
-        const char state = Look(doors).state;  // Whoever is its parent now may not have waited for it.
-        return state == '\0' || state == 'Z';
-    }));
+    EXPECT_TRUE(ComesTrue([&] { return HasEnded(doors); }));
     EXPECT_EQ(Get("/healthz"), "");
 }
 

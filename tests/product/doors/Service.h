@@ -3,6 +3,7 @@
 #include "Client.h"
 #include "basics/Processes.h"
 #include "test_support/Command.h"
+#include "test_support/Processes.h"
 #include "test_support/Waiting.h"
 
 #include <gtest/gtest.h>
@@ -13,6 +14,12 @@
 #include <string>
 
 namespace doors::test {
+
+/// Whether or not anybody has waited for it.
+inline bool HasEnded(pid_t process) {
+    const char state = testsupport::Look(process).state;
+    return state == '\0' || state == 'Z';
+}
 
 /// The service with its doors, on a made-up server.
 class Doors : public testing::Test {
