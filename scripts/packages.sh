@@ -33,9 +33,9 @@ need_packages() {
 BUILD_PACKAGES=(g++ cmake ninja-build libcli11-dev libpugixml-dev libutf8proc-dev nlohmann-json3-dev
     libcrypt-dev libcurl4-gnutls-dev libgnutls28-dev libmicrohttpd-dev libseccomp-dev libsqlite3-dev libsystemd-dev
     libtomlplusplus-dev libxml2-dev pkg-config)
-CHECK_PACKAGES=("${BUILD_PACKAGES[@]}" clang-14 clang-format-14 clang-tidy-14 chromium cppcheck libgtest-dev
+CHECK_PACKAGES=("${BUILD_PACKAGES[@]}" clang-14 clang-format-14 clang-tidy-14 chromium cppcheck curl libgtest-dev
     libgmock-dev libbenchmark-dev libxml2-utils libexpat1-dev locales mandoc groff-base
     zsh fish jq prometheus python3 python3-jsonschema python3-sushy redfishtool systemd valgrind
     msmtp openssl sblim-wbemcli)
-BENCH_PACKAGES=("${BUILD_PACKAGES[@]}" libbenchmark-dev gnuplot-nox python3 valgrind)
+BENCH_PACKAGES=("${BUILD_PACKAGES[@]}" libbenchmark-dev curl gnuplot-nox nghttp2-client python3 valgrind wrk)
 FUZZ_PACKAGES=("${BUILD_PACKAGES[@]}" clang-14 libclang-rt-14-dev libexpat1-dev python3)

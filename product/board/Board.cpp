@@ -9,7 +9,8 @@ inventory::Level LevelOf(const Board& board) {
     for (const StandingAlarm& alarm : board.alarms) {
         level = std::max(level, alarm.finding.level);
     }
-    return level;
+    const bool isOld = board.inquiry && !board.inquiry->failure.empty();
+    return isOld ? std::max(level, inventory::Level::Unknown) : level;
 }
 
 }  // namespace board

@@ -247,7 +247,9 @@ std::string Pack(const Call& call) {
     for (const auto* const number : {&call.controller, &call.enclosure, &call.slot}) {
         PackMaybeNumber(packer, *number);
     }
-    PackMaybe<std::string>(packer, call.appKey, [&](const std::string& key) { packer.Text(key); });
+    for (const auto* const text : {&call.appKey, &call.part}) {
+        PackMaybe<std::string>(packer, *text, [&](const std::string& key) { packer.Text(key); });
+    }
     return packer.Take();
 }
 
@@ -257,16 +259,18 @@ Call UnpackCall(std::string_view bytes) {
     call.id = unpacker.Number();
     const std::uint64_t what = unpacker.Number();
     if (what < static_cast<std::uint32_t>(Call::What::GetInfo) ||
-        what > static_cast<std::uint32_t>(Call::What::Refresh)) {
+        what > static_cast<std::uint32_t>(Call::What::HistoryJson)) {
         throw WireError("the message wants what nobody does");
     }
     call.what = static_cast<Call::What>(what);
     for (auto* const number : {&call.controller, &call.enclosure, &call.slot}) {
         UnpackMaybeNumber(unpacker, *number);
     }
-    call.appKey = UnpackMaybe<std::string>(unpacker, [&] { return unpacker.Text(); });
-    if (call.appKey && call.appKey->size() > kMostKey) {
-        throw WireError("the message holds a key that is too long");
+    for (auto* const text : {&call.appKey, &call.part}) {
+        *text = UnpackMaybe<std::string>(unpacker, [&] { return unpacker.Text(); });
+        if (*text && (*text)->size() > kMostKey) {
+            throw WireError("the message holds a key that is too long");
+        }
     }
     unpacker.End();
     return call;

@@ -72,6 +72,9 @@ ClassObject MakeInput(const MethodRequest& request) {
     ClassObject input;
     Require(signature->SpawnInstance(0, input.Place()), "an input instance for " + method);
     const auto set = [&](const char* property, const std::string& text, const std::string& what) {
+        if (text.empty() && request.leavesOutEmpty) {
+            return;
+        }
         Require(CIWbemUtil::setStringToIWbemClassObject(input.Get(), property, text), what);
     };
     if (request.drive) {
@@ -80,7 +83,9 @@ ClassObject MakeInput(const MethodRequest& request) {
         set("PDNo", request.drive->slot, "the parameter PDNo");
     }
     if (request.appKey) {
-        set(CZORBALT_ServerService::APP_KEY_PROPERTY, *request.appKey, "the application key");
+        Require(CIWbemUtil::setStringToIWbemClassObject(input.Get(), CZORBALT_ServerService::APP_KEY_PROPERTY,
+                                                        *request.appKey),
+                "the application key");
     }
     return input;
 }

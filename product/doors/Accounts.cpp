@@ -40,7 +40,7 @@ std::string Hashed(const std::string& password, const std::string& setting) {
     const auto data = std::make_unique<crypt_data>();
     const char* const hash =
         ::crypt_rn(password.c_str(), setting.c_str(), data.get(), static_cast<int>(sizeof(crypt_data)));
-    const std::string text = hash == nullptr ? "" : hash;
+    std::string text = hash == nullptr ? "" : hash;
     gnutls_memset(data.get(), 0, sizeof(crypt_data));  // Not to be left out, as that of the language is.
     return text;
 }
@@ -93,18 +93,17 @@ AccountList AccountList::Read(std::string_view text) {
         const std::size_t colon = std::min(line.find(':'), line.size());
         const std::string name(line.substr(0, colon));
         const std::string hash(line.substr(std::min(colon + 1, line.size())));
-        const std::string where = "line " + std::to_string(number) + ": ";
+        const auto refuse = [number](const std::string& why) {
+            throw Failure(Failure::Kind::Use, "line " + std::to_string(number) + ": " + why);
+        };
         if (!IsName(name)) {
-            throw Failure(Failure::Kind::Use,
-                          where + "a name has 1 to 64 letters, digits, \"-\", \"_\", \".\", \"@\"");
+            refuse("a name has 1 to 64 letters, digits, \"-\", \"_\", \".\", \"@\"");
         }
         if (::crypt_checksalt(hash.c_str()) != CRYPT_SALT_OK) {
-            throw Failure(
-                Failure::Kind::Use,
-                where + "the hash of " + name + " is of no kind that is safe; mngsrvraidd passwd makes one");
+            refuse("the hash of " + name + " is of no kind that is safe; mngsrvraidd passwd makes one");
         }
         if (!list.m_Hashes.emplace(name, hash).second) {
-            throw Failure(Failure::Kind::Use, where + name + " is there twice");
+            refuse(name + " is there twice");
         }
     }
     return list;

@@ -22,7 +22,7 @@ constexpr const char* kScript = R"js("use strict";
 (() => {
   const refresh = async () => {
     const answer = await fetch("/", { headers: { Accept: "text/html" }, credentials: "same-origin" });
-    if (!answer.ok) return;
+    if (!answer.ok) throw new Error(answer.statusText);
     const next = new DOMParser().parseFromString(await answer.text(), "text/html");
     const open = [...document.querySelectorAll("details")].map((each) => each.open);
     const details = [...next.querySelectorAll("details")];
@@ -40,8 +40,9 @@ constexpr const char* kScript = R"js("use strict";
     document.querySelector("header")?.append(word);
   };
   const news = new EventSource("/live");
-  news.addEventListener("board", () => { refresh().catch(() => mark(false)); });
-  news.onopen = () => mark(true);
+  const follow = () => { refresh().catch(() => mark(false)); };
+  news.addEventListener("board", follow);
+  news.onopen = follow;  // What was missed meanwhile is nobody's event.
   news.onerror = () => mark(false);
 })();
 )js";
@@ -95,14 +96,14 @@ views::Watching WatchingOf(const board::Board& board) {
     return watching;
 }
 
-http::Response Html(std::string page) {
+}  // namespace
+
+http::Response PageOf(std::string page) {
     const std::string policy = PolicyFor(page);
     http::Response response = http::MakeResponse(http::kOk, "text/html; charset=utf-8", std::move(page));
     response.headers.emplace_back("Content-Security-Policy", policy);
     return response;
 }
-
-}  // namespace
 
 const http::Response* Pages::Find(const std::string& path) {
     constexpr std::array kPaths = {"/", "/metrics", "/raid.json", "/raid.xml"};
@@ -131,7 +132,7 @@ http::Response Pages::Make(const std::string& path) const {
     if (path == "/raid.xml") {
         return {http::kOk, {{"Content-Type", "application/xml; charset=utf-8"}}, m_Board->document};
     }
-    return Html(views::Html(snapshot, nullptr, &watching));
+    return PageOf(views::Html(snapshot, nullptr, &watching));
 }
 
 const http::Response& LiveScript() {

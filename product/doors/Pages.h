@@ -38,6 +38,9 @@ class Pages final {
 [[nodiscard]] http::Response HealthOf(const board::Board* board, std::chrono::seconds interval,
                                       board::TimePoint now);
 
+/// A page, with what it may use.
+[[nodiscard]] http::Response PageOf(std::string page);
+
 /// What browsers are to keep from doing, whatever a drive calls itself.
 void Secure(http::Response& response);
 

@@ -18,6 +18,8 @@ using http::Request;
 
 constexpr const char* kLive = "/live";
 constexpr const char* kRefresh = "/refresh";
+constexpr const char* kHistory = "/history";
+constexpr const char* kHistoryJson = "/history.json";
 
 constexpr std::size_t kMostStreams = 500;
 
@@ -117,7 +119,7 @@ board::Call CallOf(const wbem::MethodCall& asked) {
 
 }  // namespace
 
-Routes::Routes(Parts parts, Networks metricsFrom, std::chrono::seconds interval, Log log)
+Routes::Routes(const Parts& parts, Networks metricsFrom, std::chrono::seconds interval, Log log)
     : m_Parts(parts), m_MetricsFrom(std::move(metricsFrom)), m_Interval(interval), m_Log(std::move(log)) {}
 
 void Routes::Show(std::shared_ptr<const board::Board> board) {
@@ -254,6 +256,8 @@ void Routes::Answer(const std::shared_ptr<Exchange>& exchange) {
         AnswerWbem(exchange);
     } else if (request.path == kRefresh) {
         AnswerRefresh(exchange);
+    } else if (request.path == kHistory || request.path == kHistoryJson) {
+        AnswerHistory(exchange);
     } else {
         AnswerPage(exchange);
     }
@@ -353,6 +357,33 @@ void Routes::AnswerPage(const std::shared_ptr<Exchange>& exchange) {
                             ? http::WithEtag(request, *found, http::EtagOf(found->Text()))
                             : *found);
     }
+}
+
+// What is remembered is read by the service, in a process of its own.
+void Routes::AnswerHistory(const std::shared_ptr<Exchange>& exchange) {
+    const Request& request = exchange->Request();
+    if (!IsReading(request)) {
+        http::Response response = MakeWords(http::kMethodNotAllowed, "This can only be read.");
+        response.headers.emplace_back("Allow", "GET, HEAD");
+        Send(*exchange, std::move(response));
+        return;
+    }
+    const bool isJson = request.path == kHistoryJson;
+    board::Call call{.what = isJson ? board::Call::What::HistoryJson : board::Call::What::HistoryPage};
+    if (const std::string* const part = request.Query("part")) {
+        call.part = part->substr(0, board::kMostKey);
+    }
+    m_Parts.calls.Make(call, [exchange, isJson](const board::Outcome& outcome) {
+        if (!outcome.failure.empty()) {
+            Send(*exchange, MakeWords(http::kServiceUnavailable, outcome.failure));
+        } else if (!outcome.document) {
+            Send(*exchange,
+                 MakeWords(http::kNotFound, "There is no part with that key; /history has them all."));
+        } else {
+            Send(*exchange, isJson ? MakeResponse(http::kOk, "application/json", *outcome.document)
+                                   : PageOf(*outcome.document));
+        }
+    });
 }
 
 // The answer comes when the server has been asked.

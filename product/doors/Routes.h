@@ -30,7 +30,7 @@ class Routes final {
         Calls& calls;
     };
 
-    Routes(Parts parts, Networks metricsFrom, std::chrono::seconds interval, Log log);
+    Routes(const Parts& parts, Networks metricsFrom, std::chrono::seconds interval, Log log);
 
     /// From now on what is answered is of this board; streams get what has happened since the one before.
     void Show(std::shared_ptr<const board::Board> board);
@@ -53,6 +53,7 @@ class Routes final {
     void AnswerRedfish(const std::shared_ptr<Exchange>& exchange);
     void AnswerWbem(const std::shared_ptr<Exchange>& exchange);
     void AnswerPage(const std::shared_ptr<Exchange>& exchange);
+    void AnswerHistory(const std::shared_ptr<Exchange>& exchange);
     void AnswerRefresh(const std::shared_ptr<Exchange>& exchange);
     void OpenStream(const std::shared_ptr<Exchange>& exchange, Stream kind, http::Response begin);
     void Note(const Exchange& exchange, const std::string& words);

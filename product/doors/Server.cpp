@@ -181,7 +181,7 @@ void Exchange::Reply(http::Response response) {
 }
 
 bool Exchange::Stream(std::string_view text) {
-    constexpr std::size_t kMostPending = 1024 * 1024;
+    constexpr std::size_t kMostPending = std::size_t(1024) * 1024;
     if (m_Connection == nullptr) {
         return false;
     }
@@ -288,7 +288,7 @@ struct Server::Callbacks {
     static void Release(void* place) { delete static_cast<std::shared_ptr<Exchange>*>(place); }
 };
 
-Server::Server(Handler handler, Limits limits) : m_Handler(std::move(handler)), m_Limits(limits) {}
+Server::Server(Handler handler, const Limits& limits) : m_Handler(std::move(handler)), m_Limits(limits) {}
 
 Server::~Server() {
     // What is suspended must go on before it can be ended.

@@ -73,7 +73,7 @@ class Server final {
     /// Gets every request once.
     using Handler = std::function<void(const std::shared_ptr<Exchange>&)>;
 
-    Server(Handler handler, Limits limits);
+    Server(Handler handler, const Limits& limits);
     ~Server();
     Server(const Server&) = delete;
     Server& operator=(const Server&) = delete;

@@ -71,7 +71,7 @@ std::string Ask(const char* question) {
 }
 
 std::string AskForPassword() {
-    const std::string password = Ask("New password: ");
+    std::string password = Ask("New password: ");
     if (::isatty(STDIN_FILENO) != 0 && Ask("The same again: ") != password) {
         throw Failure(Failure::Kind::Use, "the two are not the same");
     }

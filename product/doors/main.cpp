@@ -177,8 +177,10 @@ int Run(int count, const char* const* words) {
         return 2;
     }
     std::signal(SIGPIPE, SIG_IGN);
-    std::signal(SIGHUP, SIG_IGN);  // A terminal's end is the service's business.
-    std::signal(SIGINT, SIG_IGN);
+    for (const int signal : {SIGHUP, SIGINT, SIGTERM}) {
+        std::signal(signal,
+                    SIG_IGN);  // They are the service's business, and its end is the end of this, too.
+    }
     TakeDescriptors();
     board::Link link(basics::Descriptor(*number), board::Link::End::Doors);
     const board::Settings settings = ReadSettings(link);

@@ -39,8 +39,8 @@ bool IsAttribute(std::string_view column) {
 }
 
 bool TellsNothing(std::string_view column) {
-    constexpr std::array<std::string_view, 3> kOthers = {"ID", "Worst", "Threshold"};
-    return IsAttribute(column) ||
+    constexpr std::array<std::string_view, 2> kOthers = {"ID", "Worst"};
+    return IsAttribute(column) || inventory::IsThreshold(column) ||
            std::any_of(kOthers.begin(), kOthers.end(),
                        [column](std::string_view other) { return basics::IsSameWord(column, other); });
 }

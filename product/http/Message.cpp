@@ -29,8 +29,9 @@ bool Names(std::string_view list, std::string_view etag) {
 }  // namespace
 
 const std::string* Find(const std::vector<Field>& fields, std::string_view name) {
-    const auto found = std::find_if(fields.begin(), fields.end(),
-                                    [&](const Field& field) { return basics::IsSameWord(field.first, name); });
+    const auto found = std::find_if(fields.begin(), fields.end(), [&](const Field& field) {
+        return basics::IsSameWord(field.first, name);
+    });
     return found == fields.end() ? nullptr : &found->second;
 }
 

@@ -57,15 +57,26 @@ std::string FailureIn(const Smart& smart, const std::vector<std::string>& row) {
     return "";
 }
 
+std::string_view ThresholdIn(const Smart& smart, const std::vector<std::string>& row) {
+    const auto column = std::find_if(smart.columns.begin(), smart.columns.end(), IsThreshold);
+    return column == smart.columns.end()
+               ? std::string_view()
+               : std::string_view(row[static_cast<std::size_t>(column - smart.columns.begin())]);
+}
+
 /// "12, threshold 36"; empty for a row whose value is above it, or that has no such numbers.
 std::string ShortfallIn(const Smart& smart, const std::vector<std::string>& row) {
     const auto value = basics::NumberFrom<unsigned>(CellOf(smart, row, "Value"));
-    const auto threshold = basics::NumberFrom<unsigned>(CellOf(smart, row, "Threshold"));
+    const auto threshold = basics::NumberFrom<unsigned>(ThresholdIn(smart, row));
     const bool isShort = value && threshold && *threshold > 0 && *value <= *threshold;
     return isShort ? std::to_string(*value) + ", threshold " + std::to_string(*threshold) : "";
 }
 
 }  // namespace
+
+bool IsThreshold(std::string_view column) {
+    return basics::IsSameWord(column, "Threshold") || basics::IsSameWord(column, "Thresh");
+}
 
 Smart SmartOf(const Drive& drive) {
     Smart smart;

@@ -217,7 +217,8 @@ void Loop::AskWhatIsDue() {
 void Loop::Ask(Question question) {
     const Configuration& configuration = m_Service.TheConfiguration();
     try {
-        m_Worker.emplace(WorkerSettings{configuration.timeLimit, configuration.appKey, m_Settings.scenario},
+        m_Worker.emplace(WorkerSettings{configuration.timeLimit, configuration.appKey, m_Settings.scenario,
+                                        configuration.history, configuration.host},
                          question);
     } catch (const basics::Failure& error) {
         TakeAnswerOf(question, {"", error.what()});

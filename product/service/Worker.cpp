@@ -7,7 +7,9 @@
 #include "calls/InstallRoot.h"
 #include "calls/MethodCall.h"
 #include "calls/Module.h"
+#include "history/Reader.h"
 #include "supervision/Supervisor.h"
+#include "views/History.h"
 
 #include <signal.h>
 #include <sys/mman.h>
@@ -16,6 +18,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <exception>
 #include <filesystem>
@@ -89,7 +92,7 @@ board::Outcome MakeCall(const board::Call& call) {
     const auto textOf = [](const std::optional<std::int64_t>& number) {
         return number ? std::to_string(*number) : std::string();
     };
-    calls::MethodRequest request{.appKey = call.appKey};
+    calls::MethodRequest request{.appKey = call.appKey, .leavesOutEmpty = true};
     if (call.what == board::Call::What::GetPDInfo) {
         request.drive = calls::DrivePlace{textOf(call.controller), textOf(call.enclosure), textOf(call.slot)};
     }
@@ -100,6 +103,37 @@ board::Outcome MakeCall(const board::Call& call) {
             .status = static_cast<std::uint32_t>(outcome.status),
             .returnValue = outcome.returnValue,
             .document = std::move(outcome.document)};
+}
+
+template <typename Told>
+std::string InFormat(const Told& told, const board::Call& call, const std::string& host) {
+    if (call.what == board::Call::What::HistoryJson) {
+        return views::HistoryJson(told, host);
+    }
+    if constexpr (std::is_same_v<Told, history::Overview>) {
+        return views::HistoryHtml(told, host, "/history?part=");
+    } else {
+        return views::HistoryHtml(told, host);
+    }
+}
+
+/// What is remembered of a part, or of all. A part that is not known comes to no document.
+board::Outcome Recall(const board::Call& call, const WorkerSettings& settings) {
+    constexpr std::chrono::hours kSince{30 * 24};
+    history::Reader reader(settings.history);
+    const history::Overview overview = reader.Parts();
+    board::Outcome outcome{.id = call.id};
+    if (!call.part) {
+        outcome.document = InFormat(overview, call, settings.host);
+        return outcome;
+    }
+    const auto part = std::find_if(overview.parts.begin(), overview.parts.end(),
+                                   [&](const history::Part& each) { return each.key == *call.part; });
+    if (part != overview.parts.end()) {
+        outcome.document =
+            InFormat(reader.HistoryOf(*part, std::chrono::system_clock::now() - kSince), call, settings.host);
+    }
+    return outcome;
 }
 
 }  // namespace
@@ -128,7 +162,9 @@ Worker::Worker(const WorkerSettings& settings, Question question)
 
 std::string Worker::AnswerOf(const WorkerSettings& settings) const {
     if (m_Question.call) {
-        return Pack(MakeCall(*m_Question.call));
+        const bool isRemembered = m_Question.call->what == board::Call::What::HistoryPage ||
+                                  m_Question.call->what == board::Call::What::HistoryJson;
+        return Pack(isRemembered ? Recall(*m_Question.call, settings) : MakeCall(*m_Question.call));
     }
     calls::Inquiry inquiry({.appKey = settings.appKey, .scenario = settings.scenario});
     return m_Question.drive ? inquiry.AskForDrive(*m_Question.drive) : inquiry.AskForServer();

@@ -16,7 +16,8 @@ namespace service {
 struct WorkerSettings {
     std::chrono::seconds timeLimit{0};
     std::optional<std::string> appKey = {};
-    std::string scenario = {};  ///< for advice: what answers in this server's place; "" for none
+    std::string scenario = {};            ///< for advice: what answers in this server's place; "" for none
+    std::string history = {}, host = {};  ///< for clients who ask for what is remembered
 };
 
 /// What came of an inquiry: a document, or why there is none.

@@ -89,6 +89,12 @@ Configuration ReadIt(const Options& options) {
 ExitStatus Check(const Options& options) {
     std::string text;
     ExitStatus status = ExitStatus::Success;
+    std::error_code ignored;
+    if (options.configuration.empty() && !fs::exists(kUsualConfiguration, ignored)) {
+        basics::DocumentTarget::StandardOutput().Store(std::string(kUsualConfiguration) +
+                                                       " is not there: every key has its default\n");
+        return status;
+    }
     try {
         const Configuration configuration = ReadConfiguration(basics::ReadFile(FileOf(options)));
         for (const telling::Channel& channel : configuration.channels) {
@@ -178,6 +184,7 @@ ExitStatus Watch(Options options) {
 [[noreturn]] void BecomeDoors(std::vector<std::string> words) {
     words.insert(words.begin(), ProgramOfDoors());
     std::vector<char*> pointers;
+    pointers.reserve(words.size() + 1);
     for (std::string& word : words) {
         pointers.push_back(word.data());
     }
@@ -200,7 +207,10 @@ ExitStatus Run(int count, const char* const* words) {
     app.add_flag("--check-config", options.checks, "Say what is wrong with the configuration, and end");
     app.add_flag("--test-alert", options.testsAlert,
                  "Send a test event through all channels, say what each said, and end");
-    app.add_option("--scenario", options.scenario, "Watch this scenario instead of this server")
+    app.add_option(
+           "--scenario", options.scenario,
+           "Watch this scenario instead of this server; what is remembered goes with it, unless --history "
+           "names a file")
         ->type_name("DIR");
     app.add_option("--install-dir", options.installDir, "Install root to use")->type_name("DIR");
     app.add_option("--history", options.history,

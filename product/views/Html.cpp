@@ -135,10 +135,17 @@ void AddRollUp(const inventory::Snapshot& snapshot, const inventory::Health& hea
     Element rollUp = header.Add("div", {{"class", "rollup " + std::string(html::ClassOf(level))}});
     html::AddSign(level, rollUp);
     Element words = rollUp.Add("p");
-    words.Add("b", NameOf(level), {{"aria-hidden", "true"}}).Text(" ").Add("span", Headline(health));
+    words.Add("b", NameOf(level), {{"aria-hidden", "true"}})
+        .Text(" ")
+        .Add("span", HeadlineOf(health, watching));
     AddTime(snapshot, header.Add("p", {{"class", "note"}}));
     if (watching != nullptr) {
         AddFailure(*watching, header);
+        Element ways = header.Add("nav", {{"aria-label", "Other views"}}).Add("p", {{"class", "ways"}});
+        ways.Add("a", "History", {{"href", "/history"}}).Text(" ");
+        ways.Add("a", "JSON", {{"href", "/raid.json"}}).Text(" ");
+        ways.Add("a", "XML", {{"href", "/raid.xml"}}).Text(" ");
+        ways.Add("a", "Metrics", {{"href", "/metrics"}});
     }
 }
 
@@ -189,7 +196,7 @@ std::string Html(const inventory::Snapshot& snapshot, const history::ServerHisto
                  const Watching* watching) {
     const inventory::Health& health = snapshot.TheHealth();
     const std::string title = "RAID " + std::string(NameOf(LevelOf(health, watching))) +
-                              OfHost(snapshot, " on ") + ": " + Headline(health);
+                              OfHost(snapshot, " on ") + ": " + HeadlineOf(health, watching);
     return html::PageOf(
         title, [&](Element body) { AddBody(snapshot, health, history, watching, body); },
         watching == nullptr ? "" : watching->script);

@@ -4,6 +4,7 @@
 #include "HistoryWords.h"
 #include "HtmlPage.h"
 #include "basics/Time.h"
+#include "basics/Words.h"
 #include "views/History.h"
 #include "watch/SeenPart.h"
 
@@ -174,6 +175,20 @@ void AddEvents(const history::ServerHistory& history, const Places& places, Elem
 
 namespace {
 
+/// As a value in a query.
+std::string Encoded(std::string_view text) {
+    constexpr int kHexadecimal = 16;
+    std::string encoded;
+    for (const char each : text) {
+        if (basics::IsAlphanumeric(each) || each == '-' || each == '.' || each == '_' || each == '/') {
+            encoded += each;
+        } else {
+            encoded += '%' + basics::Digits(static_cast<unsigned char>(each), 2, kHexadecimal);
+        }
+    }
+    return encoded;
+}
+
 /// A table in a box of its own, which scrolls by itself where the screen is narrow.
 Element AddTable(const std::string& name, std::initializer_list<const char*> columns, Element page) {
     Element box =
@@ -248,7 +263,8 @@ void AddCounters(const history::PartHistory& part, Element page) {
 }  // namespace
 }  // namespace html
 
-std::string HistoryHtml(const history::Overview& overview, const std::string& host) {
+std::string HistoryHtml(const history::Overview& overview, const std::string& host,
+                        const std::string& linkTo) {
     return html::PageOf("RAID parts" + (host.empty() ? "" : " on " + host), [&](html::Element page) {
         html::AddHead("RAID parts", host, overview.answered, page);
         html::Element main = page.Add("main").Add("p", CountsOf(overview) + ".");
@@ -256,7 +272,12 @@ std::string HistoryHtml(const history::Overview& overview, const std::string& ho
             html::AddTable("Parts", {"Part", "State", "Since", "Model", "Serial number"}, main);
         for (const history::Part& part : overview.parts) {
             html::Element row = rows.Add("tr", {{"class", html::ClassOf(LookOf(part.state))}});
-            row.Add("th", PlaceOf(part.about), {{"scope", "row"}});
+            if (linkTo.empty()) {
+                row.Add("th", PlaceOf(part.about), {{"scope", "row"}});
+            } else {
+                row.Add("th", {{"scope", "row"}})
+                    .Add("a", PlaceOf(part.about), {{"href", linkTo + html::Encoded(part.key)}});
+            }
             html::AddState(part.state, row);
             html::AddTime(part.state.since, row.Add("td"));
             row.Add("td", part.about.product).Add("td", part.about.serial);

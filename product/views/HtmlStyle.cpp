@@ -38,6 +38,7 @@ h2 { margin: 1.5rem 0 0.5rem; font-size: 1.125rem; }
 h3 { margin: 1.5rem 0 0.25rem; font-size: 1rem; }
 h4 { margin: 0.75rem 0 0.375rem; font-size: 0.9375rem; }
 h4 small, .note, dt { color: var(--faint); font-size: 0.8125rem; font-weight: 400; }
+.ways a { display: inline-block; min-height: 24px; min-width: 24px; padding: 0.15rem 0.4rem 0.15rem 0; }
 .failure { color: var(--text-critical); font-weight: 600; margin: 0.25rem 0 0; overflow-wrap: anywhere; }
 p { margin: 0.375rem 0; }
 ul, ol { margin: 0; padding: 0; list-style: none; }

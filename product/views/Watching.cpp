@@ -17,4 +17,16 @@ inventory::Level LevelOf(const inventory::Health& health, const Watching* watchi
     return level;
 }
 
+std::string HeadlineOf(const inventory::Health& health, const Watching* watching) {
+    std::string headline = Headline(health);
+    if (watching == nullptr) {
+        return headline;
+    }
+    if (const std::size_t standing = watching->standing.size(); standing > 0) {
+        headline =
+            std::to_string(standing) + " not well and in no report any more; what is reported: " + headline;
+    }
+    return watching->failure.empty() ? headline : "could not be asked; before that: " + headline;
+}
+
 }  // namespace views

@@ -94,11 +94,12 @@ TEST(OtherMessages, ComeAsTheyWent) {
     settings.accounts.reset();
     EXPECT_FALSE(UnpackSettings(Pack(settings)).accounts);
 
-    const Call call{12, Call::What::GetPDInfo, std::nullopt, -1, 4'294'967'295, "key"};
+    const Call call{12, Call::What::GetPDInfo, std::nullopt, -1, 4'294'967'295, "key", "drive/7K0001"};
     EXPECT_EQ(UnpackCall(Pack(call)).slot, 4'294'967'295);
     EXPECT_EQ(UnpackCall(Pack(call)).enclosure, -1);
     EXPECT_EQ(UnpackCall(Pack(call)).controller, std::nullopt);
     EXPECT_EQ(UnpackCall(Pack(call)).appKey, "key");
+    EXPECT_EQ(UnpackCall(Pack(call)).part, "drive/7K0001");
     EXPECT_EQ(Pack(UnpackCall(Pack(call))), Pack(call));
 
     const Outcome outcome{12, "", 0x80041001, 5, "<RAID/>"};
@@ -126,7 +127,7 @@ TEST(Messages, AreTakenWholeOrNotAtAll) {
 
 TEST(Calls, ThatNobodyAnswersAreRefused) {
     std::string bytes = Pack(Call{1, Call::What::Refresh});
-    for (const char what : {'\0', '\4'}) {
+    for (const char what : {'\0', '\6'}) {
         bytes[8] = what;
         EXPECT_THROW((void)UnpackCall(bytes), WireError);
     }

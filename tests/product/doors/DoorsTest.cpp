@@ -90,6 +90,19 @@ TEST_F(Doors, AreOpenedAgainWhenTheirProcessIsKilled) {
     }
 }
 
+TEST_F(Doors, LeaveNoSocketBehind) {
+    Start("small");
+    ASSERT_TRUE(std::filesystem::exists(Socket()));
+    const pid_t doors = ProcessOfDoors();
+    ::kill(doors, SIGTERM);  // As a whole group of processes gets it.
+    ::kill(m_Service->Process(), SIGTERM);
+    const Ended ended = m_Service->Wait();
+    m_Service.reset();
+    EXPECT_EQ(ended.ExitStatus(), 0);
+    EXPECT_THAT(ended.err, Not(HasSubstr("faces the network")));
+    EXPECT_FALSE(std::filesystem::exists(Socket()));
+}
+
 TEST_F(Doors, AreClosedWithTheService) {
     Start("small");
     const pid_t doors = ProcessOfDoors();
@@ -112,21 +125,44 @@ TEST_F(Doors, ProcessHasNoRights) {
 }
 #endif
 
+std::string CallOf(const std::string& method, const std::string& parameters) {
+    return "<?xml version=\"1.0\" encoding=\"utf-8\"?><CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE "
+           "ID=\"7\" "
+           "PROTOCOLVERSION=\"1.0\"><SIMPLEREQ><METHODCALL NAME=\"" +
+           method +
+           "\"><LOCALCLASSPATH><LOCALNAMESPACEPATH><NAMESPACE NAME=\"root\"/><NAMESPACE NAME=\"zorbalt\"/>"
+           "</LOCALNAMESPACEPATH><CLASSNAME NAME=\"ZORBALT_MngSrvRaid\"/></LOCALCLASSPATH>" +
+           parameters + "</METHODCALL></SIMPLEREQ></MESSAGE></CIM>";
+}
+
+std::string HeadersOf(const std::string& method) {
+    return "Content-Type: application/xml; charset=utf-8\r\nCIMOperation: MethodCall\r\nCIMProtocolVersion: "
+           "1.0\r\nCIMMethod: " +
+           method + "\r\nCIMObject: root%2Fzorbalt%3AZORBALT_MngSrvRaid\r\n";
+}
+
+std::string Parameter(const std::string& name, const std::string& value) {
+    return "<PARAMVALUE NAME=\"" + name + "\"><VALUE>" + value + "</VALUE></PARAMVALUE>";
+}
+
 TEST_F(Doors, MakeCallsForClientsOfWbem) {
     Start("small");
-    const std::string call =
-        "<?xml version=\"1.0\" encoding=\"utf-8\"?><CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE "
-        "ID=\"7\" "
-        "PROTOCOLVERSION=\"1.0\"><SIMPLEREQ><METHODCALL NAME=\"GetInfo\"><LOCALCLASSPATH><LOCALNAMESPACEPATH>"
-        "<NAMESPACE NAME=\"root\"/><NAMESPACE NAME=\"zorbalt\"/></LOCALNAMESPACEPATH>"
-        "<CLASSNAME NAME=\"ZORBALT_MngSrvRaid\"/></LOCALCLASSPATH></METHODCALL></SIMPLEREQ></MESSAGE></CIM>";
     Client client(Socket());
-    const std::string answer = client.Post(
-        "/cimom", call,
-        "Content-Type: application/xml; charset=utf-8\r\nCIMOperation: MethodCall\r\nCIMProtocolVersion: "
-        "1.0\r\nCIMMethod: GetInfo\r\nCIMObject: root%2Fzorbalt%3AZORBALT_MngSrvRaid\r\n");
+    const std::string answer = client.Post("/cimom", CallOf("GetInfo", ""), HeadersOf("GetInfo"));
     EXPECT_THAT(answer, HasSubstr("<RETURNVALUE PARAMTYPE=\"uint32\"><VALUE>0</VALUE></RETURNVALUE>"));
-    EXPECT_THAT(answer, HasSubstr("&lt;RAID version=&quot;1&quot;&gt;"));
+    EXPECT_THAT(answer, HasSubstr("&lt;RAID version="));
+}
+
+// What the module says of a drive that is named in part, it says to this client as to any other.
+TEST_F(Doors, LeaveOutWhatAClientDoesNotGive) {
+    Start("small");
+    Client client(Socket());
+    const std::string whole = Parameter("CtrlNo", "0") + Parameter("EnclNo", "252") + Parameter("PDNo", "0");
+    EXPECT_THAT(client.Post("/cimom", CallOf("GetPDInfo", whole), HeadersOf("GetPDInfo")),
+                HasSubstr("<VALUE>0</VALUE></RETURNVALUE>"));
+    const std::string part = Parameter("CtrlNo", "0") + Parameter("EnclNo", "252");
+    EXPECT_THAT(client.Post("/cimom", CallOf("GetPDInfo", part), HeadersOf("GetPDInfo")),
+                Not(HasSubstr("<VALUE>0</VALUE></RETURNVALUE>")));
 }
 
 TEST_F(Doors, AskTheServerAgainForWhoeverWantsThat) {
@@ -139,6 +175,19 @@ TEST_F(Doors, AskTheServerAgainForWhoeverWantsThat) {
     EXPECT_EQ(StatusOf(client.Post("/refresh", "", "Origin: https://elsewhere.example\r\n")), 403);
     EXPECT_EQ(StatusOf(client.Post("/refresh", "", "Sec-Fetch-Site: cross-site\r\n")), 403);
     EXPECT_EQ(StatusOf(client.Get("/refresh")), 405);
+}
+
+TEST_F(Doors, TellWhatIsRemembered) {
+    Start("small");
+    const std::string page = Get("/history");
+    EXPECT_EQ(StatusOf(page), 200);
+    EXPECT_THAT(page, HasSubstr("Content-Security-Policy: default-src 'none'"));
+    const auto links = MatchesIn(page, "href=\"(/history[?]part=drive/[^\"]+)\"");
+    ASSERT_THAT(links, testing::SizeIs(testing::Ge(1U)));
+    EXPECT_THAT(BodyOf(Get(links.front().at(1))), HasSubstr("RAID history of controller 0"));
+    EXPECT_THAT(BodyOf(Get("/history.json")), HasSubstr("\"parts\""));
+    EXPECT_EQ(StatusOf(Get("/history?part=nothing")), 404);
+    EXPECT_THAT(BodyOf(Get("/")), HasSubstr("<a href=\"/history\">History</a>"));
 }
 
 TEST_F(Doors, SayThatTheServerCannotBeAsked) {

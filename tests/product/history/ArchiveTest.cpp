@@ -96,7 +96,7 @@ TEST_F(AnArchive, StoresTheNumbersOfSmartData) {
     const std::string row =
         Node("SMART Detail(SATA)", Key("ID", "5") + Key("Attribute", "Reallocated Sector Count") +
                                        Key("Value", "100") + Key("Worst", "99") + Key("Threshold", "36") +
-                                       Key("Raw Data", "12"));
+                                       Key("Thresh", "37") + Key("Raw Data", "12"));
     (void)Sees({{.serial = "A",
                  .smart = Key("SMART Status", "OK") + Key("Power-On Time", "20411 Hours") + row + row}});
     Reader reader(m_Path);

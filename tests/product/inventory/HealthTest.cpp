@@ -235,11 +235,15 @@ TEST(HealthTest, SmartDataHaveASay) {
 }
 
 TEST(HealthTest, RowsOfSmartTablesHaveASay) {
-    const auto row = [](const std::string& value, const std::string& threshold,
-                        const std::string& more = "") {
+    const auto row = [](const std::string& value, const std::string& threshold, const std::string& more = "",
+                        const std::string& heading = "Threshold") {
         return Node("SMART Detail(SATA)", Key("ID", "5") + Key("Attribute", "Program Fail Count") +
-                                              Key("Value", value) + Key("Threshold", threshold) + more);
+                                              Key("Value", value) + Key(heading, threshold) + more);
     };
+    for (const char* const heading : {"Thresh", "THRESH", "threshold"}) {
+        EXPECT_EQ(LevelWithSmart("RAID 1", row("36", "36", "", heading)), Level::Warning) << heading;
+        EXPECT_EQ(LevelWithSmart("RAID 1", row("37", "36", "", heading)), Level::Ok) << heading;
+    }
     EXPECT_EQ(LevelWithSmart("RAID 1", row("100", "36")), Level::Ok);
     EXPECT_EQ(LevelWithSmart("RAID 1", row("37", "36")), Level::Ok);
     EXPECT_EQ(LevelWithSmart("RAID 1", row("36", "36")), Level::Warning);

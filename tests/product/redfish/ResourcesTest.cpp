@@ -216,6 +216,14 @@ TEST(TheSystem, IsNeverWellWhereSomethingIsUnknown) {
     EXPECT_EQ(system["Oem"]["Zorbalt"]["Level"], "UNKNOWN");
 }
 
+TEST(TheSystem, IsNotCalledWellWhileItCannotBeAsked) {
+    const std::shared_ptr<board::Board> board = BoardOfXml(DocumentOf("small"));
+    EXPECT_EQ(Client(board).Get(kSystem)["Status"]["Health"], "OK");
+    board->inquiry = {.at = board->startedAt, .failure = "the tool hung", .failuresInARow = 1};
+    EXPECT_EQ(Client(board).Get(kSystem)["Status"]["Health"], "Warning");
+    EXPECT_EQ(Client(board).Get(kSystem)["Oem"]["Zorbalt"]["Level"], "UNKNOWN");
+}
+
 TEST(TheSystem, IsStartingBeforeTheFirstAnswer) {
     const std::shared_ptr<board::Board> board = EmptyBoard();
     board->inquiry = {.at = board->startedAt, .failure = "no tool", .failuresInARow = 2};

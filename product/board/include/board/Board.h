@@ -49,8 +49,8 @@ struct Board {
 };
 
 /// How well the server is as far as is known: the worst of its latest answer and of the alarms, among which
-/// may be one of a part that is in no report any more, or that the server cannot be asked. Unknown before the
-/// first answer.
+/// may be one of a part that is in no report any more, or that the server cannot be asked. Unknown at least
+/// before the first answer, and while the last inquiry was not answered.
 [[nodiscard]] inventory::Level LevelOf(const Board& board);
 
 }  // namespace board

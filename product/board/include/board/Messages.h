@@ -66,12 +66,19 @@ struct Report {
 
 /// What a client wants the service to do. It has nothing in it that the service would have to take apart.
 struct Call {
-    enum class What : std::uint32_t { GetInfo = 1, GetPDInfo = 2, Refresh = 3 };
+    enum class What : std::uint32_t {
+        GetInfo = 1,
+        GetPDInfo = 2,
+        Refresh = 3,
+        HistoryPage = 4,  ///< of the part, or of all; comes as the document
+        HistoryJson = 5,
+    };
     std::uint64_t id = 0;
     What what = What::Refresh;
     std::optional<std::int64_t> controller{}, enclosure{},
         slot{};                           ///< of GetPDInfo, as far as they are given
     std::optional<std::string> appKey{};  ///< as the caller carries it; at most kMostKey bytes
+    std::optional<std::string> part{};    ///< its key in the history; likewise
 };
 constexpr std::size_t kMostKey = 256;
 [[nodiscard]] std::string Pack(const Call& call);

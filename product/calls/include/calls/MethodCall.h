@@ -13,6 +13,7 @@ namespace calls {
 struct MethodRequest {
     std::optional<DrivePlace> drive = {};  ///< any texts; the module reads them as numbers
     std::optional<std::string> appKey = {};
+    bool leavesOutEmpty = false;  ///< of the drive, as a client does that does not give a parameter
 };
 
 /// How it ended. A document is there only when everything else says success.

@@ -3,6 +3,7 @@
 #include "inventory/Server.h"
 
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -23,6 +24,9 @@ struct Smart {
 
 /// `drive.smart` must be there.
 [[nodiscard]] Smart SmartOf(const Drive& drive);
+
+/// Whether the cells below that heading are thresholds: "Threshold", "Thresh".
+[[nodiscard]] bool IsThreshold(std::string_view column);
 
 /// The rows of the table that announce a failure, in words: "Reallocated Sector Count: 12, threshold 36",
 /// where the value has come down to its threshold, or "Spin Retry Count: FAILING_NOW". A threshold of 0 is

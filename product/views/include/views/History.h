@@ -20,8 +20,10 @@ namespace views {
 [[nodiscard]] std::string HistoryJson(const history::Overview& overview, const std::string& host);
 [[nodiscard]] std::string HistoryJson(const history::PartHistory& part, const std::string& host);
 
-/// Pages that need nothing from elsewhere.
-[[nodiscard]] std::string HistoryHtml(const history::Overview& overview, const std::string& host);
+/// Pages that need nothing from elsewhere. Where parts have pages of their own, `linkTo` leads to them with
+/// the part's key behind it: "/history?part=".
+[[nodiscard]] std::string HistoryHtml(const history::Overview& overview, const std::string& host,
+                                      const std::string& linkTo = "");
 [[nodiscard]] std::string HistoryHtml(const history::PartHistory& part, const std::string& host);
 
 /// The line above those of events.

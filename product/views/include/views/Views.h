@@ -51,6 +51,10 @@ struct Watching {
 /// it. A server that could not be asked is unknown at least.
 [[nodiscard]] inventory::Level LevelOf(const inventory::Health& health, const Watching* watching);
 
+/// The same in words, which never say that all is well where it is not: "could not be asked; before that: 2
+/// controllers, ..., all well".
+[[nodiscard]] std::string HeadlineOf(const inventory::Health& health, const Watching* watching);
+
 /// One page that needs nothing from elsewhere. With a history it shows a line of each drive's past, and what
 /// happened; with a service what that knows, too.
 [[nodiscard]] std::string Html(const inventory::Snapshot& snapshot,
