@@ -319,7 +319,7 @@ TEST_F(Encrypted, AreOnlyAskedWithTls) {
     }
 }
 
-std::string CallOf(const std::string& method, const std::string& arguments) {
+std::string EnvelopeOf(const std::string& method, const std::string& arguments) {
     return "<?xml version=\"1.0\" encoding=\"utf-8\"?><CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE "
            "ID=\"7\" "
            "PROTOCOLVERSION=\"1.0\"><SIMPLEREQ><METHODCALL NAME=\"" +
@@ -330,7 +330,7 @@ std::string CallOf(const std::string& method, const std::string& arguments) {
 }
 
 void SendCall(const Client& client, const std::string& method, const std::string& arguments = "") {
-    const std::string body = CallOf(method, arguments);
+    const std::string body = EnvelopeOf(method, arguments);
     client.Send(
         "POST /cimom HTTP/1.1\r\nHost: localhost\r\nContent-Type: application/xml; charset=utf-8\r\n"
         "CIMOperation: MethodCall\r\nCIMProtocolVersion: 1.0\r\nCIMMethod: " +
