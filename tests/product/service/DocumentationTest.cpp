@@ -175,7 +175,12 @@ Keys KeysOfTheManual() {
     Keys keys;
     std::string section;
     std::string key;
+    bool isConfiguration = false;
     for (const std::string& line : LinesOf(Source("product/service/mngsrvraidd.8"))) {
+        isConfiguration = line.starts_with(".Sh ") ? line == ".Sh CONFIGURATION" : isConfiguration;
+        if (!isConfiguration) {
+            continue;
+        }
         if (line.starts_with(".Ss ")) {
             EXPECT_TRUE(kSections.contains(line.substr(4))) << line;
             section = kSections.at(line.substr(4));
