@@ -108,11 +108,12 @@ void PackAlarm(Packer& packer, const StandingAlarm& alarm) {
     event.level = alarm.finding.level;
     event.about = alarm.finding;
     packer.Text(JsonOf(event));
+    packer.Number(alarm.isVanished ? 1 : 0);
 }
 
 StandingAlarm UnpackAlarm(Unpacker& unpacker) {
     watch::Event event = UnpackEvent(unpacker);
-    return {event.at, std::move(event.about)};
+    return {event.at, std::move(event.about), unpacker.Flag()};
 }
 
 void PackInquiry(Packer& packer, const LastInquiry& inquiry) {

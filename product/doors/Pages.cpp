@@ -74,12 +74,7 @@ std::string PolicyFor(std::string_view page) {
 std::vector<inventory::Finding> StandingOf(const board::Board& board) {
     std::vector<inventory::Finding> standing;
     for (const board::StandingAlarm& alarm : board.alarms) {
-        const auto& findings = board.snapshot->TheHealth().findings;
-        const bool isTold =
-            std::any_of(findings.begin(), findings.end(), [&](const inventory::Finding& finding) {
-                return PlaceOf(finding) == PlaceOf(alarm.finding) && finding.serial == alarm.finding.serial;
-            });
-        if (!isTold) {
+        if (alarm.isVanished) {
             standing.push_back(alarm.finding);
         }
     }

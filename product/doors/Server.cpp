@@ -363,7 +363,7 @@ void Server::EndTheSlow() {
     if (now < m_NextSweep) {
         return;
     }
-    m_NextSweep = now + kSweep;
+    m_NextSweep = now + std::min<steady_clock::duration>(kSweep, m_Limits.patience);
     for (const Waiting& each : m_Waiting) {
         const std::chrono::steady_clock::duration patience =
             each.isBusy ? std::chrono::steady_clock::duration(kLongestAnswer) : m_Limits.patience;

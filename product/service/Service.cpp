@@ -221,7 +221,7 @@ board::Report Service::TheReport() const {
     }
     report.inquiry = m_Inquiry;
     for (const watch::Alarm& alarm : m_Watch.Alarms()) {
-        report.alarms.push_back({alarm.since, alarm.finding});
+        report.alarms.push_back({alarm.since, alarm.finding, alarm.isVanished});
     }
     report.events.assign(m_Events.begin(), m_Events.end());
     return report;

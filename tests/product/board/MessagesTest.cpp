@@ -49,7 +49,7 @@ Report Whole() {
     report.criteria.limits.spares = 2;
     report.criteria.expectations = inventory::Expectations{"storage7", "2031-04-05T06:07:08Z"};
     report.inquiry = LastInquiry{kNow, "the tool hung", 3};
-    report.alarms = {{TimePoint(1'933'000'000s), EventNamed("x").about}};
+    report.alarms = {{TimePoint(1'933'000'000s), EventNamed("x").about, true}};
     report.alarms.front().finding.level = inventory::Level::Critical;
     report.events = {{41, EventNamed("one")}, {42, EventNamed("two")}};
     return report;
@@ -71,6 +71,7 @@ TEST(Reports, ComeAsTheyWent) {
     EXPECT_EQ(report.inquiry->failuresInARow, 3U);
     EXPECT_EQ(report.alarms.front().since, TimePoint(1'933'000'000s));
     EXPECT_EQ(report.alarms.front().finding.serial, "7K0001");
+    EXPECT_TRUE(report.alarms.front().isVanished);
     EXPECT_EQ(report.alarms.front().finding.level, inventory::Level::Critical);
     EXPECT_EQ(report.events.back().number, 42);
     EXPECT_EQ(report.events.back().event.words, "controller 0, PD3: FAILED");

@@ -31,6 +31,7 @@ struct NumberedEvent {
 struct StandingAlarm {
     TimePoint since;
     inventory::Finding finding;
+    bool isVanished = false;  ///< its part is in no report any more
 };
 
 /// What the doors to the network answer from: what the service knows of the server at one time. It is
