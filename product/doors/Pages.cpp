@@ -81,6 +81,19 @@ std::vector<inventory::Finding> StandingOf(const board::Board& board) {
     return standing;
 }
 
+/// What happened lately, as far as the board tells; of counters it tells nothing.
+history::ServerHistory PastOf(const board::Board& board) {
+    constexpr std::chrono::hours kShown{30 * 24};
+    const board::TimePoint until = *board.snapshot->takenAt;
+    history::ServerHistory past{.since = until - kShown, .until = until};
+    for (const board::NumberedEvent& each : board.events) {
+        if (each.event.at >= past.since) {
+            past.events.push_back({each.number, each.event});
+        }
+    }
+    return past;
+}
+
 views::Watching WatchingOf(const board::Board& board) {
     views::Watching watching{.standing = StandingOf(board), .script = kLivePath};
     if (board.inquiry) {
@@ -127,7 +140,8 @@ http::Response Pages::Make(const std::string& path) const {
     if (path == "/raid.xml") {
         return {http::kOk, {{"Content-Type", "application/xml; charset=utf-8"}}, m_Board->document};
     }
-    return PageOf(views::Html(snapshot, nullptr, &watching));
+    const history::ServerHistory past = PastOf(*m_Board);
+    return PageOf(views::Html(snapshot, &past, &watching));
 }
 
 const http::Response& LiveScript() {

@@ -1,10 +1,12 @@
 #include "Server.h"
 
 #include "basics/Failure.h"
+#include "http/Framing.h"
 #include "http/Status.h"
 #include "http/Target.h"
 
 #include <arpa/inet.h>
+#include <malloc.h>
 #include <microhttpd.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
@@ -70,39 +72,6 @@ MHD_Result KeepHeader(void* place, MHD_ValueKind /*kind*/, const char* name, std
     return MHD_YES;
 }
 
-std::size_t CountOf(const std::vector<http::Field>& headers, const std::string& name) {
-    return static_cast<std::size_t>(
-        std::count_if(headers.begin(), headers.end(), [&](const http::Field& each) {
-            return http::Find({{each.first, ""}}, name) != nullptr;
-        }));
-}
-
-/// Some servers read "Content-Length : 4" as what it looks like, others as a header of another name.
-bool IsHeaderName(const std::string& text) {
-    return !text.empty() && std::all_of(text.begin(), text.end(), [](char each) {
-        return each > ' ' && each < 0x7F && std::strchr("\"(),/:;<=>?@[\\]{}", each) == nullptr;
-    });
-}
-
-/// Whether two servers could see two different requests in it, or somebody pretends to be two hosts.
-bool IsAmbiguous(const http::Request& request) {
-    const std::size_t lengths = CountOf(request.headers, "Content-Length");
-    const std::size_t encodings = CountOf(request.headers, "Transfer-Encoding");
-    const std::string* const length = request.Header("Content-Length");
-    const std::string* const encoding = request.Header("Transfer-Encoding");
-    const bool isNumber = length == nullptr || (!length->empty() && length->size() < 19 &&
-                                                length->find_first_not_of("0123456789") == std::string::npos);
-    const bool hasNames = std::all_of(request.headers.begin(), request.headers.end(),
-                                      [](const http::Field& each) { return IsHeaderName(each.first); });
-    return !hasNames || lengths + encodings > 1 || !isNumber ||
-           (encoding != nullptr && *encoding != "chunked") || CountOf(request.headers, "Host") > 1;
-}
-
-std::size_t LengthOf(const http::Request& request) {
-    const std::string* const length = request.Header("Content-Length");
-    return length == nullptr ? 0 : std::stoull(*length);
-}
-
 bool IsSuspended(MHD_Connection* connection) {
     const MHD_ConnectionInfo* const info =
         MHD_get_connection_info(connection, MHD_CONNECTION_INFO_CONNECTION_SUSPENDED);
@@ -152,12 +121,6 @@ MHD_Response* MakeResponse(const http::Response& answer) {
         (void)text.release();
     }
     return response;
-}
-
-bool IsFitForAHeader(const std::string& text) {
-    return std::none_of(text.begin(), text.end(), [](char each) {
-        return (static_cast<unsigned char>(each) < 0x20 && each != '\t') || each == 0x7F;
-    });
 }
 
 }  // namespace
@@ -351,10 +314,24 @@ std::optional<std::chrono::milliseconds> Server::Work() {
         }
     }
     EndTheSlow();
+    GiveBackMemory();
     if (!m_Waiting.empty()) {
         next = std::min<std::chrono::milliseconds>(next.value_or(kSweep), kSweep);
     }
     return next;
+}
+
+// What a crowd took is nobody's once it has gone.
+void Server::GiveBackMemory() {
+    constexpr std::size_t kCrowd = 1000;
+    constexpr std::size_t kMostGone = 4;
+    m_Crowd = std::max(m_Crowd, m_Waiting.size());
+    if (m_Crowd >= kCrowd && m_Waiting.size() < m_Crowd / kMostGone) {
+        m_Crowd = m_Waiting.size();
+#if defined(__GLIBC__)
+        ::malloc_trim(0);
+#endif
+    }
 }
 
 // The library closes what it can no longer read from.
@@ -392,12 +369,12 @@ bool Server::Begin(MHD_Connection* connection, const char* method, Exchange& exc
     Waiting* const record = Callbacks::RecordOf(connection);
     std::optional<http::Target> target =
         http::TargetFrom(record == nullptr ? std::string() : std::exchange(record->target, {}));
-    if (!target || IsAmbiguous(request)) {
+    if (!target || http::IsAmbiguous(request)) {
         return Refuse(exchange, http::kBadRequest);
     }
     request.path = std::move(target->path);
     request.query = std::move(target->query);
-    return LengthOf(request) <= m_Limits.body || Refuse(exchange, http::kContentTooLarge);
+    return http::LengthOf(request) <= m_Limits.body || Refuse(exchange, http::kContentTooLarge);
 }
 
 bool Server::Continue(MHD_Connection* connection, const char* body, std::size_t* size, Exchange& exchange) {
@@ -457,7 +434,7 @@ bool Server::Queue(Exchange& exchange) {
         return false;
     }
     for (const http::Field& header : answer.headers) {
-        if (IsFitForAHeader(header.first) && IsFitForAHeader(header.second)) {
+        if (http::IsHeaderText(header.first) && http::IsHeaderText(header.second)) {
             (void)MHD_add_response_header(made, header.first.c_str(), header.second.c_str());
         }
     }

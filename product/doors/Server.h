@@ -112,6 +112,7 @@ class Server final {
     [[nodiscard]] static bool Refuse(Exchange& exchange, int status);
     [[nodiscard]] static bool Queue(Exchange& exchange);
     void EndTheSlow();
+    void GiveBackMemory();
 
     Handler m_Handler;
     Limits m_Limits;
@@ -119,6 +120,7 @@ class Server final {
     std::list<Waiting> m_Waiting;
     std::size_t m_BodiesHeld = 0;
     std::chrono::steady_clock::time_point m_NextSweep{};
+    std::size_t m_Crowd = 0;  ///< the most connections since memory was given back
 };
 
 }  // namespace doors

@@ -57,6 +57,21 @@ TEST(Pages, ShowAlarmsOfPartsThatAreInNoReport) {
     EXPECT_THAT(Pages(shown).Find("/metrics")->Text(), HasSubstr("raid_standing_alarm{part=\"PD3\""));
 }
 
+TEST(Pages, ShowWhatHappenedLately) {
+    const auto shown = Answered();
+    watch::Event event;
+    event.at = *shown->snapshot->takenAt - 2h;
+    event.words = "controller 0, PD3: FAILED";
+    watch::Event old = event;
+    old.at -= 31 * 24h;
+    old.words = "long ago";
+    shown->events = {{1, old}, {2, event}};
+    const std::string page(Pages(shown).Find("/")->Text());
+    EXPECT_THAT(page, HasSubstr("What happened in 30 days"));
+    EXPECT_THAT(page, HasSubstr("controller 0, PD3: FAILED"));
+    EXPECT_THAT(page, Not(HasSubstr("long ago")));
+}
+
 TEST(HealthOfTheService, IsThatOfTheLastInquiry) {
     constexpr auto kInterval = 300s;
     const auto statusAt = [&](const board::Board& board, std::chrono::seconds now) {
