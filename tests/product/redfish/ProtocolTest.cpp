@@ -22,7 +22,8 @@ TEST(FixedResources, AreWhereTheStandardHasThem) {
     EXPECT_EQ(root["ProtocolFeaturesSupported"]["ExpandQuery"]["MaxLevels"], 6);
     EXPECT_EQ(client.Get("/redfish/v1"), root) << "the last slash means nothing";
     EXPECT_EQ(client.Get("/redfish/v1/Systems/"), client.Get("/redfish/v1/Systems"));
-    for (const Json& each : client.Get("/redfish/v1/odata")["value"]) {
+    const Json services = client.Get("/redfish/v1/odata");
+    for (const Json& each : services["value"]) {
         EXPECT_EQ(client.Ask(each["url"]).status, 200) << each;
     }
 }
