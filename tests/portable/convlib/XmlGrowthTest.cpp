@@ -218,7 +218,12 @@ double SecondsOf(void (*fill)(Items& items, std::size_t count), std::size_t coun
 TEST(XmlGrowthTest, TenTimesTheItemsTakeFarLessThanAHundredTimesTheTime) {
     constexpr std::size_t kFew = 4000;
     for (auto* const fill : {FillChain, FillOneName, FillOneParent, FillNoParent}) {
-        EXPECT_LT(SecondsOf(fill, 10 * kFew), 50 * SecondsOf(fill, kFew));
+        // Where other work on the machine takes the caches, another try shows it.
+        bool isFarLess = false;
+        for (int tries = 0; tries < 5 && !isFarLess; ++tries) {
+            isFarLess = SecondsOf(fill, 10 * kFew) < 50 * SecondsOf(fill, kFew);
+        }
+        EXPECT_TRUE(isFarLess);
     }
 }
 
