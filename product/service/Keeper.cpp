@@ -15,6 +15,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <exception>
 #include <filesystem>
 #include <utility>
 
@@ -170,7 +171,8 @@ void Keeper::Start(TimePoint now) {
             Send(board::MessageKind::Drives, Pack(drives));
         }
         TellReport();
-    } catch (const basics::Failure& error) {
+    } catch (const std::exception& error) {  // The watch goes on, whatever keeps clients out.
+        End();
         m_Sources.log(std::string("the doors cannot be opened: ") + error.what());
         m_Due = now + kLongestPause;
     }

@@ -2,6 +2,7 @@
 
 #include "Manager.h"
 #include "basics/Failure.h"
+#include "board/Wire.h"
 
 #include <poll.h>
 #include <sys/signalfd.h>
@@ -40,6 +41,20 @@ basics::Descriptor TakeSignals(sigset_t& before) {
         basics::FailSurroundings("signals cannot be taken: " + basics::ErrorText(errno));
     }
     return signals;
+}
+
+/// The process that made the call has had the module in it: what it left need not be what it packed.
+board::Outcome OutcomeOf(const board::Call& call, const Answer& answer) {
+    board::Outcome outcome{.failure = answer.failure};
+    if (answer.failure.empty()) {
+        try {
+            outcome = board::UnpackOutcome(answer.document);
+        } catch (const board::WireError& error) {
+            outcome.failure = std::string("the answer was spoiled: ") + error.what();
+        }
+    }
+    outcome.id = call.id;
+    return outcome;
 }
 
 }  // namespace
@@ -147,8 +162,7 @@ void Loop::TakeAnswerOf(const Question& question, const Answer& answer) {
         if (std::exchange(m_IsForgotten, false)) {
             return;
         }
-        board::Outcome outcome{.id = question.call->id, .failure = answer.failure};
-        m_Keeper.TellOutcome(answer.failure.empty() ? board::UnpackOutcome(answer.document) : outcome);
+        m_Keeper.TellOutcome(OutcomeOf(*question.call, answer));
         return;
     }
     m_Service.Answered(question.drive, answer, Now());

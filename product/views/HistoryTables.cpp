@@ -44,13 +44,7 @@ std::string CountersOf(const history::PartHistory& part, const TerminalStyle& st
                {"HIGHEST", Fit::Fixed, true},
                {"LINE", Fit::Omit}});
     std::size_t unchanged = 0;
-    std::vector<const history::Series*> all;
-    for (const history::Series& series : part.series) {
-        all.push_back(&series);
-    }
-    std::stable_partition(all.begin(), all.end(),
-                          [](const history::Series* series) { return IsMain(*series); });
-    for (const history::Series* const series : all) {
+    for (const history::Series* const series : MainFirst(part.series)) {
         const std::optional<Extent> extent = ExtentOf(series->readings);
         if (!extent || (!IsMain(*series) && extent->low == extent->high)) {
             ++unchanged;

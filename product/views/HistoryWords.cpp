@@ -25,6 +25,17 @@ bool IsMain(const history::Series& series) {
     return !series.counter.starts_with("SMART ");
 }
 
+std::vector<const history::Series*> MainFirst(const std::vector<history::Series>& all) {
+    std::vector<const history::Series*> sorted;
+    sorted.reserve(all.size());
+    for (const history::Series& series : all) {
+        sorted.push_back(&series);
+    }
+    std::stable_partition(sorted.begin(), sorted.end(),
+                          [](const history::Series* series) { return IsMain(*series); });
+    return sorted;
+}
+
 std::string CountsOf(const history::Overview& overview) {
     const auto gone = std::count_if(overview.parts.begin(), overview.parts.end(),
                                     [](const history::Part& part) { return !part.state.level; });

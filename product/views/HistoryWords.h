@@ -4,6 +4,7 @@
 #include "history/History.h"
 
 #include <string>
+#include <vector>
 
 namespace views {
 
@@ -18,6 +19,9 @@ namespace views {
 
 /// Counters that are shown also where they do not change.
 [[nodiscard]] bool IsMain(const history::Series& series);
+
+/// Those first, and the others in their order. Leads into the list.
+[[nodiscard]] std::vector<const history::Series*> MainFirst(const std::vector<history::Series>& all);
 
 /// "31 parts, 2 of them in no report any more".
 [[nodiscard]] std::string CountsOf(const history::Overview& overview);

@@ -237,13 +237,7 @@ void AddStates(const history::PartHistory& part, Element page) {
 void AddCounters(const history::PartHistory& part, Element page) {
     page.Add("h2", "Counters");
     Element rows = AddTable("Counters", {"Counter", "Last", "Lowest", "Highest", "Course"}, page);
-    std::vector<const history::Series*> all;
-    for (const history::Series& series : part.series) {
-        all.push_back(&series);
-    }
-    std::stable_partition(all.begin(), all.end(),
-                          [](const history::Series* series) { return IsMain(*series); });
-    for (const history::Series* const series : all) {
+    for (const history::Series* const series : MainFirst(part.series)) {
         const std::optional<Extent> extent = ExtentOf(series->readings);
         if (!extent) {
             continue;
