@@ -1,6 +1,7 @@
 #include "Recording.h"
 
 #include "basics/Failure.h"
+#include "basics/OwnFolder.h"
 #include "recorder/RunFile.h"
 
 #include <unistd.h>
@@ -17,7 +18,7 @@ namespace {
 namespace fs = std::filesystem;
 
 fs::path RecorderFolder() {
-    return fs::read_symlink("/proc/self/exe").parent_path().parent_path() / "libexec" / "recorder";
+    return basics::OwnFolder().parent_path() / "libexec" / "recorder";
 }
 
 void Set(const char* name, const std::string& value) {

@@ -1,6 +1,7 @@
 #include "TestAlert.h"
 
 #include "basics/Failure.h"
+#include "basics/OwnFolder.h"
 #include "basics/Text.h"
 
 #include <unistd.h>
@@ -17,7 +18,7 @@ constexpr const char* kService = "mngsrvraidd";
 
 /// In the command's own folder, or in bin/ beside it.
 std::filesystem::path FindService() {
-    const std::filesystem::path own = std::filesystem::read_symlink("/proc/self/exe").parent_path();
+    const std::filesystem::path& own = basics::OwnFolder();
     for (const std::filesystem::path& folder : {own, own.parent_path() / "bin"}) {
         std::error_code error;
         if (std::filesystem::is_regular_file(folder / kService, error)) {

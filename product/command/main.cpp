@@ -11,6 +11,7 @@
 #include "basics/Descriptor.h"
 #include "basics/DocumentTarget.h"
 #include "basics/Failure.h"
+#include "basics/OwnFolder.h"
 #include "basics/Text.h"
 #include "calls/InstallRoot.h"
 #include "calls/Module.h"
@@ -92,12 +93,8 @@ void StartTrace(const Options& options) {
     CTraceOutput::SetLevels(options.traceLevels);
 }
 
-fs::path OwnDirectory() {
-    return fs::read_symlink("/proc/self/exe").parent_path();
-}
-
 fs::path Simulation() {
-    return OwnDirectory().parent_path() / "vdksim";
+    return basics::OwnFolder().parent_path() / "vdksim";
 }
 
 void WarnOfOddParameters(const Options& options) {

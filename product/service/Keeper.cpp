@@ -2,6 +2,7 @@
 
 #include "Listening.h"
 #include "basics/Failure.h"
+#include "basics/OwnFolder.h"
 #include "basics/SavedFile.h"
 #include "board/Wire.h"
 
@@ -73,7 +74,7 @@ void SetFiles(const DoorsConfiguration& doors, board::Settings& settings) {
 }  // namespace
 
 std::string ProgramBeside(const char* name) {
-    return std::filesystem::read_symlink("/proc/self/exe").replace_filename(name).string();
+    return (basics::OwnFolder() / name).string();
 }
 
 Keeper::~Keeper() {

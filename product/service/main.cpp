@@ -8,6 +8,7 @@
 #include "basics/DocumentTarget.h"
 #include "basics/Failure.h"
 #include "basics/HostName.h"
+#include "basics/OwnFolder.h"
 #include "basics/SavedFile.h"
 #include "basics/Text.h"
 #include "basics/Words.h"
@@ -60,7 +61,7 @@ void OccupyStandardDescriptors() noexcept {
 }
 
 fs::path Simulation() {
-    return fs::read_symlink("/proc/self/exe").parent_path().parent_path() / "vdksim";
+    return basics::OwnFolder().parent_path() / "vdksim";
 }
 
 std::string FileOf(const Options& options) {

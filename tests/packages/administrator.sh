@@ -109,8 +109,8 @@ curl -sS -m 5 http://127.0.0.1:8282/metrics | grep '^raid_health 2$' || fail "th
 
 say "what is installed does its work"
 install_all /packages/mngsrvraid-simulator_*.deb
-for name in command service wbem; do
-    "/packages/tests/$name" >"/run/$name" 2>&1 || { cat "/run/$name" >&2; fail "$name"; }
+for name in service wbem; do
+    timeout 60 bash -x "/packages/tests/$name" >"/run/$name" 2>&1 || { cat "/run/$name" >&2; fail "$name"; }
     echo "$name: passed"
 done
 
