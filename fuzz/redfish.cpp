@@ -1,7 +1,7 @@
-// A RAID document, or none where the first section is empty, and up to 16 requests of a client, a section each. A
-// request has five fields: method, path, query ("a=b&c"), headers ("Name: value" a line), body; one that is
-// missing is empty, the method then GET. A section that begins with "!" is an event about a drive whose
-// serial number is the rest.
+// A RAID document, or none where the first section is empty, and up to 16 requests of a client, a section
+// each. A request has five fields: method, path, query ("a=b&c"), headers ("Name: value" a line), body; one
+// that is missing is empty, the method then GET. A section that begins with "!" is an event about a drive
+// whose serial number is the rest.
 
 #include "redfish/Service.h"
 

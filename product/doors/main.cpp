@@ -53,12 +53,13 @@ void TakeDescriptors() {
     }
 }
 
-unsigned ConnectionsAllowed() {
-    constexpr rlim_t kOurs = 64;
+/// Of all listeners together.
+unsigned ConnectionsAllowed(std::size_t listeners) {
     constexpr rlim_t kMost = 12000;
+    const rlim_t ours = 64 + 2 * rlim_t(listeners);
     rlimit files{};
     (void)::getrlimit(RLIMIT_NOFILE, &files);
-    return static_cast<unsigned>(std::clamp<rlim_t>(files.rlim_cur, kOurs + 1, kMost + kOurs) - kOurs);
+    return static_cast<unsigned>(std::clamp<rlim_t>(files.rlim_cur, ours + 1, kMost + ours) - ours);
 }
 
 board::Message WaitForFirst(board::Link& link) {
@@ -99,14 +100,14 @@ class House final {
           m_Calls(m_Link),
           m_Routes({m_Accounts, m_Backroom, m_Calls}, NetworksOf(settings), settings.interval, Say),
           m_Server([this](const std::shared_ptr<Exchange>& exchange) { m_Routes.Handle(exchange); },
-                   {.connections = ConnectionsAllowed()}) {
+                   {.connections = ConnectionsAllowed(settings.listeners.size())}) {
         for (const board::Settings::Listener& listener : settings.listeners) {
             m_Server.Listen(basics::Descriptor(static_cast<int>(listener.descriptor)),
                             listener.isEncrypted
                                 ? std::optional(Encryption{settings.key, settings.certificate})
                                 : std::nullopt);
         }
-        GiveUpRights(settings.user, settings.group);
+        GiveUpRights();
     }
 
     /// Until the service is gone.
@@ -184,6 +185,7 @@ int Run(int count, const char* const* words) {
     TakeDescriptors();
     board::Link link(basics::Descriptor(*number), board::Link::End::Doors);
     const board::Settings settings = ReadSettings(link);
+    BecomeNobody(settings.user, settings.group);
     House(std::move(link), settings).Run();
 }
 

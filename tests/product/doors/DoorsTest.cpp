@@ -6,7 +6,15 @@
 #include "test_support/Waiting.h"
 
 #include <gmock/gmock.h>
+#include <grp.h>
+#include <linux/capability.h>
 #include <signal.h>
+#include <sys/prctl.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <array>
+#include <filesystem>
 
 namespace doors::test {
 namespace {
@@ -124,6 +132,50 @@ TEST_F(Doors, ProcessHasNoRights) {
     }
 }
 #endif
+
+/// As AmbientCapabilities= of systemd does for a service that is not root.
+void BecomeNobodyWithRights() {
+    constexpr unsigned kNobody = 65534;
+    ::prctl(PR_SET_KEEPCAPS, 1, 0, 0, 0);
+    if (::setgroups(0, nullptr) != 0 || ::setresgid(kNobody, kNobody, kNobody) != 0 ||
+        ::setresuid(kNobody, kNobody, kNobody) != 0) {
+        ::_exit(1);
+    }
+    __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
+    constexpr unsigned kRights = 1U << unsigned(CAP_DAC_OVERRIDE) | 1U << unsigned(CAP_NET_RAW);
+    const std::array<__user_cap_data_struct, 2> sets = {{{kRights, kRights, kRights}, {}}};
+    ::syscall(SYS_capset, &header, sets.data());
+    for (const int right : {CAP_DAC_OVERRIDE, CAP_NET_RAW}) {
+        ::prctl(PR_CAP_AMBIENT, PR_CAP_AMBIENT_RAISE, right, 0, 0);
+    }
+}
+
+TEST_F(Doors, ProcessHasNoRightsThatTheServiceWasGiven) {
+    if (::geteuid() != 0) {
+        GTEST_SKIP() << "only root can give rights away";
+    }
+    // Not on a made-up server, which would be shown in a user's namespace, with other rights.
+    m_Folder.Write("service.toml", "listen = [\"unix:" + Socket() + "\"]\n");
+    m_Service =
+        Command{.words = {"--config", m_Folder / "service.toml", "--history", m_Folder / "history.db"},
+                .inChild = BecomeNobodyWithRights,
+                .program = DOORS_TEST_SERVICE}
+            .Start();
+    ASSERT_TRUE(ComesTrue([&] { return StatusOf(Get("/live.js")) == 200; }));
+    const std::string ambient = "CapAmb:\t0000000000002002\n";
+    const auto statusOf = [](const std::string& process) { return ReadFile("/proc/" + process + "/status"); };
+    ASSERT_THAT(statusOf(std::to_string(m_Service->Process())), HasSubstr(ambient));
+    const std::filesystem::path threads = "/proc/" + std::to_string(ProcessOfDoors()) + "/task";
+    std::size_t count = 0;
+    for (const auto& thread : std::filesystem::directory_iterator(threads)) {
+        ++count;
+        const std::string status = ReadFile(thread.path() / "status");
+        for (const char* const set : {"CapInh", "CapPrm", "CapEff", "CapAmb"}) {
+            EXPECT_THAT(status, HasSubstr(std::string(set) + ":\t0000000000000000\n"));
+        }
+    }
+    EXPECT_GE(count, 2U) << "the one that checks passwords is there, too";
+}
 
 std::string MethodCallOf(const std::string& method, const std::string& parameters) {
     return "<?xml version=\"1.0\" encoding=\"utf-8\"?><CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE "

@@ -34,6 +34,7 @@ class ServerTest : public testing::Test {
         m_Thread = std::thread([this, limits] {
             Server server([this](const std::shared_ptr<Exchange>& exchange) { Handle(exchange); }, limits);
             server.Listen(ListenAt(m_Path), std::nullopt);
+            server.Listen(ListenAt(m_OtherPath), std::nullopt);
             m_IsReady = true;
             while (!m_IsEnding) {
                 if (!m_HoldsBack) {
@@ -43,8 +44,13 @@ class ServerTest : public testing::Test {
                 }
                 const auto due = server.Work();
                 m_Connections = server.Connections();
-                pollfd news = {server.Numbers().front(), POLLIN, 0};
-                (void)::poll(&news, 1, std::min(20, due ? static_cast<int>(due->count()) : 20));
+                m_MostConnections = std::max(m_MostConnections.load(), m_Connections.load());
+                std::vector<pollfd> news;
+                for (const int number : server.Numbers()) {
+                    news.push_back({number, POLLIN, 0});
+                }
+                (void)::poll(news.data(), news.size(),
+                             std::min(20, due ? static_cast<int>(due->count()) : 20));
             }
         });
         EXPECT_TRUE(testsupport::ComesTrue([this] { return m_IsReady.load(); }));
@@ -86,9 +92,9 @@ class ServerTest : public testing::Test {
     }
 
     testsupport::TempFolder m_Folder;
-    const std::string m_Path = m_Folder / "socket";
+    const std::string m_Path = m_Folder / "socket", m_OtherPath = m_Folder / "other";
     std::atomic<bool> m_IsReady = false, m_IsEnding = false, m_HoldsBack = false;
-    std::atomic<std::size_t> m_Asked = 0, m_Connections = 0;
+    std::atomic<std::size_t> m_Asked = 0, m_Connections = 0, m_MostConnections = 0;
     std::vector<std::shared_ptr<Exchange>> m_Late, m_Streams;
     std::thread m_Thread;
 };
@@ -193,6 +199,29 @@ TEST_F(ServerTest, SlowClientsKeepNobodyWaiting) {
         each->Send("y\r\nHost: x\r\n\r\n");
         EXPECT_EQ(StatusOf(each->ReadAnswer()), 200);
     }
+}
+
+TEST_F(ServerTest, WhoIsTooManyWaitsWhereverHeComes) {
+    Start({.connections = 2});
+    auto first = std::make_unique<Client>(m_Path);
+    EXPECT_EQ(StatusOf(first->Get("/")), 200);
+    auto second = std::make_unique<Client>(m_OtherPath);
+    EXPECT_EQ(StatusOf(second->Get("/")), 200);
+    Client third(m_Path);
+    Client fourth(m_OtherPath);
+    third.Send("GET /third HTTP/1.1\r\nHost: x\r\n\r\n");
+    fourth.Send("GET /fourth HTTP/1.1\r\nHost: x\r\n\r\n");
+    for (int time = 0; time < 20; ++time) {  // Each time the server could let somebody in.
+        EXPECT_EQ(StatusOf(first->Get("/")), 200);
+        EXPECT_EQ(StatusOf(second->Get("/")), 200);
+    }
+    EXPECT_EQ(m_Asked, 42U);
+    first.reset();
+    EXPECT_TRUE(testsupport::ComesTrue([this] { return m_Asked == 43; })) << "somebody is let in";
+    second.reset();
+    EXPECT_EQ(StatusOf(third.ReadAnswer()), 200);
+    EXPECT_EQ(StatusOf(fourth.ReadAnswer()), 200);
+    EXPECT_EQ(m_MostConnections, 2U);
 }
 
 TEST_F(ServerTest, StreamsGetWhatHappens) {
