@@ -217,6 +217,37 @@ TEST_F(Doors, LeaveOutWhatAClientDoesNotGive) {
                 Not(HasSubstr("<VALUE>0</VALUE></RETURNVALUE>")));
 }
 
+class SpoiledAnswers : public Doors, public testing::WithParamInterface<const char*> {};
+
+// What a module does to its process is nothing to the service that asked.
+TEST_P(SpoiledAnswers, FailTheirCallAndNothingElse) {
+    const InstallRoot root;
+    root.UseFakeModule();
+    m_Folder.Write("service.toml", "interval = \"1d\"\nlisten = [\"unix:" + Socket() + "\"]\n");
+    m_Service =
+        Command{.words = {"--config", m_Folder / "service.toml", "--history", m_Folder / "history.db"},
+                .environment = {{"ZORBALT_INSTALL_DIR", root.Path()},
+                                {"FAKE_MODULE", std::string("spoil:") + GetParam()}},
+                .program = DOORS_TEST_SERVICE}
+            .Start();
+    ASSERT_TRUE(ComesTrue([&] { return Get("/healthz").find("could not be asked") != std::string::npos; }));
+    const pid_t doors = ProcessOfDoors();
+    for (int time = 0; time < 2; ++time) {
+        Client client(Socket());
+        const std::string answer =
+            client.Post("/cimom", MethodCallOf("GetInfo", ""), MethodHeadersOf("GetInfo"));
+        EXPECT_EQ(StatusOf(answer), 200);
+        EXPECT_THAT(answer, HasSubstr("<METHODRESPONSE NAME=\"GetInfo\"><ERROR CODE=\"1\" DESCRIPTION=\""));
+        EXPECT_THAT(answer, HasSubstr("the answer was spoiled"));
+    }
+    EXPECT_EQ(StatusOf(Get("/history")), 200) << "the service goes on";
+    EXPECT_EQ(ProcessOfDoors(), doors) << "and so do its doors";
+}
+
+INSTANTIATE_TEST_SUITE_P(Each, SpoiledAnswers,
+                         testing::Values("", "of no kind",
+                                         "\x01\x02\x03\x04\x05\x06\x07\x08\xff\xff\xff\xff"));
+
 TEST_F(Doors, AskTheServerAgainForWhoeverWantsThat) {
     Start("small");
     const std::string before = BodyOf(Get("/metrics"));
