@@ -162,7 +162,7 @@ void Routes::CheckAccount(const std::shared_ptr<Exchange>& exchange, Backroom::W
     const std::chrono::seconds wait = m_Patience->WaitOf(exchange->Who().address, Patience::Clock::now());
     if (wait.count() > 0) {
         Send(*exchange, TooEarly(wait));
-    } else if (!m_Parts.backroom.Do(std::move(work), std::move(then))) {
+    } else if (!m_Parts.passwords.Do(std::move(work), std::move(then))) {
         Send(*exchange, MakeWords(http::kServiceUnavailable, "Too many passwords are being checked."));
     }
 }
@@ -231,19 +231,37 @@ void Routes::AnswerRedfish(const std::shared_ptr<Exchange>& exchange) {
         Send(*exchange, MakeWords(http::kServiceUnavailable, "The service begins."));
         return;
     }
-    if (!IsNewSession(exchange->Request())) {
-        http::Response response = m_Redfish->Answer(exchange->Request());
-        if (response.isStream && exchange->Request().method != "HEAD") {
-            OpenStream(exchange, StreamKind::Redfish, std::move(response));
-        } else {
-            Send(*exchange, std::move(response));
-        }
-        if (exchange->Request().method == "DELETE") {
-            EndStreamsWithoutSession();
-        }
+    if (IsNewSession(exchange->Request())) {
+        OpenSession(exchange);
         return;
     }
-    // Its password takes time.
+    if (redfish::TakesLong(exchange->Request())) {
+        Expand(exchange);
+        return;
+    }
+    http::Response response = m_Redfish->Answer(exchange->Request());
+    if (response.isStream && exchange->Request().method != "HEAD") {
+        OpenStream(exchange, StreamKind::Redfish, std::move(response));
+    } else {
+        Send(*exchange, std::move(response));
+    }
+    if (exchange->Request().method == "DELETE") {
+        EndStreamsWithoutSession();
+    }
+}
+
+void Routes::Expand(const std::shared_ptr<Exchange>& exchange) {
+    const auto response = std::make_shared<http::Response>();
+    const bool isTaken = m_Parts.expansions.Do(
+        [service = m_Redfish, response, exchange] { *response = service->Answer(exchange->Request()); },
+        [response, exchange] { Send(*exchange, std::move(*response)); });
+    if (!isTaken) {
+        Send(*exchange, MakeWords(http::kServiceUnavailable, "Too many want long answers."));
+    }
+}
+
+// Its password takes time.
+void Routes::OpenSession(const std::shared_ptr<Exchange>& exchange) {
     const auto response = std::make_shared<http::Response>();
     CheckAccount(
         exchange,

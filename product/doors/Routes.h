@@ -26,7 +26,8 @@ class Routes final {
 
     struct Parts {
         Accounts& accounts;
-        Backroom& backroom;
+        Backroom& passwords;   ///< where they are checked
+        Backroom& expansions;  ///< where answers are made that take long
         Calls& calls;
     };
 
@@ -57,6 +58,8 @@ class Routes final {
     void CheckAccount(const std::shared_ptr<Exchange>& exchange, Backroom::Work work, Backroom::Work then);
     void Answer(const std::shared_ptr<Exchange>& exchange);
     void AnswerRedfish(const std::shared_ptr<Exchange>& exchange);
+    void OpenSession(const std::shared_ptr<Exchange>& exchange);
+    void Expand(const std::shared_ptr<Exchange>& exchange);
     void AnswerWbem(const std::shared_ptr<Exchange>& exchange);
     void AnswerPage(const std::shared_ptr<Exchange>& exchange);
     void AnswerHistory(const std::shared_ptr<Exchange>& exchange);

@@ -104,22 +104,35 @@ struct Response {
     MHD_Response* response;
 };
 
-using SharedText = std::shared_ptr<const std::string>;
+/// A body while the library sends it; of one that nobody else has, the bytes are counted.
+struct Body {
+    std::shared_ptr<const std::string> text;
+    std::size_t counted;
+    std::size_t& held;
+};
 
-void FreeText(void* text) {
-    delete static_cast<SharedText*>(text);
+void FreeBody(void* place) {
+    auto* const body = static_cast<Body*>(place);
+    body->held -= body->counted;
+    delete body;
 }
 
-MHD_Response* MakeResponse(const http::Response& answer) {
+std::size_t BytesOfItsOwn(const http::Response& answer) {
+    constexpr std::size_t kLarge = 65536;
+    return answer.body.use_count() == 1 && answer.body->size() >= kLarge ? answer.body->size() : 0;
+}
+
+MHD_Response* MakeResponse(const http::Response& answer, std::size_t counted, std::size_t& held) {
     if (!answer.body || answer.body->empty()) {
         return MHD_create_response_from_buffer(0, nullptr, MHD_RESPMEM_PERSISTENT);
     }
-    auto text = std::make_unique<SharedText>(answer.body);
+    auto body = std::make_unique<Body>(Body{answer.body, counted, held});
     // The library reads from it and nothing else, whatever its interface says.
     MHD_Response* const response = MHD_create_response_from_buffer_with_free_callback_cls(
-        answer.body->size(), const_cast<char*>(answer.body->data()), FreeText, text.get());
+        answer.body->size(), const_cast<char*>(answer.body->data()), FreeBody, body.get());
     if (response != nullptr) {
-        (void)text.release();
+        (void)body.release();
+        held += counted;
     }
     return response;
 }
@@ -454,6 +467,10 @@ bool Server::Refuse(Exchange& exchange, int status) {
 }
 
 bool Server::Queue(Exchange& exchange) {
+    if (m_AnswersHeld + BytesOfItsOwn(*exchange.m_Response) > m_Limits.answers) {
+        exchange.m_Response =
+            http::MakeWords(http::kServiceUnavailable, "Too many long answers are being sent.");
+    }
     const http::Response& answer = *exchange.m_Response;
     MHD_Response* made = nullptr;
     if (exchange.m_IsStream) {
@@ -468,7 +485,7 @@ bool Server::Queue(Exchange& exchange) {
             (void)held.release();
         }
     } else {
-        made = MakeResponse(answer);
+        made = MakeResponse(answer, BytesOfItsOwn(answer), m_AnswersHeld);
     }
     const Response response(made);
     if (made == nullptr) {

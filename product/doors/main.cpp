@@ -98,7 +98,8 @@ class House final {
         : m_Link(std::move(link)),
           m_Accounts(AccountsOf(settings)),
           m_Calls(m_Link),
-          m_Routes({m_Accounts, m_Backroom, m_Calls}, NetworksOf(settings), settings.interval, Say),
+          m_Routes({m_Accounts, m_Passwords, m_Expansions, m_Calls}, NetworksOf(settings), settings.interval,
+                   Say),
           m_Server([this](const std::shared_ptr<Exchange>& exchange) { m_Routes.Handle(exchange); },
                    {.connections = ConnectionsAllowed(settings.listeners.size())}) {
         for (const board::Settings::Listener& listener : settings.listeners) {
@@ -115,7 +116,8 @@ class House final {
         while (true) {
             TakeNews();
             Wait(m_Server.Work());
-            m_Backroom.TellWhatIsDone();
+            m_Passwords.TellWhatIsDone();
+            m_Expansions.TellWhatIsDone();
             if (const auto now = steady_clock::now(); now >= m_NextSign) {
                 m_Routes.KeepStreamsAlive();
                 m_NextSign = now + kSignOfLife;
@@ -138,7 +140,9 @@ class House final {
         if (m_Routes.HasStreams()) {
             due = std::min(due.value_or(kSignOfLife), milliseconds(kSignOfLife));
         }
-        std::vector<pollfd> polled = {{m_Link.Number(), POLLIN, 0}, {m_Backroom.Number(), POLLIN, 0}};
+        std::vector<pollfd> polled = {{m_Link.Number(), POLLIN, 0},
+                                      {m_Passwords.Number(), POLLIN, 0},
+                                      {m_Expansions.Number(), POLLIN, 0}};
         for (const int number : m_Server.Numbers()) {
             polled.push_back({number, POLLIN, 0});
         }
@@ -147,7 +151,7 @@ class House final {
 
     board::Link m_Link;
     Accounts m_Accounts;
-    Backroom m_Backroom;
+    Backroom m_Passwords, m_Expansions;
     Calls m_Calls;
     Sight m_Sight;
     Routes m_Routes;

@@ -67,7 +67,11 @@ class ServerTest : public testing::Test {
         if (request.path == "/throws") {
             throw std::runtime_error("of no use");
         }
-        if (request.path == "/late") {
+        if (request.path == "/large") {
+            exchange->Reply(http::MakeResponse(200, "text/plain", std::string(kLarge, 'x')));
+        } else if (request.path == "/shared") {
+            exchange->Reply({.body = m_Shared});
+        } else if (request.path == "/late") {
             m_Late.push_back(exchange);
         } else if (request.path == "/stream") {
             http::Response response = http::MakeResponse(200, "text/event-stream", "data: first\n\n");
@@ -91,7 +95,10 @@ class ServerTest : public testing::Test {
         }
     }
 
+    static constexpr std::size_t kLarge = 1'000'000;  // More than a socket keeps.
+
     testsupport::TempFolder m_Folder;
+    const std::shared_ptr<const std::string> m_Shared = std::make_shared<std::string>(kLarge, 'y');
     const std::string m_Path = m_Folder / "socket", m_OtherPath = m_Folder / "other";
     std::atomic<bool> m_IsReady = false, m_IsEnding = false, m_HoldsBack = false;
     std::atomic<std::size_t> m_Asked = 0, m_Connections = 0, m_MostConnections = 0;
@@ -284,6 +291,23 @@ TEST_F(ServerTest, KeepsNoMoreOfAllBodiesThanThereIsRoomFor) {
     slow.Send("x");
     EXPECT_EQ(StatusOf(slow.ReadAnswer()), 200);
     EXPECT_EQ(StatusOf(Client(m_Path).Post("/p", std::string(1000, 'x'))), 200) << "there is room again";
+}
+
+TEST_F(ServerTest, KeepsNoMoreLongAnswersThanThereIsRoomFor) {
+    Start({.answers = 2 * kLarge});
+    const std::string ask = "GET /large HTTP/1.1\r\nHost: x\r\n\r\n";
+    Client first(m_Path);
+    Client second(m_Path);
+    for (Client* const client : {&first, &second}) {
+        client->Send(ask);
+    }
+    ASSERT_TRUE(testsupport::ComesTrue([this] { return m_Asked == 2; }));
+    EXPECT_EQ(StatusOf(Client(m_Path).Get("/large")), 503);
+    EXPECT_EQ(BodyOf(Client(m_Path).Get("/shared")), *m_Shared) << "what all get costs nothing";
+    EXPECT_EQ(StatusOf(Client(m_Path).Get("/")), 200);
+    EXPECT_EQ(BodyOf(first.ReadAnswer()).size(), kLarge);
+    EXPECT_TRUE(testsupport::ComesTrue([this] { return StatusOf(Client(m_Path).Get("/large")) == 200; }));
+    EXPECT_EQ(BodyOf(second.ReadAnswer()).size(), kLarge);
 }
 
 TEST_F(ServerTest, WhatAnswersMayFail) {
