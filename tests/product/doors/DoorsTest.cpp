@@ -45,6 +45,18 @@ TEST_F(Doors, ShowWhatTheCommandPrints) {
     EXPECT_THAT(refused, HasSubstr("Allow: GET, HEAD"));
 }
 
+TEST_F(Doors, ExpandWhatBelongsToAResource) {
+    Start("small");
+    const std::string systems = Get("/redfish/v1/Systems?$expand=.");
+    EXPECT_EQ(StatusOf(systems), 200);
+    EXPECT_THAT(BodyOf(systems), HasSubstr(BodyOf(Get("/redfish/v1/Systems/1"))));
+    EXPECT_EQ(StatusOf(Get("/redfish/v1/Systems?$expand=all")), 400);
+    Client client(Socket());
+    client.Send("HEAD /redfish/v1/Systems?$expand=. HTTP/1.1\r\nHost: x\r\n\r\n");
+    ASSERT_TRUE(client.ReadUntil("\r\n\r\n"));
+    EXPECT_EQ(StatusOf(client.Read()), 200);
+}
+
 TEST_F(Doors, SpareWhoeverKnowsItTheBody) {
     Start("small");
     const std::string first = Get("/raid.json");
