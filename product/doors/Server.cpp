@@ -105,16 +105,24 @@ struct Response {
 };
 
 /// A body while the library sends it; of one that nobody else has, the bytes are counted.
-struct Body {
-    std::shared_ptr<const std::string> text;
-    std::size_t counted;
-    std::size_t& held;
+class Body final {
+  public:
+    Body(std::shared_ptr<const std::string> text, std::size_t bytes, std::size_t& held)
+        : m_Text(std::move(text)), m_Bytes(bytes), m_Held(held) {
+        m_Held += m_Bytes;
+    }
+    ~Body() { m_Held -= m_Bytes; }
+    Body(const Body&) = delete;
+    Body& operator=(const Body&) = delete;
+
+  private:
+    std::shared_ptr<const std::string> m_Text;
+    std::size_t m_Bytes;
+    std::size_t& m_Held;
 };
 
-void FreeBody(void* place) {
-    auto* const body = static_cast<Body*>(place);
-    body->held -= body->counted;
-    delete body;
+void FreeBody(void* body) {
+    delete static_cast<Body*>(body);
 }
 
 std::size_t BytesOfItsOwn(const http::Response& answer) {
@@ -126,13 +134,12 @@ MHD_Response* MakeResponse(const http::Response& answer, std::size_t counted, st
     if (!answer.body || answer.body->empty()) {
         return MHD_create_response_from_buffer(0, nullptr, MHD_RESPMEM_PERSISTENT);
     }
-    auto body = std::make_unique<Body>(Body{answer.body, counted, held});
+    auto body = std::make_unique<Body>(answer.body, counted, held);
     // The library reads from it and nothing else, whatever its interface says.
     MHD_Response* const response = MHD_create_response_from_buffer_with_free_callback_cls(
         answer.body->size(), const_cast<char*>(answer.body->data()), FreeBody, body.get());
     if (response != nullptr) {
         (void)body.release();
-        held += counted;
     }
     return response;
 }
