@@ -15,17 +15,22 @@ case "$#:${1:-}" in
     exit 2
     ;;
 esac
-need_packages "${BUILD_PACKAGES[@]}"
-{
-    cmake --preset release -DZORBALT_BUILD_TESTS=OFF -DZORBALT_BENCH=OFF
-    cmake --build --preset release --target mngsrvraid mngsrvraidd mngsrvraid-doors
-} >&2
+# ZORBALT_DEMO_BUILD names a folder in which that is built already, ZORBALT_DEMO_PORT another port.
+build=${ZORBALT_DEMO_BUILD:-}
+if [ -z "$build" ]; then
+    build=build/release
+    need_packages "${BUILD_PACKAGES[@]}"
+    {
+        cmake --preset release -DZORBALT_BUILD_TESTS=OFF -DZORBALT_BENCH=OFF
+        cmake --build --preset release --target mngsrvraid mngsrvraidd mngsrvraid-doors
+    } >&2
+fi
 if [ "${1:-}" = watch ]; then
-    configuration=build/release/watch.toml
+    configuration=$build/watch.toml
     printf 'interval = "2s"\nsmart_interval = "0"\ncalm = "4s"\n[[channel]]\nkind = "journal"\nlevel = "ok"\nstderr = true\n' \
         > "$configuration"
     echo "A made-up server for a minute; the events as they come:" >&2
-    timeout --signal TERM 60 build/release/bin/mngsrvraidd --config "$configuration" --scenario watch/loses-drive ||
+    timeout --signal TERM 60 "$build/bin/mngsrvraidd" --config "$configuration" --scenario watch/loses-drive ||
         [ $? -eq 124 ]
     exit
 fi
@@ -41,10 +46,10 @@ answers() {
 }
 
 serve() {
-    local scenario=$1 seconds=$2 configuration=build/release/serve.toml port=8282
+    local scenario=$1 seconds=$2 configuration=$build/serve.toml port=${ZORBALT_DEMO_PORT:-8282}
     printf 'interval = "5s"\nsmart_interval = "1m"\ncalm = "4s"\nlisten = ["127.0.0.1:%s"]\n[[channel]]\nkind = "journal"\nlevel = "ok"\nstderr = true\n' \
         "$port" > "$configuration"
-    timeout --foreground --signal TERM "$seconds" build/release/bin/mngsrvraidd --config "$configuration" --scenario "$scenario" &
+    timeout --foreground --signal TERM "$seconds" "$build/bin/mngsrvraidd" --config "$configuration" --scenario "$scenario" &
     service=$!
     trap 'kill "$service" 2>/dev/null && wait "$service"' EXIT
     trap 'exit 0' INT TERM
@@ -73,8 +78,8 @@ if [ "${1:-}" = serve ]; then
     serve "${2:-large}" "${3:-0}"
     exit
 fi
-command=build/release/bin/mngsrvraid
-document=build/release/large.xml
+command=$build/bin/mngsrvraid
+document=$build/large.xml
 "$command" --scenario large --output "$document" get-info
 printf '\nThe RAID document of the made-up server "large" is in %s; this is what %s shows of it:\n\n' \
     "$document" "$command" >&2

@@ -27,6 +27,17 @@ TimePoint UnpackTime(Unpacker& unpacker) {
     return TimePoint(std::chrono::duration_cast<TimePoint::duration>(since));
 }
 
+/// A number as the wire has it, in fewer bytes; cut short it would be another one.
+template <typename Number>
+Number NumberIn(Unpacker& unpacker) {
+    const std::uint64_t wide = unpacker.Number();
+    const auto number = static_cast<Number>(wide);
+    if (static_cast<std::uint64_t>(number) != wide) {
+        throw WireError("the message holds a number that is too large");
+    }
+    return number;
+}
+
 template <typename Value>
 void PackMaybe(Packer& packer, const std::optional<Value>& value,
                const std::function<void(const Value&)>& pack) {
@@ -58,7 +69,7 @@ void UnpackMaybeNumber(Unpacker& unpacker, std::optional<Number>& value) {
         if constexpr (std::is_floating_point_v<Number>) {
             return std::bit_cast<Number>(unpacker.Number());
         } else {
-            return static_cast<Number>(unpacker.Number());
+            return NumberIn<Number>(unpacker);
         }
     });
 }
@@ -126,7 +137,7 @@ LastInquiry UnpackInquiry(Unpacker& unpacker) {
     LastInquiry inquiry;
     inquiry.at = UnpackTime(unpacker);
     inquiry.failure = unpacker.Text();
-    inquiry.failuresInARow = static_cast<unsigned>(unpacker.Number());
+    inquiry.failuresInARow = NumberIn<unsigned>(unpacker);
     return inquiry;
 }
 
@@ -157,7 +168,7 @@ Settings UnpackSettings(std::string_view bytes) {
     Settings settings;
     settings.listeners.resize(unpacker.Count());
     for (Settings::Listener& listener : settings.listeners) {
-        listener.descriptor = static_cast<std::uint32_t>(unpacker.Number());
+        listener.descriptor = NumberIn<std::uint32_t>(unpacker);
         listener.isEncrypted = unpacker.Flag();
     }
     settings.key = unpacker.Text();
@@ -167,8 +178,8 @@ Settings UnpackSettings(std::string_view bytes) {
     for (std::string& net : settings.metricsFrom) {
         net = unpacker.Text();
     }
-    settings.user = static_cast<std::uint32_t>(unpacker.Number());
-    settings.group = static_cast<std::uint32_t>(unpacker.Number());
+    settings.user = NumberIn<std::uint32_t>(unpacker);
+    settings.group = NumberIn<std::uint32_t>(unpacker);
     settings.interval = std::chrono::seconds(static_cast<std::int64_t>(unpacker.Number()));
     unpacker.End();
     return settings;
@@ -292,7 +303,7 @@ Outcome UnpackOutcome(std::string_view bytes) {
     Outcome outcome;
     outcome.id = unpacker.Number();
     outcome.failure = unpacker.Text();
-    outcome.status = static_cast<std::uint32_t>(unpacker.Number());
+    outcome.status = NumberIn<std::uint32_t>(unpacker);
     UnpackMaybeNumber(unpacker, outcome.returnValue);
     outcome.document = UnpackMaybe<std::string>(unpacker, [&] { return unpacker.Text(); });
     unpacker.End();

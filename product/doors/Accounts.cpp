@@ -21,6 +21,7 @@ using basics::Failure;
 constexpr std::chrono::minutes kKnownFor{5};
 constexpr std::chrono::minutes kSessionLasts{30};
 constexpr std::size_t kMostSessions = 64;
+constexpr std::size_t kMostOfAnAccount = 16;
 constexpr std::size_t kMostKnown = 256;
 constexpr std::size_t kMostName = 64;
 constexpr std::size_t kMostAddresses = 4096;
@@ -138,7 +139,7 @@ bool Accounts::Check(const std::string& name, const std::string& password) {
         if (m_Checked.size() >= kMostKnown) {
             m_Checked.clear();
         }
-        m_Checked[digest] = Clock::now();
+        m_Checked[digest] = m_Now();
     }
     return isRight;
 }
@@ -147,7 +148,7 @@ bool Accounts::IsKnown(const std::string& name, const std::string& password) {
     const std::string digest = DigestOf(name, password);
     const std::lock_guard lock(m_Mutex);
     const auto found = m_Checked.find(digest);
-    return found != m_Checked.end() && Clock::now() - found->second < kKnownFor;
+    return found != m_Checked.end() && m_Now() - found->second < kKnownFor;
 }
 
 // What is looked up by its digest tells nobody by the time that it takes how much of it was right.
@@ -169,7 +170,7 @@ std::string Accounts::DigestOf(std::string_view name, std::string_view secret) {
     return digest;
 }
 
-std::optional<std::string> Accounts::WhoIs(std::string_view token) {
+std::optional<redfish::Session> Accounts::WhoIs(std::string_view token) {
     const std::string digest = DigestOf("", token);
     const std::lock_guard lock(m_Mutex);
     ForgetOldSessions();
@@ -177,13 +178,35 @@ std::optional<std::string> Accounts::WhoIs(std::string_view token) {
     if (found == m_Sessions.end()) {
         return std::nullopt;
     }
-    found->second.used = Clock::now();
-    return found->second.session.account;
+    found->second.used = m_Now();
+    return found->second.session;
+}
+
+bool Accounts::Has(const std::string& session) const {
+    const std::lock_guard lock(m_Mutex);
+    return std::any_of(m_Sessions.begin(), m_Sessions.end(), [&](const auto& each) {
+        return each.second.session.id == session && m_Now() - each.second.used < kSessionLasts;
+    });
 }
 
 void Accounts::ForgetOldSessions() {
     std::erase_if(m_Sessions,
-                  [now = Clock::now()](const auto& each) { return now - each.second.used >= kSessionLasts; });
+                  [now = m_Now()](const auto& each) { return now - each.second.used >= kSessionLasts; });
+}
+
+// Clients that do not log out are many; nobody is to be kept out by those of his own, nor by another's.
+void Accounts::MakeWayFor(const std::string& account) {
+    std::size_t count = 0;
+    auto oldest = m_Sessions.end();
+    for (auto each = m_Sessions.begin(); each != m_Sessions.end(); ++each) {
+        if (each->second.session.account == account) {
+            ++count;
+            oldest = oldest == m_Sessions.end() || each->second.used < oldest->second.used ? each : oldest;
+        }
+    }
+    if (count >= kMostOfAnAccount) {
+        m_Sessions.erase(oldest);
+    }
 }
 
 std::variant<redfish::NewSession, redfish::SessionRefusal> Accounts::Create(const std::string& account,
@@ -200,10 +223,11 @@ std::variant<redfish::NewSession, redfish::SessionRefusal> Accounts::Create(cons
     const std::string digest = DigestOf("", made.token);
     const std::lock_guard lock(m_Mutex);
     ForgetOldSessions();
+    MakeWayFor(account);
     if (m_Sessions.size() >= kMostSessions) {
         return redfish::SessionRefusal{Why::TooMany};
     }
-    m_Sessions.emplace(digest, Kept{made.session, Clock::now()});
+    m_Sessions.emplace(digest, Kept{made.session, m_Now()});
     return made;
 }
 
@@ -216,7 +240,7 @@ std::vector<redfish::Session> Accounts::List() const {
     const std::lock_guard lock(m_Mutex);
     std::vector<redfish::Session> sessions;
     for (const auto& [digest, kept] : m_Sessions) {
-        if (Clock::now() - kept.used < kSessionLasts) {
+        if (m_Now() - kept.used < kSessionLasts) {
             sessions.push_back(kept.session);
         }
     }

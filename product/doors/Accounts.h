@@ -43,8 +43,9 @@ class Accounts final : public redfish::Accounts {
   public:
     using Clock = std::chrono::steady_clock;
 
-    /// Without a list nobody needs an account.
-    explicit Accounts(std::optional<AccountList> list) : m_List(std::move(list)) {}
+    /// Without a list nobody needs an account. `now` tells how long sessions last.
+    explicit Accounts(std::optional<AccountList> list, std::function<Clock::time_point()> now = Clock::now)
+        : m_List(std::move(list)), m_Now(std::move(now)) {}
 
     [[nodiscard]] bool AreNeeded() const { return m_List.has_value(); }
 
@@ -55,9 +56,13 @@ class Accounts final : public redfish::Accounts {
     /// Whether it was so a short while ago; at once. False says nothing.
     [[nodiscard]] bool IsKnown(const std::string& name, const std::string& password);
 
-    /// The account of a session, which lasts on; nothing where there is none.
-    [[nodiscard]] std::optional<std::string> WhoIs(std::string_view token);
+    /// The session with that token, which lasts on; nothing where there is none.
+    [[nodiscard]] std::optional<redfish::Session> WhoIs(std::string_view token);
 
+    /// Whether there is a session of that name; that does not make it last.
+    [[nodiscard]] bool Has(const std::string& session) const;
+
+    /// Of an account that has as many as it may have, the one that was not used for longest makes way.
     [[nodiscard]] std::variant<redfish::NewSession, redfish::SessionRefusal> Create(
         const std::string& account, const std::string& password) override;
     [[nodiscard]] bool End(const std::string& id) override;
@@ -71,8 +76,10 @@ class Accounts final : public redfish::Accounts {
 
     [[nodiscard]] std::string DigestOf(std::string_view name, std::string_view secret);
     void ForgetOldSessions();
+    void MakeWayFor(const std::string& account);
 
     const std::optional<AccountList> m_List;
+    const std::function<Clock::time_point()> m_Now;
     mutable std::mutex m_Mutex;
     std::string m_Salt;                                            ///< of this process, for digests
     std::unordered_map<std::string, Clock::time_point> m_Checked;  ///< digests of what was proved

@@ -3,9 +3,11 @@
 #include "basics/Failure.h"
 
 #include <grp.h>
+#include <linux/capability.h>
 #include <seccomp.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <array>
@@ -20,13 +22,21 @@ namespace {
     basics::FailSurroundings("rights cannot be given up: " + what + ": " + basics::ErrorText(errno));
 }
 
-void BecomeNobody(std::uint32_t user, std::uint32_t group) {
-    if (::geteuid() != 0) {
-        return;
-    }
+void ChangeUser(std::uint32_t user, std::uint32_t group) {
     if (::setgroups(0, nullptr) != 0 || ::setresgid(group, group, group) != 0 ||
         ::setresuid(user, user, user) != 0) {
         Fail("the user");
+    }
+}
+
+// Who is not root may have been given some nevertheless, as AmbientCapabilities= of systemd does.
+void DropCapabilities() {
+    constexpr std::size_t kSets = 2;  // A set has 64 bits, in two halves.
+    __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
+    std::array<__user_cap_data_struct, kSets> none{};
+    if (::prctl(PR_CAP_AMBIENT, PR_CAP_AMBIENT_CLEAR_ALL, 0, 0, 0) != 0 ||
+        ::syscall(SYS_capset, &header, none.data()) != 0) {
+        Fail("capabilities");
     }
 }
 
@@ -136,8 +146,14 @@ void Filter() {}
 
 }  // namespace
 
-void GiveUpRights(std::uint32_t user, std::uint32_t group) {
-    BecomeNobody(user, group);
+void BecomeNobody(std::uint32_t user, std::uint32_t group) {
+    if (::geteuid() == 0) {
+        ChangeUser(user, group);
+    }
+    DropCapabilities();
+}
+
+void GiveUpRights() {
     Limit(RLIMIT_CORE);
     Limit(RLIMIT_NPROC);
     if (::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0 || ::prctl(PR_SET_DUMPABLE, 0, 0, 0, 0) != 0) {

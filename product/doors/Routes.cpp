@@ -80,14 +80,26 @@ void Routes::Show(std::shared_ptr<const board::Board> board) {
         events += event.number > last && !isFirst ? m_Redfish->StreamText(event) : "";
     }
     const std::string live = "event: board\ndata: " + std::to_string(m_Board->number) + "\n\n";
-    m_Streams.remove_if([&](const auto& each) {
-        const std::string& text = each.second == Stream::Live ? live : events;
-        return !text.empty() && !each.first->Stream(text);
+    EndStreamsWithoutSession();
+    m_Streams.remove_if([&](const Stream& each) {
+        const std::string& text = each.kind == StreamKind::Live ? live : events;
+        return !text.empty() && !each.exchange->Stream(text);
     });
 }
 
 void Routes::KeepStreamsAlive() {
-    m_Streams.remove_if([](const auto& each) { return !each.first->Stream(": still here\n\n"); });
+    EndStreamsWithoutSession();
+    m_Streams.remove_if([](const Stream& each) { return !each.exchange->Stream(": still here\n\n"); });
+}
+
+void Routes::EndStreamsWithoutSession() {
+    m_Streams.remove_if([this](const Stream& each) {
+        const bool isOver = !each.session.empty() && !m_Parts.accounts.Has(each.session);
+        if (isOver) {
+            each.exchange->EndStream();
+        }
+        return isOver;
+    });
 }
 
 void Routes::Send(Exchange& exchange, http::Response response) {
@@ -118,9 +130,13 @@ void Routes::Identify(const std::shared_ptr<Exchange>& exchange) {
         return;
     }
     if (const std::string* const token = request.Header("X-Auth-Token")) {
-        const std::optional<std::string> account = m_Parts.accounts.WhoIs(*token);
-        request.account = account.value_or("");
-        account ? Answer(exchange) : Refuse(*exchange);
+        if (std::optional<redfish::Session> session = m_Parts.accounts.WhoIs(*token)) {
+            request.account = std::move(session->account);
+            request.session = std::move(session->id);
+            Answer(exchange);
+        } else {
+            Refuse(*exchange);
+        }
     } else if (const std::string* const header = request.Header("Authorization")) {
         const std::optional<Credentials> credentials = CredentialsOf(*header);
         if (!credentials) {
@@ -146,7 +162,7 @@ void Routes::CheckAccount(const std::shared_ptr<Exchange>& exchange, Backroom::W
     const std::chrono::seconds wait = m_Patience->WaitOf(exchange->Who().address, Patience::Clock::now());
     if (wait.count() > 0) {
         Send(*exchange, TooEarly(wait));
-    } else if (!m_Parts.backroom.Do(std::move(work), std::move(then))) {
+    } else if (!m_Parts.passwords.Do(std::move(work), std::move(then))) {
         Send(*exchange, MakeWords(http::kServiceUnavailable, "Too many passwords are being checked."));
     }
 }
@@ -215,16 +231,37 @@ void Routes::AnswerRedfish(const std::shared_ptr<Exchange>& exchange) {
         Send(*exchange, MakeWords(http::kServiceUnavailable, "The service begins."));
         return;
     }
-    if (!IsNewSession(exchange->Request())) {
-        http::Response response = m_Redfish->Answer(exchange->Request());
-        if (response.isStream && exchange->Request().method != "HEAD") {
-            OpenStream(exchange, Stream::Redfish, std::move(response));
-        } else {
-            Send(*exchange, std::move(response));
-        }
+    if (IsNewSession(exchange->Request())) {
+        OpenSession(exchange);
         return;
     }
-    // Its password takes time.
+    if (redfish::TakesLong(exchange->Request())) {
+        Expand(exchange);
+        return;
+    }
+    http::Response response = m_Redfish->Answer(exchange->Request());
+    if (response.isStream && exchange->Request().method != "HEAD") {
+        OpenStream(exchange, StreamKind::Redfish, std::move(response));
+    } else {
+        Send(*exchange, std::move(response));
+    }
+    if (exchange->Request().method == "DELETE") {
+        EndStreamsWithoutSession();
+    }
+}
+
+void Routes::Expand(const std::shared_ptr<Exchange>& exchange) {
+    const auto response = std::make_shared<http::Response>();
+    const bool isTaken = m_Parts.expansions.Do(
+        [service = m_Redfish, response, exchange] { *response = service->Answer(exchange->Request()); },
+        [response, exchange] { Send(*exchange, std::move(*response)); });
+    if (!isTaken) {
+        Send(*exchange, MakeWords(http::kServiceUnavailable, "Too many want long answers."));
+    }
+}
+
+// Its password takes time.
+void Routes::OpenSession(const std::shared_ptr<Exchange>& exchange) {
     const auto response = std::make_shared<http::Response>();
     CheckAccount(
         exchange,
@@ -246,19 +283,20 @@ void Routes::AnswerRedfish(const std::shared_ptr<Exchange>& exchange) {
                 Note(*exchange, "no session: wrong password or no such account");
             } else if (response->status < http::kSeeOther) {
                 Note(*exchange, "a session begins");
+                EndStreamsWithoutSession();  // Another may have made way for it.
             }
             Send(*exchange, std::move(*response));
         });
 }
 
 // A stream that nobody reads any more is noticed when something is to be sent along it.
-void Routes::OpenStream(const std::shared_ptr<Exchange>& exchange, Stream kind, http::Response begin) {
+void Routes::OpenStream(const std::shared_ptr<Exchange>& exchange, StreamKind kind, http::Response begin) {
     if (m_Streams.size() >= kMostStreams) {
         Send(*exchange, MakeWords(http::kServiceUnavailable, "Too many follow the server already."));
         return;
     }
     exchange->Request().body = {};
-    m_Streams.emplace_back(exchange, kind);
+    m_Streams.push_back({exchange, kind, exchange->Request().session});
     Send(*exchange, std::move(begin));
 }
 
@@ -296,7 +334,7 @@ void Routes::AnswerPage(const std::shared_ptr<Exchange>& exchange) {
     } else if (isLive && request.method == "GET") {
         http::Response response = MakeResponse(http::kOk, "text/event-stream", "retry: 2000\n\n");
         response.isStream = true;
-        OpenStream(exchange, Stream::Live, std::move(response));
+        OpenStream(exchange, StreamKind::Live, std::move(response));
     } else if (isLive) {
         Send(*exchange, MakeResponse(http::kOk, "text/event-stream", ""));
     } else {

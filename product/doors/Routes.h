@@ -26,7 +26,8 @@ class Routes final {
 
     struct Parts {
         Accounts& accounts;
-        Backroom& backroom;
+        Backroom& passwords;   ///< where they are checked
+        Backroom& expansions;  ///< where answers are made that take long
         Calls& calls;
     };
 
@@ -39,10 +40,16 @@ class Routes final {
 
     /// Whether a stream is open, which wants a sign of life from time to time.
     [[nodiscard]] bool HasStreams() const { return !m_Streams.empty(); }
+    /// Ends those whose session has ended, too.
     void KeepStreamsAlive();
 
   private:
-    enum class Stream { Live, Redfish };
+    enum class StreamKind { Live, Redfish };
+    struct Stream {
+        std::shared_ptr<Exchange> exchange;
+        StreamKind kind;
+        std::string session;  ///< by which it was opened; empty for one that lasts as its connection does
+    };
 
     void Identify(const std::shared_ptr<Exchange>& exchange);
     void CheckPassword(const std::shared_ptr<Exchange>& exchange, const std::string& name,
@@ -51,11 +58,14 @@ class Routes final {
     void CheckAccount(const std::shared_ptr<Exchange>& exchange, Backroom::Work work, Backroom::Work then);
     void Answer(const std::shared_ptr<Exchange>& exchange);
     void AnswerRedfish(const std::shared_ptr<Exchange>& exchange);
+    void OpenSession(const std::shared_ptr<Exchange>& exchange);
+    void Expand(const std::shared_ptr<Exchange>& exchange);
     void AnswerWbem(const std::shared_ptr<Exchange>& exchange);
     void AnswerPage(const std::shared_ptr<Exchange>& exchange);
     void AnswerHistory(const std::shared_ptr<Exchange>& exchange);
     void AnswerRefresh(const std::shared_ptr<Exchange>& exchange);
-    void OpenStream(const std::shared_ptr<Exchange>& exchange, Stream kind, http::Response begin);
+    void OpenStream(const std::shared_ptr<Exchange>& exchange, StreamKind kind, http::Response begin);
+    void EndStreamsWithoutSession();
     void Note(const Exchange& exchange, const std::string& words);
     static void Send(Exchange& exchange, http::Response response);
 
@@ -68,7 +78,7 @@ class Routes final {
     std::shared_ptr<const board::Board> m_Board;
     std::shared_ptr<redfish::Service> m_Redfish;
     std::unique_ptr<Pages> m_Pages;
-    std::list<std::pair<std::shared_ptr<Exchange>, Stream>> m_Streams;
+    std::list<Stream> m_Streams;
 };
 
 }  // namespace doors

@@ -23,6 +23,7 @@ namespace {
 using std::chrono::steady_clock;
 
 constexpr std::chrono::seconds kSweep{5};
+constexpr std::chrono::seconds kPause{1};
 constexpr std::chrono::minutes kLongestAnswer{10};
 // TLS 1.2 and newer, and of 1.2 what keeps what was said secret when a key is lost later.
 constexpr const char* kPriorities =
@@ -103,22 +104,42 @@ struct Response {
     MHD_Response* response;
 };
 
-using SharedText = std::shared_ptr<const std::string>;
+/// A body while the library sends it; of one that nobody else has, the bytes are counted.
+class Body final {
+  public:
+    Body(std::shared_ptr<const std::string> text, std::size_t bytes, std::size_t& held)
+        : m_Text(std::move(text)), m_Bytes(bytes), m_Held(held) {
+        m_Held += m_Bytes;
+    }
+    ~Body() { m_Held -= m_Bytes; }
+    Body(const Body&) = delete;
+    Body& operator=(const Body&) = delete;
 
-void FreeText(void* text) {
-    delete static_cast<SharedText*>(text);
+  private:
+    std::shared_ptr<const std::string> m_Text;
+    std::size_t m_Bytes;
+    std::size_t& m_Held;
+};
+
+void FreeBody(void* body) {
+    delete static_cast<Body*>(body);
 }
 
-MHD_Response* MakeResponse(const http::Response& answer) {
+std::size_t BytesOfItsOwn(const http::Response& answer) {
+    constexpr std::size_t kLarge = 65536;
+    return answer.body.use_count() == 1 && answer.body->size() >= kLarge ? answer.body->size() : 0;
+}
+
+MHD_Response* MakeResponse(const http::Response& answer, std::size_t counted, std::size_t& held) {
     if (!answer.body || answer.body->empty()) {
         return MHD_create_response_from_buffer(0, nullptr, MHD_RESPMEM_PERSISTENT);
     }
-    auto text = std::make_unique<SharedText>(answer.body);
+    auto body = std::make_unique<Body>(answer.body, counted, held);
     // The library reads from it and nothing else, whatever its interface says.
     MHD_Response* const response = MHD_create_response_from_buffer_with_free_callback_cls(
-        answer.body->size(), const_cast<char*>(answer.body->data()), FreeText, text.get());
+        answer.body->size(), const_cast<char*>(answer.body->data()), FreeBody, body.get());
     if (response != nullptr) {
-        (void)text.release();
+        (void)body.release();
     }
     return response;
 }
@@ -127,6 +148,7 @@ MHD_Response* MakeResponse(const http::Response& answer) {
 
 struct Server::Listener {
     Server& server;
+    basics::Descriptor socket;
     MHD_Daemon* daemon = nullptr;
     bool isEncrypted = false;
     bool isInFileSystem = false;
@@ -149,16 +171,25 @@ bool Exchange::Stream(std::string_view text) {
         return false;
     }
     if (m_Pending.size() + text.size() > kMostPending) {
-        m_IsStream = false;
-        m_Pending.clear();
-        End(m_Connection);  // It would never take the end of the answer.
-    } else {
-        m_Pending += text;
+        EndStream();
+        return false;
     }
+    m_Pending += text;
     if (std::exchange(m_IsSuspended, false)) {
         MHD_resume_connection(m_Connection);
     }
     return m_IsStream;
+}
+
+void Exchange::EndStream() {
+    m_IsStream = false;
+    m_Pending.clear();
+    if (m_Connection != nullptr) {
+        End(m_Connection);  // A client that takes nothing in would never take the end of the answer.
+        if (std::exchange(m_IsSuspended, false)) {
+            MHD_resume_connection(m_Connection);
+        }
+    }
 }
 
 struct Server::Callbacks {
@@ -268,8 +299,9 @@ Server::~Server() {
 }
 
 void Server::Listen(basics::Descriptor socket, const std::optional<Encryption>& encryption) {
-    auto listener =
-        std::make_unique<Listener>(Listener{*this, nullptr, encryption.has_value(), IsInFileSystem(socket)});
+    const bool isInFileSystem = IsInFileSystem(socket);
+    auto listener = std::make_unique<Listener>(
+        Listener{*this, std::move(socket), nullptr, encryption.has_value(), isInFileSystem});
     std::vector<MHD_OptionItem> options;
     if (encryption) {
         options.push_back({MHD_OPTION_HTTPS_MEM_KEY, 0, const_cast<char*>(encryption->key.c_str())});
@@ -277,21 +309,20 @@ void Server::Listen(basics::Descriptor socket, const std::optional<Encryption>& 
         options.push_back({MHD_OPTION_HTTPS_PRIORITIES, 0, const_cast<char*>(kPriorities)});
     }
     options.push_back({MHD_OPTION_END, 0, nullptr});
-    unsigned flags = MHD_USE_EPOLL | MHD_ALLOW_SUSPEND_RESUME;
+    unsigned flags = MHD_USE_EPOLL | MHD_ALLOW_SUSPEND_RESUME | MHD_USE_NO_LISTEN_SOCKET;
     flags |= encryption ? unsigned(MHD_USE_TLS) : 0U;
     listener->daemon = MHD_start_daemon(
-        flags, 0, nullptr, nullptr, &Callbacks::Access, listener.get(), MHD_OPTION_LISTEN_SOCKET,
-        socket.Number(), MHD_OPTION_NOTIFY_CONNECTION, &Callbacks::Connection, listener.get(),
-        MHD_OPTION_NOTIFY_COMPLETED, &Callbacks::Completed, listener.get(), MHD_OPTION_URI_LOG_CALLBACK,
-        &Callbacks::Target, listener.get(), MHD_OPTION_UNESCAPE_CALLBACK, &Callbacks::KeepEncoded,
-        listener.get(), MHD_OPTION_CONNECTION_MEMORY_LIMIT, m_Limits.connection, MHD_OPTION_CONNECTION_LIMIT,
+        flags, 0, nullptr, nullptr, &Callbacks::Access, listener.get(), MHD_OPTION_NOTIFY_CONNECTION,
+        &Callbacks::Connection, listener.get(), MHD_OPTION_NOTIFY_COMPLETED, &Callbacks::Completed,
+        listener.get(), MHD_OPTION_URI_LOG_CALLBACK, &Callbacks::Target, listener.get(),
+        MHD_OPTION_UNESCAPE_CALLBACK, &Callbacks::KeepEncoded, listener.get(),
+        MHD_OPTION_CONNECTION_MEMORY_LIMIT, m_Limits.connection, MHD_OPTION_CONNECTION_LIMIT,
         m_Limits.connections, MHD_OPTION_STRICT_FOR_CLIENT, 1, MHD_OPTION_SIGPIPE_HANDLED_BY_APP, 1,
         MHD_OPTION_ARRAY, options.data(), MHD_OPTION_END);
     if (listener->daemon == nullptr) {
         basics::FailSurroundings(encryption ? "the key or the certificate cannot be used"
                                             : "no server can be started: " + basics::ErrorText(errno));
     }
-    (void)socket.Release();  // The library closes it.
     m_Listeners.push_back(std::move(listener));
 }
 
@@ -299,13 +330,40 @@ std::vector<int> Server::Numbers() const {
     std::vector<int> numbers;
     for (const auto& listener : m_Listeners) {
         numbers.push_back(MHD_get_daemon_info(listener->daemon, MHD_DAEMON_INFO_EPOLL_FD)->epoll_fd);
+        if (MayAccept()) {
+            numbers.push_back(listener->socket.Number());
+        }
     }
     return numbers;
+}
+
+bool Server::MayAccept() const {
+    return m_Waiting.size() < m_Limits.connections && steady_clock::now() >= m_NextAccept;
+}
+
+// The library would count those of each socket on their own.
+void Server::Accept(const Listener& listener) {
+    constexpr int kMostAtATime = 64;
+    for (int left = kMostAtATime; left > 0 && MayAccept(); --left) {
+        sockaddr_storage address{};
+        socklen_t size = sizeof address;
+        auto* const where = reinterpret_cast<sockaddr*>(&address);
+        const int client = ::accept4(listener.socket.Number(), where, &size, SOCK_NONBLOCK | SOCK_CLOEXEC);
+        if (client >= 0) {
+            (void)MHD_add_connection(listener.daemon, client, where, size);  // Else it closes it.
+        } else {
+            const bool isTheSystemShort =
+                errno == EMFILE || errno == ENFILE || errno == ENOBUFS || errno == ENOMEM;
+            m_NextAccept = isTheSystemShort ? steady_clock::now() + kPause : m_NextAccept;
+            return;
+        }
+    }
 }
 
 std::optional<std::chrono::milliseconds> Server::Work() {
     std::optional<std::chrono::milliseconds> next;
     for (const auto& listener : m_Listeners) {
+        Accept(*listener);
         (void)MHD_run(listener->daemon);
         MHD_UNSIGNED_LONG_LONG left = 0;
         if (MHD_get_timeout(listener->daemon, &left) == MHD_YES) {
@@ -317,6 +375,9 @@ std::optional<std::chrono::milliseconds> Server::Work() {
     GiveBackMemory();
     if (!m_Waiting.empty()) {
         next = std::min<std::chrono::milliseconds>(next.value_or(kSweep), kSweep);
+    }
+    if (steady_clock::now() < m_NextAccept) {
+        next = std::min<std::chrono::milliseconds>(next.value_or(kPause), kPause);
     }
     return next;
 }
@@ -413,6 +474,10 @@ bool Server::Refuse(Exchange& exchange, int status) {
 }
 
 bool Server::Queue(Exchange& exchange) {
+    if (m_AnswersHeld + BytesOfItsOwn(*exchange.m_Response) > m_Limits.answers) {
+        exchange.m_Response =
+            http::MakeWords(http::kServiceUnavailable, "Too many long answers are being sent.");
+    }
     const http::Response& answer = *exchange.m_Response;
     MHD_Response* made = nullptr;
     if (exchange.m_IsStream) {
@@ -427,7 +492,7 @@ bool Server::Queue(Exchange& exchange) {
             (void)held.release();
         }
     } else {
-        made = MakeResponse(answer);
+        made = MakeResponse(answer, BytesOfItsOwn(answer), m_AnswersHeld);
     }
     const Response response(made);
     if (made == nullptr) {

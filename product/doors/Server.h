@@ -38,6 +38,9 @@ class Exchange final : public std::enable_shared_from_this<Exchange> {
     /// More of an answer that is a stream. What a client does not take in is dropped with the client: false.
     bool Stream(std::string_view text);
 
+    /// No more of it, whatever of it is still to be sent; its connection goes, too.
+    void EndStream();
+
     /// Whether anybody waits for it.
     [[nodiscard]] bool IsWanted() const { return m_Connection != nullptr; }
 
@@ -65,8 +68,9 @@ class Server final {
     struct Limits {
         std::size_t body = 65536;           ///< bytes
         std::size_t bodies = 16U << 20U;    ///< bytes, of all that are there at a time
+        std::size_t answers = 64U << 20U;   ///< bytes, of large ones that only one client gets, until it has
         std::size_t connection = 16384;     ///< bytes for the first lines of a request, and to write from
-        unsigned connections = 12000;       ///< at a time; later ones wait to be accepted
+        unsigned connections = 12000;       ///< at a time, on all sockets; later ones wait to be accepted
         std::chrono::seconds patience{75};  ///< in which a request has to be whole
     };
 
@@ -109,8 +113,10 @@ class Server final {
                              const Listener& listener);
     [[nodiscard]] bool Continue(MHD_Connection* connection, const char* body, std::size_t* size,
                                 Exchange& exchange);
-    [[nodiscard]] static bool Refuse(Exchange& exchange, int status);
-    [[nodiscard]] static bool Queue(Exchange& exchange);
+    [[nodiscard]] bool Refuse(Exchange& exchange, int status);
+    [[nodiscard]] bool Queue(Exchange& exchange);
+    [[nodiscard]] bool MayAccept() const;
+    void Accept(const Listener& listener);
     void EndTheSlow();
     void GiveBackMemory();
 
@@ -118,8 +124,8 @@ class Server final {
     Limits m_Limits;
     std::vector<std::unique_ptr<Listener>> m_Listeners;
     std::list<Waiting> m_Waiting;
-    std::size_t m_BodiesHeld = 0;
-    std::chrono::steady_clock::time_point m_NextSweep{};
+    std::size_t m_BodiesHeld = 0, m_AnswersHeld = 0;
+    std::chrono::steady_clock::time_point m_NextSweep{}, m_NextAccept{};
     std::size_t m_Crowd = 0;  ///< the most connections since memory was given back
 };
 

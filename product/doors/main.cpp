@@ -51,12 +51,13 @@ void TakeDescriptors() {
     }
 }
 
-unsigned ConnectionsAllowed() {
-    constexpr rlim_t kOurs = 64;
+/// Of all listeners together.
+unsigned ConnectionsAllowed(std::size_t listeners) {
     constexpr rlim_t kMost = 12000;
+    const rlim_t ours = 64 + 2 * rlim_t(listeners);
     rlimit files{};
     (void)::getrlimit(RLIMIT_NOFILE, &files);
-    return static_cast<unsigned>(std::clamp<rlim_t>(files.rlim_cur, kOurs + 1, kMost + kOurs) - kOurs);
+    return static_cast<unsigned>(std::clamp<rlim_t>(files.rlim_cur, ours + 1, kMost + ours) - ours);
 }
 
 board::Message WaitForFirst(board::Link& link) {
@@ -95,16 +96,17 @@ class House final {
         : m_Link(std::move(link)),
           m_Accounts(AccountsOf(settings)),
           m_Calls(m_Link),
-          m_Routes({m_Accounts, m_Backroom, m_Calls}, NetworksOf(settings), settings.interval, Say),
+          m_Routes({m_Accounts, m_Passwords, m_Expansions, m_Calls}, NetworksOf(settings), settings.interval,
+                   Say),
           m_Server([this](const std::shared_ptr<Exchange>& exchange) { m_Routes.Handle(exchange); },
-                   {.connections = ConnectionsAllowed()}) {
+                   {.connections = ConnectionsAllowed(settings.listeners.size())}) {
         for (const board::Settings::Listener& listener : settings.listeners) {
             m_Server.Listen(basics::Descriptor(static_cast<int>(listener.descriptor)),
                             listener.isEncrypted
                                 ? std::optional(Encryption{settings.key, settings.certificate})
                                 : std::nullopt);
         }
-        GiveUpRights(settings.user, settings.group);
+        GiveUpRights();
     }
 
     /// Until the service is gone.
@@ -112,7 +114,8 @@ class House final {
         while (true) {
             TakeNews();
             Wait(m_Server.Work());
-            m_Backroom.TellWhatIsDone();
+            m_Passwords.TellWhatIsDone();
+            m_Expansions.TellWhatIsDone();
             if (const auto now = steady_clock::now(); now >= m_NextSign) {
                 m_Routes.KeepStreamsAlive();
                 m_NextSign = now + kSignOfLife;
@@ -135,7 +138,9 @@ class House final {
         if (m_Routes.HasStreams()) {
             due = std::min(due.value_or(kSignOfLife), milliseconds(kSignOfLife));
         }
-        std::vector<pollfd> polled = {{m_Link.Number(), POLLIN, 0}, {m_Backroom.Number(), POLLIN, 0}};
+        std::vector<pollfd> polled = {{m_Link.Number(), POLLIN, 0},
+                                      {m_Passwords.Number(), POLLIN, 0},
+                                      {m_Expansions.Number(), POLLIN, 0}};
         for (const int number : m_Server.Numbers()) {
             polled.push_back({number, POLLIN, 0});
         }
@@ -144,7 +149,7 @@ class House final {
 
     board::Link m_Link;
     Accounts m_Accounts;
-    Backroom m_Backroom;
+    Backroom m_Passwords, m_Expansions;
     Calls m_Calls;
     Sight m_Sight;
     Routes m_Routes;
@@ -166,6 +171,7 @@ int Run(int count, const char* const* words) {
     TakeDescriptors();
     board::Link link(basics::Descriptor(*number), board::Link::End::Doors);
     const board::Settings settings = ReadSettings(link);
+    BecomeNobody(settings.user, settings.group);
     House(std::move(link), settings).Run();
 }
 

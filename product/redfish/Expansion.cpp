@@ -3,7 +3,7 @@
 namespace redfish {
 namespace {
 
-constexpr std::size_t kMostBytes = 16U << 20U;
+constexpr std::size_t kMostBytes = 8U << 20U;
 
 class Expander final {
   public:

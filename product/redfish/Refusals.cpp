@@ -3,6 +3,7 @@
 #include "Types.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace redfish {
 namespace {
@@ -130,16 +131,18 @@ http::Response Refuse(Complaint complaint, const std::vector<std::string>& words
     }
     const std::string id = std::string(kRegistryPrefix) + std::string(wording.key);
     const std::string message = Filled(wording.message, told);
-    const Value info = {{"@odata.type", NameOf(Kind::Message)},
-                        {"MessageId", id},
-                        {"Message", message},
-                        {"MessageArgs", told},
-                        {"MessageSeverity", wording.severity},
-                        {"Resolution", wording.resolution}};
+    Value info = Value::object();
+    info["@odata.type"] = NameOf(Kind::Message);
+    info["MessageId"] = id;
+    info["Message"] = message;
+    info["MessageArgs"] = told;
+    info["MessageSeverity"] = wording.severity;
+    info["Resolution"] = wording.resolution;
     Value body = Value::object();
-    body["error"]["code"] = id;
-    body["error"]["message"] = message;
-    body["error"]["@Message.ExtendedInfo"].push_back(info);
+    Value& error = body["error"];
+    error["code"] = id;
+    error["message"] = message;
+    error["@Message.ExtendedInfo"].push_back(std::move(info));
     http::Response response =
         http::MakeResponse(wording.status, "application/json; charset=utf-8", TextOf(body));
     PutCommonHeaders(response);

@@ -206,6 +206,10 @@ bool IsOpen(const http::Request& request) {
     return isFixed && IsReading(request) && !HasOptions(request);
 }
 
+bool TakesLong(const http::Request& request) {
+    return request.Query("$expand") != nullptr;
+}
+
 http::Response Unauthorized(const http::Request& /*request*/) {
     http::Response response = Refuse(Complaint::NoValidSession);
     response.headers.emplace_back("WWW-Authenticate", "Basic realm=\"Redfish\", charset=\"UTF-8\"");

@@ -221,5 +221,26 @@ TEST_F(Linked, TheServiceTakesNoFiles) {
     EXPECT_EQ(OpenFiles(), files + 1);
 }
 
+// Cut to half its bytes, that user would be root.
+TEST(Messages, RefuseNumbersThatWouldBecomeOthers) {
+    Packer packer;
+    packer.Number(0);  // listeners
+    packer.Text("");
+    packer.Text("");
+    packer.Number(0);  // accounts
+    packer.Number(0);  // nets
+    packer.Number(std::uint64_t(1) << 32U);
+    packer.Number(0);
+    packer.Number(60);
+    EXPECT_THROW((void)UnpackSettings(packer.Take()), WireError);
+    Packer outcome;
+    outcome.Number(1);
+    outcome.Text("");
+    outcome.Number((std::uint64_t(1) << 32U) + 5);
+    outcome.Number(0);
+    outcome.Number(0);
+    EXPECT_THROW((void)UnpackOutcome(outcome.Take()), WireError);
+}
+
 }  // namespace
 }  // namespace board

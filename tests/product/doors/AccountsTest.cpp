@@ -55,8 +55,18 @@ TEST(Hashes, HaveSaltsOfTheirOwn) {
 
 class AccountsTest : public testing::Test {
   protected:
-    AccountsTest() : m_Accounts(AccountList::Read(Listed("monitoring", "secret"))) {}
-    Accounts m_Accounts;
+    NewSession Make() {
+        const auto made = m_Accounts.Create("monitoring", "secret");
+        EXPECT_TRUE(std::holds_alternative<NewSession>(made));
+        return std::holds_alternative<NewSession>(made) ? std::get<NewSession>(made) : NewSession();
+    }
+    [[nodiscard]] std::string WhoIs(std::string_view token) {
+        const std::optional<redfish::Session> session = m_Accounts.WhoIs(token);
+        return session ? session->account : "";
+    }
+
+    Accounts::Clock::time_point m_Now{1000s};
+    Accounts m_Accounts{AccountList::Read(Listed("monitoring", "secret")), [this] { return m_Now; }};
 };
 
 TEST_F(AccountsTest, KnowPasswords) {
@@ -90,28 +100,70 @@ TEST_F(AccountsTest, HaveSessionsWithTokens) {
     EXPECT_THAT(first.token, testing::MatchesRegex("[0-9a-f]{64}"));
     EXPECT_NE(first.token, second.token);
     EXPECT_NE(first.session.id, second.session.id);
-    EXPECT_EQ(m_Accounts.WhoIs(first.token), "monitoring");
-    EXPECT_EQ(m_Accounts.WhoIs(first.token + "0"), std::nullopt);
-    EXPECT_EQ(m_Accounts.WhoIs(""), std::nullopt);
+    EXPECT_EQ(WhoIs(first.token), "monitoring");
+    EXPECT_EQ(m_Accounts.WhoIs(first.token)->id, first.session.id);
+    EXPECT_EQ(WhoIs(first.token + "0"), "");
+    EXPECT_EQ(WhoIs(""), "");
     EXPECT_THAT(m_Accounts.List(), SizeIs(2));
     EXPECT_TRUE(m_Accounts.End(first.session.id));
     EXPECT_FALSE(m_Accounts.End(first.session.id));
-    EXPECT_EQ(m_Accounts.WhoIs(first.token), std::nullopt);
-    EXPECT_EQ(m_Accounts.WhoIs(second.token), "monitoring");
+    EXPECT_EQ(WhoIs(first.token), "");
+    EXPECT_EQ(WhoIs(second.token), "monitoring");
 }
 
-TEST_F(AccountsTest, HaveNoMoreSessionsThanThereIsRoomFor) {
-    const auto wrong = m_Accounts.Create("monitoring", "wrong");
-    EXPECT_EQ(std::get<SessionRefusal>(wrong).why, SessionRefusal::Why::NotProved);
-    std::size_t made = 0;
-    while (std::holds_alternative<NewSession>(m_Accounts.Create("monitoring", "secret"))) {
-        ASSERT_LT(++made, 1000U);
+TEST_F(AccountsTest, HaveSessionsThatEndWhenNobodyUsesThem) {
+    const NewSession used = Make();
+    const NewSession idle = Make();
+    m_Now += 29min;
+    EXPECT_EQ(WhoIs(used.token), "monitoring");
+    EXPECT_TRUE(m_Accounts.Has(idle.session.id));
+    m_Now += 1min;
+    EXPECT_TRUE(m_Accounts.Has(used.session.id));
+    EXPECT_FALSE(m_Accounts.Has(idle.session.id)) << "and to look did not make it last";
+    EXPECT_THAT(m_Accounts.List(), SizeIs(1));
+    EXPECT_EQ(WhoIs(idle.token), "");
+    EXPECT_TRUE(m_Accounts.End(used.session.id));
+    EXPECT_FALSE(m_Accounts.Has(used.session.id));
+    EXPECT_FALSE(m_Accounts.Has(""));
+}
+
+TEST_F(AccountsTest, OfOneTheSessionIdleForLongestMakesWay) {
+    const NewSession first = Make();
+    m_Now += 1s;
+    const NewSession second = Make();
+    for (int more = 2; more < 16; ++more) {
+        m_Now += 1s;
+        (void)Make();
     }
-    EXPECT_EQ(made, 64U);
-    const auto refused = m_Accounts.Create("monitoring", "secret");
+    EXPECT_EQ(WhoIs(first.token), "monitoring") << "there is room for 16, and this one is idle no more";
+    m_Now += 1s;
+    (void)Make();
+    EXPECT_THAT(m_Accounts.List(), SizeIs(16));
+    EXPECT_TRUE(m_Accounts.Has(first.session.id));
+    EXPECT_FALSE(m_Accounts.Has(second.session.id));
+    EXPECT_EQ(WhoIs(second.token), "");
+}
+
+TEST(ManyAccounts, HaveNoMoreSessionsThanThereIsRoomFor) {
+    const std::vector<std::string> names = {"a", "b", "c", "d", "e"};
+    std::string list;
+    for (const std::string& name : names) {
+        list += Listed(name, "secret");
+    }
+    Accounts accounts(AccountList::Read(list));
+    const auto wrong = accounts.Create("a", "wrong");
+    EXPECT_EQ(std::get<SessionRefusal>(wrong).why, SessionRefusal::Why::NotProved);
+    for (int each = 0; each < 16; ++each) {
+        for (const char* const name : {"a", "b", "c", "d"}) {
+            ASSERT_TRUE(std::holds_alternative<NewSession>(accounts.Create(name, "secret")));
+        }
+    }
+    const auto refused = accounts.Create("e", "secret");
     EXPECT_EQ(std::get<SessionRefusal>(refused).why, SessionRefusal::Why::TooMany);
-    EXPECT_TRUE(m_Accounts.End(m_Accounts.List().front().id));
-    EXPECT_TRUE(std::holds_alternative<NewSession>(m_Accounts.Create("monitoring", "secret")));
+    EXPECT_TRUE(std::holds_alternative<NewSession>(accounts.Create("a", "secret"))) << "one of its own goes";
+    EXPECT_THAT(accounts.List(), SizeIs(64));
+    EXPECT_TRUE(accounts.End(accounts.List().front().id));
+    EXPECT_TRUE(std::holds_alternative<NewSession>(accounts.Create("e", "secret")));
 }
 
 TEST(NoAccounts, AreNeededWithoutAList) {

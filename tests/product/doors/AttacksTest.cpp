@@ -6,8 +6,10 @@
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
+#include <sys/resource.h>
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <filesystem>
 #include <iostream>
@@ -261,6 +263,110 @@ TEST_F(Attacked, ASessionEndsWithItsLogout) {
     EXPECT_TRUE(status == 200 || status == 204) << status;
     EXPECT_EQ(StatusOf(Ask("/redfish/v1/Systems", token)), 401);
     EXPECT_EQ(StatusOf(Ask("/raid.json", token)), 401);
+}
+
+// Whoever has lost a token logs out, and whoever has found it hears nothing from then on.
+TEST_F(Attacked, StreamsEndWithTheirSession) {
+    StartWithAccounts();
+    const std::string made =
+        Client(m_Port).Post(kSession, R"({"UserName": "monitoring", "Password": "secret"})");
+    ASSERT_EQ(StatusOf(made), 201) << made;
+    const std::string token = "X-Auth-Token: " + HeaderOf(made, "X-Auth-Token") + "\r\n";
+    const auto open = [&](const std::string& path, const std::string& headers) {
+        auto stream = std::make_unique<Client>(m_Port);
+        stream->Send("GET " + path + " HTTP/1.1\r\nHost: localhost\r\n" + headers + "\r\n");
+        EXPECT_TRUE(stream->ReadUntil("\r\n\r\n"));
+        EXPECT_EQ(StatusOf(stream->Read()), 200);
+        return stream;
+    };
+    const auto live = open("/live", token);
+    const auto events = open("/redfish/v1/EventService/SSE", token);
+    const auto other = open("/live", kRight);
+    ASSERT_EQ(StatusOf(Client(m_Port).Post("/refresh", "", kRight)), 303);
+    ASSERT_TRUE(live->ReadUntil("event: board")) << "it is one while its session lasts";
+    ASSERT_TRUE(other->ReadUntil("event: board"));
+    Client client(m_Port);
+    client.Send("DELETE " + HeaderOf(made, "Location") + " HTTP/1.1\r\nHost: localhost\r\n" + kRight +
+                "\r\n");
+    EXPECT_EQ(StatusOf(client.ReadAnswer()), 204);
+    EXPECT_TRUE(live->IsClosed());
+    EXPECT_TRUE(events->IsClosed());
+    other->Forget();
+    ASSERT_EQ(StatusOf(Client(m_Port).Post("/refresh", "", kRight)), 303);
+    EXPECT_TRUE(other->ReadUntil("event: board")) << "who proves who he is by a password has no session";
+}
+
+TEST_F(Attacked, StreamsAndSessionsEndWithTheirAccount) {
+    StartWithAccounts();
+    const std::string made =
+        Client(m_Port).Post(kSession, R"({"UserName": "monitoring", "Password": "secret"})");
+    ASSERT_EQ(StatusOf(made), 201) << made;
+    const std::string token = "X-Auth-Token: " + HeaderOf(made, "X-Auth-Token") + "\r\n";
+    Client bySession(m_Port);
+    Client byPassword(m_Port);
+    bySession.Send("GET /live HTTP/1.1\r\nHost: localhost\r\n" + token + "\r\n");
+    byPassword.Send("GET /live HTTP/1.1\r\nHost: localhost\r\n" + kRight + "\r\n");
+    ASSERT_TRUE(bySession.ReadUntil("retry: "));
+    ASSERT_TRUE(byPassword.ReadUntil("retry: "));
+    RunService({"passwd", "other", "--accounts", m_Folder / "others"}, "secret\n");
+    std::filesystem::rename(m_Folder / "others", m_Folder / "accounts");
+    ::kill(m_Service->Process(), SIGHUP);
+    EXPECT_TRUE(bySession.IsClosed());
+    EXPECT_TRUE(byPassword.IsClosed());
+    EXPECT_EQ(StatusOf(Ask("/raid.json", token)), 401);
+    EXPECT_EQ(StatusOf(Ask("/raid.json", kRight)), 401);
+}
+
+// However many addresses there are to come by.
+TEST_F(Attacked, AllWhoComeShareTheDescriptors) {
+    const std::array<std::uint16_t, 2> ports = {m_Port, FreePort()};
+    for (const std::uint16_t port : ports) {
+        m_Listen += ", \"127.0.0.1:" + std::to_string(port) + '"';
+    }
+    constexpr rlim_t kDescriptors = 128;
+    constexpr std::size_t kRoom = kDescriptors - 64 - 2 * (ports.size() + 1);
+    rlimit files{};
+    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &files), 0);
+    m_InService = [] {
+        const rlimit few{kDescriptors, kDescriptors};
+        ::setrlimit(RLIMIT_NOFILE, &few);
+    };
+    Start("small");
+    const std::string ask = "GET /healthz HTTP/1.1\r\nHost: localhost\r\n\r\n";
+    std::vector<std::unique_ptr<Client>> clients;
+    for (std::size_t number = 0; number < 2 * kRoom; ++number) {
+        clients.push_back(number % 3 == 0 ? std::make_unique<Client>(Socket())
+                                          : std::make_unique<Client>(ports.at(number % 3 - 1)));
+        ASSERT_TRUE(clients.back()->IsConnected());
+        clients.back()->Send(ask);
+    }
+    std::vector<bool> isIn(clients.size());
+    const auto countIn = [&] {
+        for (std::size_t number = 0; number < clients.size(); ++number) {
+            isIn[number] = isIn[number] || clients[number]->HasMore();
+        }
+        return static_cast<std::size_t>(std::count(isIn.begin(), isIn.end(), true));
+    };
+    ASSERT_TRUE(ComesTrue([&] { return countIn() >= kRoom; }));
+    for (std::size_t number = 0; number < clients.size();
+         ++number) {  // Others could have been let in meanwhile.
+        if (isIn[number]) {
+            EXPECT_EQ(StatusOf(clients[number]->ReadAnswer()), 200);
+            clients[number]->Send(ask);
+            EXPECT_EQ(StatusOf(clients[number]->ReadAnswer()), 200);
+        }
+    }
+    EXPECT_EQ(countIn(), kRoom);
+    for (std::size_t number = 0; number < clients.size(); ++number) {
+        if (isIn[number]) {
+            clients[number].reset();
+        }
+    }
+    for (const auto& each : clients) {
+        if (each) {
+            EXPECT_EQ(StatusOf(each->ReadAnswer()), 200) << "those who waited";
+        }
+    }
 }
 
 TEST_F(Attacked, MetricsAreForWhoIsNamed) {

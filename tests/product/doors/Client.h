@@ -81,8 +81,16 @@ class Client final {
         return answer;
     }
 
+    /// Whether something has come that was not read yet.
+    [[nodiscard]] bool HasMore() const {
+        pollfd socket = {m_Socket.Number(), POLLIN, 0};
+        return ::poll(&socket, 1, 0) == 1;
+    }
+
     /// What was read and not taken yet.
     [[nodiscard]] const std::string& Read() const { return m_Read; }
+
+    void Forget() { m_Read.clear(); }
 
     /// Whether the other end closes the connection, whatever it says before.
     bool IsClosed() {

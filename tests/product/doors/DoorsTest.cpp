@@ -6,7 +6,15 @@
 #include "test_support/Waiting.h"
 
 #include <gmock/gmock.h>
+#include <grp.h>
+#include <linux/capability.h>
 #include <signal.h>
+#include <sys/prctl.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <array>
+#include <filesystem>
 
 namespace doors::test {
 namespace {
@@ -35,6 +43,18 @@ TEST_F(Doors, ShowWhatTheCommandPrints) {
     const std::string refused = client.Post("/raid.json", "x");
     EXPECT_EQ(StatusOf(refused), 405);
     EXPECT_THAT(refused, HasSubstr("Allow: GET, HEAD"));
+}
+
+TEST_F(Doors, ExpandWhatBelongsToAResource) {
+    Start("small");
+    const std::string systems = Get("/redfish/v1/Systems?$expand=.");
+    EXPECT_EQ(StatusOf(systems), 200);
+    EXPECT_THAT(BodyOf(systems), HasSubstr(BodyOf(Get("/redfish/v1/Systems/1"))));
+    EXPECT_EQ(StatusOf(Get("/redfish/v1/Systems?$expand=all")), 400);
+    Client client(Socket());
+    client.Send("HEAD /redfish/v1/Systems?$expand=. HTTP/1.1\r\nHost: x\r\n\r\n");
+    ASSERT_TRUE(client.ReadUntil("\r\n\r\n"));
+    EXPECT_EQ(StatusOf(client.Read()), 200);
 }
 
 TEST_F(Doors, SpareWhoeverKnowsItTheBody) {
@@ -125,6 +145,50 @@ TEST_F(Doors, ProcessHasNoRights) {
 }
 #endif
 
+/// As AmbientCapabilities= of systemd does for a service that is not root.
+void BecomeNobodyWithRights() {
+    constexpr unsigned kNobody = 65534;
+    ::prctl(PR_SET_KEEPCAPS, 1, 0, 0, 0);
+    if (::setgroups(0, nullptr) != 0 || ::setresgid(kNobody, kNobody, kNobody) != 0 ||
+        ::setresuid(kNobody, kNobody, kNobody) != 0) {
+        ::_exit(1);
+    }
+    __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
+    constexpr unsigned kRights = 1U << unsigned(CAP_DAC_OVERRIDE) | 1U << unsigned(CAP_NET_RAW);
+    const std::array<__user_cap_data_struct, 2> sets = {{{kRights, kRights, kRights}, {}}};
+    ::syscall(SYS_capset, &header, sets.data());
+    for (const int right : {CAP_DAC_OVERRIDE, CAP_NET_RAW}) {
+        ::prctl(PR_CAP_AMBIENT, PR_CAP_AMBIENT_RAISE, right, 0, 0);
+    }
+}
+
+TEST_F(Doors, ProcessHasNoRightsThatTheServiceWasGiven) {
+    if (::geteuid() != 0) {
+        GTEST_SKIP() << "only root can give rights away";
+    }
+    // Not on a made-up server, which would be shown in a user's namespace, with other rights.
+    m_Folder.Write("service.toml", "listen = [\"unix:" + Socket() + "\"]\n");
+    m_Service =
+        Command{.words = {"--config", m_Folder / "service.toml", "--history", m_Folder / "history.db"},
+                .inChild = BecomeNobodyWithRights,
+                .program = DOORS_TEST_SERVICE}
+            .Start();
+    ASSERT_TRUE(ComesTrue([&] { return StatusOf(Get("/live.js")) == 200; }));
+    const std::string ambient = "CapAmb:\t0000000000002002\n";
+    const auto statusOf = [](const std::string& process) { return ReadFile("/proc/" + process + "/status"); };
+    ASSERT_THAT(statusOf(std::to_string(m_Service->Process())), HasSubstr(ambient));
+    const std::filesystem::path threads = "/proc/" + std::to_string(ProcessOfDoors()) + "/task";
+    std::size_t count = 0;
+    for (const auto& thread : std::filesystem::directory_iterator(threads)) {
+        ++count;
+        const std::string status = ReadFile(thread.path() / "status");
+        for (const char* const set : {"CapInh", "CapPrm", "CapEff", "CapAmb"}) {
+            EXPECT_THAT(status, HasSubstr(std::string(set) + ":\t0000000000000000\n"));
+        }
+    }
+    EXPECT_GE(count, 2U) << "the one that checks passwords is there, too";
+}
+
 std::string MethodCallOf(const std::string& method, const std::string& parameters) {
     return "<?xml version=\"1.0\" encoding=\"utf-8\"?><CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE "
            "ID=\"7\" "
@@ -164,6 +228,37 @@ TEST_F(Doors, LeaveOutWhatAClientDoesNotGive) {
     EXPECT_THAT(client.Post("/cimom", MethodCallOf("GetPDInfo", part), MethodHeadersOf("GetPDInfo")),
                 Not(HasSubstr("<VALUE>0</VALUE></RETURNVALUE>")));
 }
+
+class SpoiledAnswers : public Doors, public testing::WithParamInterface<const char*> {};
+
+// What a module does to its process is nothing to the service that asked.
+TEST_P(SpoiledAnswers, FailTheirCallAndNothingElse) {
+    const InstallRoot root;
+    root.UseFakeModule();
+    m_Folder.Write("service.toml", "interval = \"1d\"\nlisten = [\"unix:" + Socket() + "\"]\n");
+    m_Service =
+        Command{.words = {"--config", m_Folder / "service.toml", "--history", m_Folder / "history.db"},
+                .environment = {{"ZORBALT_INSTALL_DIR", root.Path()},
+                                {"FAKE_MODULE", std::string("spoil:") + GetParam()}},
+                .program = DOORS_TEST_SERVICE}
+            .Start();
+    ASSERT_TRUE(ComesTrue([&] { return Get("/healthz").find("could not be asked") != std::string::npos; }));
+    const pid_t doors = ProcessOfDoors();
+    for (int time = 0; time < 2; ++time) {
+        Client client(Socket());
+        const std::string answer =
+            client.Post("/cimom", MethodCallOf("GetInfo", ""), MethodHeadersOf("GetInfo"));
+        EXPECT_EQ(StatusOf(answer), 200);
+        EXPECT_THAT(answer, HasSubstr("<METHODRESPONSE NAME=\"GetInfo\"><ERROR CODE=\"1\" DESCRIPTION=\""));
+        EXPECT_THAT(answer, HasSubstr("the answer was spoiled"));
+    }
+    EXPECT_EQ(StatusOf(Get("/history")), 200) << "the service goes on";
+    EXPECT_EQ(ProcessOfDoors(), doors) << "and so do its doors";
+}
+
+INSTANTIATE_TEST_SUITE_P(Each, SpoiledAnswers,
+                         testing::Values("", "of no kind",
+                                         "\x01\x02\x03\x04\x05\x06\x07\x08\xff\xff\xff\xff"));
 
 TEST_F(Doors, AskTheServerAgainForWhoeverWantsThat) {
     Start("small");

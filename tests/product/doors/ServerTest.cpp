@@ -34,6 +34,7 @@ class ServerTest : public testing::Test {
         m_Thread = std::thread([this, limits] {
             Server server([this](const std::shared_ptr<Exchange>& exchange) { Handle(exchange); }, limits);
             server.Listen(ListenAt(m_Path), std::nullopt);
+            server.Listen(ListenAt(m_OtherPath), std::nullopt);
             m_IsReady = true;
             while (!m_IsEnding) {
                 if (!m_HoldsBack) {
@@ -43,8 +44,13 @@ class ServerTest : public testing::Test {
                 }
                 const auto due = server.Work();
                 m_Connections = server.Connections();
-                pollfd news = {server.Numbers().front(), POLLIN, 0};
-                (void)::poll(&news, 1, std::min(20, due ? static_cast<int>(due->count()) : 20));
+                m_MostConnections = std::max(m_MostConnections.load(), m_Connections.load());
+                std::vector<pollfd> news;
+                for (const int number : server.Numbers()) {
+                    news.push_back({number, POLLIN, 0});
+                }
+                (void)::poll(news.data(), news.size(),
+                             std::min(20, due ? static_cast<int>(due->count()) : 20));
             }
         });
         EXPECT_TRUE(testsupport::ComesTrue([this] { return m_IsReady.load(); }));
@@ -61,7 +67,11 @@ class ServerTest : public testing::Test {
         if (request.path == "/throws") {
             throw std::runtime_error("of no use");
         }
-        if (request.path == "/late") {
+        if (request.path == "/large") {
+            exchange->Reply(http::MakeResponse(200, "text/plain", std::string(kLarge, 'x')));
+        } else if (request.path == "/shared") {
+            exchange->Reply({.body = m_Shared});
+        } else if (request.path == "/late") {
             m_Late.push_back(exchange);
         } else if (request.path == "/stream") {
             http::Response response = http::MakeResponse(200, "text/event-stream", "data: first\n\n");
@@ -85,10 +95,13 @@ class ServerTest : public testing::Test {
         }
     }
 
+    static constexpr std::size_t kLarge = 1'000'000;  // More than a socket keeps.
+
     testsupport::TempFolder m_Folder;
-    const std::string m_Path = m_Folder / "socket";
+    const std::shared_ptr<const std::string> m_Shared = std::make_shared<std::string>(kLarge, 'y');
+    const std::string m_Path = m_Folder / "socket", m_OtherPath = m_Folder / "other";
     std::atomic<bool> m_IsReady = false, m_IsEnding = false, m_HoldsBack = false;
-    std::atomic<std::size_t> m_Asked = 0, m_Connections = 0;
+    std::atomic<std::size_t> m_Asked = 0, m_Connections = 0, m_MostConnections = 0;
     std::vector<std::shared_ptr<Exchange>> m_Late, m_Streams;
     std::thread m_Thread;
 };
@@ -195,6 +208,29 @@ TEST_F(ServerTest, SlowClientsKeepNobodyWaiting) {
     }
 }
 
+TEST_F(ServerTest, WhoIsTooManyWaitsWhereverHeComes) {
+    Start({.connections = 2});
+    auto first = std::make_unique<Client>(m_Path);
+    EXPECT_EQ(StatusOf(first->Get("/")), 200);
+    auto second = std::make_unique<Client>(m_OtherPath);
+    EXPECT_EQ(StatusOf(second->Get("/")), 200);
+    Client third(m_Path);
+    Client fourth(m_OtherPath);
+    third.Send("GET /third HTTP/1.1\r\nHost: x\r\n\r\n");
+    fourth.Send("GET /fourth HTTP/1.1\r\nHost: x\r\n\r\n");
+    for (int time = 0; time < 20; ++time) {  // Each time the server could let somebody in.
+        EXPECT_EQ(StatusOf(first->Get("/")), 200);
+        EXPECT_EQ(StatusOf(second->Get("/")), 200);
+    }
+    EXPECT_EQ(m_Asked, 42U);
+    first.reset();
+    EXPECT_TRUE(testsupport::ComesTrue([this] { return m_Asked == 43; })) << "somebody is let in";
+    second.reset();
+    EXPECT_EQ(StatusOf(third.ReadAnswer()), 200);
+    EXPECT_EQ(StatusOf(fourth.ReadAnswer()), 200);
+    EXPECT_EQ(m_MostConnections, 2U);
+}
+
 TEST_F(ServerTest, StreamsGetWhatHappens) {
     Start();
     Client stream(m_Path);
@@ -255,6 +291,23 @@ TEST_F(ServerTest, KeepsNoMoreOfAllBodiesThanThereIsRoomFor) {
     slow.Send("x");
     EXPECT_EQ(StatusOf(slow.ReadAnswer()), 200);
     EXPECT_EQ(StatusOf(Client(m_Path).Post("/p", std::string(1000, 'x'))), 200) << "there is room again";
+}
+
+TEST_F(ServerTest, KeepsNoMoreLongAnswersThanThereIsRoomFor) {
+    Start({.answers = 2 * kLarge});
+    const std::string ask = "GET /large HTTP/1.1\r\nHost: x\r\n\r\n";
+    Client first(m_Path);
+    Client second(m_Path);
+    for (Client* const client : {&first, &second}) {
+        client->Send(ask);
+    }
+    ASSERT_TRUE(testsupport::ComesTrue([this] { return m_Asked == 2; }));
+    EXPECT_EQ(StatusOf(Client(m_Path).Get("/large")), 503);
+    EXPECT_EQ(BodyOf(Client(m_Path).Get("/shared")), *m_Shared) << "what all get costs nothing";
+    EXPECT_EQ(StatusOf(Client(m_Path).Get("/")), 200);
+    EXPECT_EQ(BodyOf(first.ReadAnswer()).size(), kLarge);
+    EXPECT_TRUE(testsupport::ComesTrue([this] { return StatusOf(Client(m_Path).Get("/large")) == 200; }));
+    EXPECT_EQ(BodyOf(second.ReadAnswer()).size(), kLarge);
 }
 
 TEST_F(ServerTest, WhatAnswersMayFail) {

@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -34,6 +35,7 @@ class Doors : public testing::Test {
         m_Service = testsupport::Command{.words = {"--config", m_Folder / "service.toml", "--scenario",
                                                    scenario, "--history", m_Folder / "history.db"},
                                          .environment = m_Environment,
+                                         .inChild = m_InService,
                                          .program = DOORS_TEST_SERVICE}
                         .Start();
     }
@@ -62,6 +64,7 @@ class Doors : public testing::Test {
     testsupport::TempFolder m_Folder;
     std::string m_Listen;  ///< further addresses
     std::map<std::string, std::string> m_Environment;
+    std::function<void()> m_InService = [] {};  ///< what the process does before it is the service
     std::unique_ptr<testsupport::Running> m_Service;
     std::string m_Said;
 };

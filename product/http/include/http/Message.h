@@ -27,6 +27,7 @@ struct Request {
     std::vector<Field> headers{};
     std::string body{};
     std::string account{};  ///< who asks, where that was proved; else empty
+    std::string session{};  ///< the one by which it was proved, by its name; else empty
 
     [[nodiscard]] const std::string* Header(std::string_view name) const { return Find(headers, name); }
     [[nodiscard]] const std::string* Query(std::string_view name) const { return Find(query, name); }

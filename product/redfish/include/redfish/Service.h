@@ -63,6 +63,10 @@ class Service final {
 /// session. A service root that is to show what lies below it, by $expand, is not for everybody.
 [[nodiscard]] bool IsOpen(const http::Request& request);
 
+/// Whether an answer may take as long as some hundred milliseconds, and some megabytes that no other answer
+/// shares: what is expanded.
+[[nodiscard]] bool TakesLong(const http::Request& request);
+
 /// For a request that is not open, from somebody who has not proved who he is.
 [[nodiscard]] http::Response Unauthorized(const http::Request& request);
 
