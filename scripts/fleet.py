@@ -287,11 +287,18 @@ def show(fleet: Fleet) -> int:
     return 0
 
 
+# What somebody has clicked who looks at this page: alerts at rest are hidden, others unfolded, with what they say.
+CLICKED = """<base href="{base}/"><style>.alert-success {{ display: none }} .alert_details pre {{ display: none !important }}
+.alert-danger + .alert_details, .alert_annotations {{ display: table-row !important }}</style>"""
+
+
 def picture(fleet: Fleet, file: str) -> int:
     fail(fleet)
-    page = f"{fleet.prometheus}/classic/alerts"
-    subprocess.run(["chromium", "--headless", "--no-sandbox", "--disable-gpu", "--hide-scrollbars",
-                    f"--user-data-dir={fleet.folder}/profile", "--window-size=1280,900", f"--screenshot={file}", page],
+    text = fetch(f"{fleet.prometheus}/classic/alerts")
+    page = fleet.folder / "alerts.html"
+    page.write_text(text.replace("<head>", "<head>" + CLICKED.format(base=fleet.prometheus), 1))
+    subprocess.run(["chromium", "--headless", "--no-sandbox", "--disable-gpu", "--hide-scrollbars", "--force-device-scale-factor=1",
+                    f"--user-data-dir={fleet.folder}/profile", "--window-size=1280,1090", f"--screenshot={file}", f"file://{page}"],
                    check=True, timeout=120, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
     return 0
 

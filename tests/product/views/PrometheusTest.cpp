@@ -196,6 +196,24 @@ TEST(Prometheus, StatesChangeNoLabelsOfAPart) {
     }
 }
 
+TEST(Prometheus, StatesOfDrivesAreNumbers) {
+    struct Case {
+        const char *status, *detail, *role, *state;
+    };
+    for (const Case& each :
+         {Case{"NO ERROR", "ONLINE", "LD0", "0"}, Case{"NO ERROR", "HOT SPARE", "GHS", "1"},
+          Case{"NO ERROR", "HOT SPARE", "DHS", "1"}, Case{"NO ERROR", "UNCONFIGURED GOOD", "None", "2"},
+          Case{"NO ERROR", "COPYBACK", "LD0", "3"}, Case{"REBUILD", "REBUILD", "LD0", "4"},
+          Case{"ERROR", "FAILED", "GHS", "5"}, Case{"PURPLE", "ONLINE", "LD0", "6"}}) {
+        const std::string text =
+            Metrics(DriveXml("3", {ItemXml("PD Status", each.status),
+                                   ItemXml("PD Status(Detail)", each.detail), ItemXml("LD No.", each.role)}));
+        EXPECT_THAT(SeriesOf("raid_drive_state", text),
+                    testing::ElementsAre(std::string("{enclosure=\"252\",slot=\"3\"} ") + each.state))
+            << each.status << ' ' << each.detail << ' ' << each.role;
+    }
+}
+
 TEST(Prometheus, TellsEachFindingWithItsPartAndInWords) {
     const std::string text = Prometheus(SnapshotOf("large"));
     const std::string offline =
