@@ -82,6 +82,8 @@ class Fleet:
 
     def __init__(self, programs: Path, count: int, seconds: int, folder: Path):
         self.folder = folder
+        self.logs = folder / "logs"  # elsewhere: Prometheus looks at its lists of servers whenever something changes beside them
+        self.logs.mkdir()
         self.service = str(programs / "mngsrvraidd")
         self.names = [f"storage{number + 1}" for number in range(count)]
         self.seconds = seconds
@@ -141,7 +143,7 @@ class Fleet:
         self.receiver.server_close()
 
     def _start(self, name: str, *words: str) -> None:
-        with (self.folder / f"{name}.log").open("wb") as log:
+        with (self.logs / f"{name}.log").open("wb") as log:
             self.running.append(subprocess.Popen(words, stdin=subprocess.DEVNULL, stdout=log, stderr=log))
 
     def _write(self) -> None:
@@ -310,7 +312,7 @@ def main(programs: str, job: str, count: str, *more: str) -> int:
             with Fleet(Path(programs).resolve(), int(count), seconds, Path(folder)) as fleet:
                 return {"check": check, "show": show, "picture": picture}[job](fleet, *more)
         except (TimeoutError, subprocess.CalledProcessError):
-            for log in sorted(Path(folder).glob("*.log")):
+            for log in sorted(Path(folder).glob("logs/*.log")):
                 print(f"== {log.name}\n" + "\n".join(log.read_text(errors="replace").splitlines()[-5:]), file=sys.stderr)
             raise
 
