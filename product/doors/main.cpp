@@ -7,10 +7,8 @@
 #include "Rights.h"
 #include "Routes.h"
 #include "Server.h"
-#include "SetUp.h"
 #include "Sight.h"
 #include "basics/Descriptor.h"
-#include "basics/DocumentTarget.h"
 #include "basics/Failure.h"
 #include "basics/Text.h"
 #include "basics/Words.h"
@@ -154,23 +152,7 @@ class House final {
     steady_clock::time_point m_NextSign = steady_clock::now() + kSignOfLife;
 };
 
-/// What the service has this program do for whoever sets it up.
-bool SetsUp(const std::vector<std::string>& words) {
-    if (words.size() == 3 && words[0] == "passwd") {
-        SetPassword(words[1], words[2]);
-        return true;
-    }
-    if (words.size() == 2 && words[0] == "setup-tls") {
-        basics::DocumentTarget::StandardOutput().Store(SetUpTls(words[1]));
-        return true;
-    }
-    return false;
-}
-
 int Run(int count, const char* const* words) {
-    if (SetsUp({words + 1, words + count})) {
-        return 0;
-    }
     const std::optional<int> number = count == 2 ? basics::NumberFrom<int>(words[1]) : std::nullopt;
     if (!number || *number <= STDERR_FILENO) {
         Say("started by mngsrvraidd, not by hand; see mngsrvraidd --help");

@@ -72,8 +72,8 @@ void SetFiles(const DoorsConfiguration& doors, board::Settings& settings) {
 
 }  // namespace
 
-std::string ProgramOfDoors() {
-    return std::filesystem::read_symlink("/proc/self/exe").replace_filename("mngsrvraid-doors").string();
+std::string ProgramBeside(const char* name) {
+    return std::filesystem::read_symlink("/proc/self/exe").replace_filename(name).string();
 }
 
 Keeper::~Keeper() {
@@ -148,7 +148,7 @@ std::optional<Keeper::TimePoint> Keeper::NextDue() const {
 void Keeper::Start(TimePoint now) {
     m_Started = now;
     try {
-        const std::string program = ProgramOfDoors();
+        const std::string program = ProgramBeside("mngsrvraid-doors");
         auto [link, end] = board::Link::MakePair();
         const std::string number = std::to_string(end.Number());
         const std::array<const char*, 3> words = {program.c_str(), number.c_str(), nullptr};

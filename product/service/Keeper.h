@@ -15,8 +15,8 @@
 
 namespace service {
 
-/// The program that faces the network; it lies beside this one.
-[[nodiscard]] std::string ProgramOfDoors();
+/// A program that lies beside this one.
+[[nodiscard]] std::string ProgramBeside(const char* name);
 
 /// Keeps the process that faces the network: makes the sockets on which clients come, starts it, tells it
 /// what it is to show, hears what clients want, and starts it anew when it is gone. What it shows is asked

@@ -181,8 +181,8 @@ ExitStatus Watch(Options options) {
 }
 
 /// Accounts and keys are the business of the program that lets clients in.
-[[noreturn]] void BecomeDoors(std::vector<std::string> words) {
-    words.insert(words.begin(), ProgramOfDoors());
+[[noreturn]] void BecomeSetUp(std::vector<std::string> words) {
+    words.insert(words.begin(), ProgramBeside("mngsrvraid-set-up"));
     std::vector<char*> pointers;
     pointers.reserve(words.size() + 1);
     for (std::string& word : words) {
@@ -236,10 +236,10 @@ ExitStatus Run(int count, const char* const* words) {
         return ExitStatus::Success;
     }
     if (passwd->parsed()) {
-        BecomeDoors({"passwd", options.accounts, options.account});
+        BecomeSetUp({"passwd", options.accounts, options.account});
     }
     if (setUpTls->parsed()) {
-        BecomeDoors({"setup-tls", options.folder});
+        BecomeSetUp({"setup-tls", options.folder});
     }
     return options.checks ? Check(options) : options.testsAlert ? Test(options) : Watch(std::move(options));
 }

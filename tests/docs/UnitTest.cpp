@@ -19,7 +19,7 @@ constexpr const char* kName = "mngsrvraidd.service";
 class Installed final {
   public:
     Installed() {
-        const std::string path = DOCS_TEST_BUILD "/packaging/systemd/cmake_install.cmake";
+        const std::string path = DOCS_TEST_BUILD "/packaging/cmake_install.cmake";
         const Ended ended =
             Command{.words = {"-DCMAKE_INSTALL_PREFIX=" + Root(), "-P", path}, .program = DOCS_TEST_CMAKE}
                 .Run();

@@ -1,0 +1,128 @@
+#!/usr/bin/env bash
+# The Debian packages of this tree, in build/deb. Without arguments: builds them and installs the command and the service
+# on this machine. With arguments, only the named steps, in their order:
+#   build       dpkg-buildpackage, in a copy of the tree
+#   install     the command, the service and what they need, by apt
+#   lint        lintian, what the compiler was to harden, the profile for AppArmor
+#   life        in a fresh Debian: installs, upgrades, removes and purges them, under a systemd of its own
+#   twice       builds them again in another place at another time: the bytes have to be the same
+#   framework   the module alone, against an installed framework
+set -euo pipefail
+cd "$(dirname "$0")/.."
+. scripts/packages.sh
+
+OUT=$PWD/build/deb
+version=$(sed -n '1s/.*(\(.*\)).*/\1/p' debian/changelog)
+architecture=$(dpkg --print-architecture)
+changes=$OUT/mngsrvraid_${version}_$architecture.changes
+
+# copy_tree FOLDER: the sources as they are, without what has been built
+copy_tree() {
+    mkdir -p "$1"
+    git -c safe.directory="$PWD" ls-files -z --cached --others --exclude-standard |
+        { xargs -0 sh -c 'for file; do [ ! -e "$file" ] && [ ! -L "$file" ] || printf "%s\\0" "$file"; done' sh; } |
+        tar --null --files-from - -c | tar -x -C "$1"
+}
+
+# built FOLDER OPTION...: the packages, in that folder
+built() {
+    local folder=$1
+    shift
+    rm -rf "$folder"
+    copy_tree "$folder/mngsrvraid"
+    (cd "$folder/mngsrvraid" && dpkg-buildpackage -us -uc -b "$@") >"$folder/log" 2>&1 || {
+        tail -n 40 "$folder/log" >&2
+        echo "The packages could not be built; $folder/log has all of it." >&2
+        return 1
+    }
+    rm -r "$folder/mngsrvraid"
+}
+
+step_build() {
+    built "$OUT"
+    echo "$changes"
+}
+
+step_install() {
+    local as_root=()
+    [ "$(id -u)" -eq 0 ] || as_root=(sudo)
+    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends --reinstall \
+        "$OUT"/libqelp-zorbalt-mngsrvraid_"$version"_*.deb "$OUT"/mngsrvraid_"$version"_*.deb \
+        "$OUT"/mngsrvraidd_"$version"_*.deb
+    mngsrvraid --version
+}
+
+# Whoever runs lintian as root means it.
+lint_packages() {
+    local as_root=()
+    [ "$(id -u)" -ne 0 ] || as_root=(--allow-root)
+    lintian "${as_root[@]}" --pedantic --display-info --fail-on error,warning,info,pedantic "$changes"
+}
+
+# hardening FOLDER: of all programs and libraries in it; "Stack protected" and "Fortify" are judged by the log of the
+# compiler, for a library may have nothing to protect.
+hardening() {
+    local file
+    while IFS= read -r -d '' file; do
+        if head -c 4 "$file" | grep -q ELF; then
+            hardening-check --quiet --nostackprotector --nofortify --nocfprotection "$file" || return 1
+        fi
+    done < <(find "$1" -type f -print0)
+}
+
+step_lint() {
+    lint_packages
+    blhc --all "$OUT/log"
+    local files
+    files=$(mktemp -d)
+    trap 'rm -rf "$files"' RETURN
+    for package in "$OUT"/*_"$architecture".deb; do
+        [[ $package == *-dbgsym_* ]] || dpkg-deb -x "$package" "$files"
+    done
+    hardening "$files"
+    apparmor_parser --skip-kernel-load --skip-cache --Werror=all --base /etc/apparmor.d "$files/etc/apparmor.d/mngsrvraid-doors"
+    echo "$(find "$OUT" -name '*.deb' ! -name '*-dbgsym_*' | wc -l) packages: nothing to complain about"
+}
+
+step_life() {
+    tests/packages/life.sh "$OUT" "$version"
+}
+
+# Time and place go into neither names nor bytes.
+step_twice() {
+    local second=$PWD/build/deb-again/at/another/place
+    TZ=Pacific/Chatham LC_ALL=C.UTF-8 built "$second"
+    local package
+    for package in "$OUT"/*.deb; do
+        cmp "$package" "$second/${package##*/}"
+        echo "${package##*/}: the same bytes"
+    done
+}
+
+# The portable build's own libraries and headers stand in for the framework that is installed.
+step_framework() {
+    local root=$PWD/build/deb-framework/root
+    rm -rf "${root%/root}"
+    mkdir -p "$root"
+    for package in "$OUT"/libqelp-zorbalt-mngsrvraid{,-dev}_"$version"_*.deb; do
+        dpkg-deb -x "$package" "$root"
+    done
+    mkdir "$root/framework"
+    cp -r "$root/usr/lib/mngsrvraid/lib" "$root/usr/include/mngsrvraid/." "$root/framework"
+    mkdir "$root/framework/include"
+    mv "$root/framework/qel" "$root/framework/include"
+    ZORBALT_FRAMEWORK_DIR=$root/framework built "${root%/root}/packages" -Ppkg.mngsrvraid.framework
+    dpkg-deb -c "${root%/root}"/packages/libqelp-zorbalt-mngsrvraid_"$version"_*.deb
+}
+
+[ $# -gt 0 ] || set -- build install
+need_packages "${DEB_PACKAGES[@]}"
+for step in "$@"; do
+    case "$step" in
+        build | install | lint | life | twice | framework) "step_$step" ;;
+        *)
+            echo "There is no step named $step; the steps are build, install, lint, life, twice and framework." >&2
+            exit 2
+            ;;
+    esac
+done

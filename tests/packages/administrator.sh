@@ -1,0 +1,139 @@
+#!/bin/bash
+# administrator.sh VERSION PREVIOUS: what an administrator does with the packages below /packages, and what has to come of
+# it. It runs in a Debian of its own, as root.
+set -euo pipefail
+version=$1
+previous=$2
+OURS=(libqelp-zorbalt-mngsrvraid libqelp-zorbalt-mngsrvraid-dev mngsrvraid mngsrvraid-simulator mngsrvraidd)
+SETTINGS=/etc/mngsrvraid/mngsrvraidd.toml
+HISTORY=/var/lib/mngsrvraid/history.db
+
+say() {
+    echo "-- $*"
+}
+
+fail() {
+    echo "FAILED: $*" >&2
+    systemctl status --no-pager --full mngsrvraidd >&2 || true
+    journalctl --no-pager --unit mngsrvraidd --lines 30 >&2 || true
+    exit 1
+}
+
+# is WANTED COMMAND...: it prints that, whatever its status
+is() {
+    local wanted=$1 found
+    shift
+    found=$("$@" 2>&1) || true
+    [ "$found" = "$wanted" ] || fail "$*: \"$found\" and not \"$wanted\""
+}
+
+# becomes_true COMMAND...: within half a minute
+becomes_true() {
+    for _ in $(seq 150); do
+        ! "$@" >/dev/null 2>&1 || return 0
+        sleep 0.2
+    done
+    fail "never true: $*"
+}
+
+file_list() {
+    find / -xdev \( -path /proc -o -path /sys -o -path /dev -o -path /run -o -path /tmp -o -path /var/tmp -o -path /packages \
+        -o -path /var/cache/apt -o -path /var/lib/apt -o -path /var/lib/dpkg -o -path /var/log \
+        -o -path /var/cache/ldconfig -o -path /var/lib/systemd \) -prune -o -print | sort
+}
+
+install_all() {
+    apt-get install -q -y --no-install-recommends -o Dpkg::Options::=--force-confold "$@" 2>&1 | tee /run/words
+}
+
+events() {
+    mngsrvraid events "$@"
+}
+
+critical_begun() {
+    events | grep -c 'CRITICAL.*began' || true
+}
+
+has_critical() {
+    [ "$(critical_begun)" -gt 0 ]
+}
+
+apt-get update -q >/dev/null
+# What they depend on comes first, so that what they leave can be told from what that leaves.
+mapfile -t others < <(apt-get install -s --no-install-recommends /packages/*_"$version"_*.deb | sed -n 's/^Inst \([^ ]*\) .*/\1/p' |
+    grep -vxF "$(printf '%s\n' "${OURS[@]}")")
+apt-get install -q -y --no-install-recommends "${others[@]}" >/dev/null 2>&1
+file_list >/run/before
+
+say "installed where there is no RAID tool: off, with a word, and nothing made up"
+install_all /packages/previous/libqelp-zorbalt-mngsrvraid_*.deb /packages/previous/mngsrvraid_*.deb /packages/previous/mngsrvraidd_*.deb >/dev/null
+grep -F 'there is no RAID tool on this machine (/opt/zorbalt/vdk/cli/vdkcli): nothing is watched' /run/words || fail "not a word"
+is inactive systemctl is-active mngsrvraidd
+is enabled systemctl is-enabled mngsrvraidd
+is no systemctl show --property ConditionResult --value mngsrvraidd
+[ ! -e "$HISTORY" ] || fail "a history of nothing"
+is "mngsrvraidd $previous" sh -c 'echo mngsrvraidd $(dpkg-query -W -f "\${Version}" mngsrvraidd)'
+mngsrvraid health && fail "well without a tool"
+mngsrvraid --scenario small health && fail "a made-up server without the simulator"
+
+say "the tool is installed: watched from then on"
+echo small >/etc/this-server
+sed -i 's/^#interval = .*/interval = "1s"/; s/^#host = .*/host = "storage7"/; s/^#listen = .*/listen = ["unix:\/run\/mngsrvraid\/mngsrvraid.sock", "127.0.0.1:8282"]/' "$SETTINGS"
+dpkg -i /packages/vdk-tool.deb
+becomes_true systemctl is-active mngsrvraidd
+becomes_true mngsrvraid health
+becomes_true curl -sS -f -m 5 http://127.0.0.1:8282/healthz
+systemctl status --no-pager mngsrvraidd | grep Status:
+
+say "a drive fails"
+echo levels/raid5-gone >/etc/this-server
+becomes_true has_critical
+begun=$(critical_begun)
+events | tail -n 3
+becomes_true sh -c 'journalctl --no-pager --unit mngsrvraidd | grep CRITICAL'
+
+say "upgraded: the configuration, the history and the alarms are as they were"
+settings=$(sha256sum "$SETTINGS")
+first=$(events --format json | head -n 1)
+process=$(systemctl show --property MainPID --value mngsrvraidd)
+install_all /packages/libqelp-zorbalt-mngsrvraid_*.deb /packages/mngsrvraid_*.deb /packages/mngsrvraidd_*.deb >/dev/null
+is "mngsrvraidd $version" mngsrvraidd --version
+is active systemctl is-active mngsrvraidd
+is "$settings" sha256sum "$SETTINGS"
+[ "$process" != "$(systemctl show --property MainPID --value mngsrvraidd)" ] || fail "the old service still runs"
+becomes_true curl -sS -f -m 5 http://127.0.0.1:8282/raid.json
+is "$first" sh -c 'mngsrvraid events --format json | head -n 1'
+is "$begun" critical_begun
+curl -sS -m 5 http://127.0.0.1:8282/metrics | grep '^raid_health 2$' || fail "the alarm is gone"
+
+say "what is installed does its work"
+install_all /packages/mngsrvraid-simulator_*.deb >/dev/null
+for name in command service wbem; do
+    "/packages/tests/$name" >"/run/$name" 2>&1 || { cat "/run/$name" >&2; fail "$name"; }
+    echo "$name: passed"
+done
+
+say "removed: the data stay"
+known=$(events | wc -l)
+apt-get remove -q -y mngsrvraidd >/dev/null
+is inactive systemctl is-active mngsrvraidd
+[ ! -e /usr/sbin/mngsrvraidd ] || fail "still there"
+! pgrep -f mngsrvraid-doors || fail "somebody still faces the network"
+is "$settings" sha256sum "$SETTINGS"
+is "$known" sh -c "mngsrvraid events | wc -l"
+
+say "installed again: what was known is known"
+install_all /packages/mngsrvraidd_*.deb >/dev/null
+becomes_true systemctl is-active mngsrvraidd
+is "$first" sh -c 'mngsrvraid events --format json | head -n 1'
+
+say "purged: nothing is left"
+echo monitoring:x >/etc/mngsrvraid/accounts
+dpkg -P vdk-tool >/dev/null
+apt-get purge -q -y "${OURS[@]}" >/dev/null 2>&1
+rm /etc/this-server
+file_list >/run/after
+diff /run/before /run/after || fail "files"
+! getent passwd mngsrvraidd || fail "a user"
+is not-found sh -c 'systemctl daemon-reload; systemctl show --property LoadState --value mngsrvraidd'
+say "all as it has to be"
