@@ -19,7 +19,7 @@ esac
 need_packages "${BUILD_PACKAGES[@]}"
 {
     cmake --preset release -DZORBALT_BUILD_TESTS=OFF -DZORBALT_BENCH=OFF
-    cmake --build --preset release --target mngsrvraid mngsrvraidd mngsrvraid-doors
+    cmake --build --preset release --target mngsrvraid mngsrvraidd mngsrvraid-doors mngsrvraid-set-up
 } >&2
 if [ "${1:-}" = fleet ]; then
     need_packages "${FLEET_PACKAGES[@]}"

@@ -16,6 +16,6 @@ esac
 need_packages "${BUILD_PACKAGES[@]}" "${FLEET_PACKAGES[@]}"
 {
     cmake --preset release -DZORBALT_BUILD_TESTS=OFF -DZORBALT_BENCH=OFF
-    cmake --build --preset release --target mngsrvraidd mngsrvraid-doors
+    cmake --build --preset release --target mngsrvraidd mngsrvraid-doors mngsrvraid-set-up
 } >&2
 exec python3 scripts/fleet.py build/release/bin check "${1:-50}"

@@ -4,7 +4,6 @@
 #include "views/Views.h"
 #include "watch/Watch.h"
 
-#include <algorithm>
 #include <initializer_list>
 #include <utility>
 

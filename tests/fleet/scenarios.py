@@ -116,8 +116,8 @@ def servers(program: str, scenarios: Path, folder: Path) -> list[Server]:
               for kind in ("levels", "half-told") for one in sorted((scenarios / kind).iterdir())]
     found += [with_error(scenarios, report, folder) for report in ("ctrlinfo_a0", "ldpdinfo_a0", "pdinfo_a0")]
     for name in ("well", "levels/raid5-gone"):
-        subprocess.run([program, "--scenario", name, "expect", "--save", str(folder / f"{Path(name).name}.json"), "--accept-until", "9999-12-31",
-                        "--reason", "known"], check=True, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, timeout=60)
+        subprocess.run([program, "--scenario", name, "expect", "--save", str(folder / f"{Path(name).name}.json"),
+                        "--accept-until", "9999-12-31", "--reason", "known"], check=True, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, timeout=60)
     found.append(Server("all known", "levels/raid5-gone", ("--expect", str(folder / "raid5-gone.json"))))
     found.append(Server("small, expected well", "small", ("--expect", str(folder / "well.json"))))
     found.append(Server("large, narrow limits", "large",
