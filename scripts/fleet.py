@@ -80,16 +80,16 @@ def fetch(url: str, context: ssl.SSLContext | None = None, account: str = "") ->
 class Fleet:
     """Everything that runs, in a folder; all of it ends with the `with`."""
 
-    def __init__(self, programs: Path, count: int, seconds: int, folder: Path):
+    def __init__(self, programs: Path, count: int, seconds: int, folder: Path, usual_ports: bool):
         self.folder = folder
         self.logs = folder / "logs"  # elsewhere: Prometheus looks at its lists of servers whenever something changes beside them
         self.logs.mkdir()
         self.service = str(programs / "mngsrvraidd")
         self.names = [f"storage{number + 1}" for number in range(count)]
         self.seconds = seconds
-        self.port = free_port(8443)
-        self.prometheus = f"http://127.0.0.1:{free_port(9090)}"
-        self.alertmanager = f"http://127.0.0.1:{free_port(9093)}"
+        self.port = free_port(8443 if usual_ports else 0)
+        self.prometheus = f"http://127.0.0.1:{free_port(9090 if usual_ports else 0)}"
+        self.alertmanager = f"http://127.0.0.1:{free_port(9093 if usual_ports else 0)}"
         self.told: list[Told] = []
         self.running: list[subprocess.Popen[bytes]] = []
         self.receiver = http.server.ThreadingHTTPServer(("127.0.0.1", 0), self._handler())
@@ -153,13 +153,14 @@ class Fleet:
                        check=True, stdout=subprocess.DEVNULL, timeout=60)
         (self.folder / "raid.password").write_text("well?")
         shutil.copy(self.folder / "tls.crt", self.folder / "raid.crt")
-        servers = ""
+        servers = f'- targets: ["{self.address(len(self.names) - 1)}"]\n'  # whose name is its address
         for number, name in enumerate(self.names):
             (self.folder / f"{name}.toml").write_text(
                 f'host = "{name}"\ninterval = "1d"\nsmart_interval = "0"\ncalm = "0s"\n'
                 f'listen = ["https://{self.address(number)}"]\naccounts = "{self.folder}/accounts"\n'
                 f'tls_certificate = "{self.folder}/tls.crt"\ntls_key = "{self.folder}/tls.key"\n')
-            servers += f'- {{ targets: ["{self.address(number)}"], labels: {{ instance: {name} }} }}\n'
+            if number < len(self.names) - 1:
+                servers += f'- {{ targets: ["{self.address(number)}"], labels: {{ instance: {name} }} }}\n'
         (self.folder / "servers.yml").write_text(servers)
         for rules in FLEET.glob("*.rules.yml"):
             shutil.copy(rules, self.folder)
@@ -231,6 +232,10 @@ def check(fleet: Fleet) -> int:
     count = len(fleet.names)
     until("all servers are known to be well", lambda: fleet.value("count(raid_health == 0)") == count)
     until("the rules have seen them", lambda: fleet.value("raid:servers:count_by_level") == count)
+    instances = {each["metric"]["instance"] for each in fleet.query("up")}
+    if instances != {*fleet.names[:-1], fleet.address(count - 1).split(":")[0]}:
+        print(f"the servers are called {sorted(instances)}")
+        return 1
     if fleet.query("ALERTS"):
         print(f"something is told of servers that are well: {fleet.query('ALERTS')}")
         return 1
@@ -309,7 +314,7 @@ def main(programs: str, job: str, count: str, *more: str) -> int:
     with tempfile.TemporaryDirectory(prefix="fleet.") as folder:
         seconds = max(2, int(count) // 10)
         try:
-            with Fleet(Path(programs).resolve(), int(count), seconds, Path(folder)) as fleet:
+            with Fleet(Path(programs).resolve(), int(count), seconds, Path(folder), job == "show") as fleet:
                 return {"check": check, "show": show, "picture": picture}[job](fleet, *more)
         except (TimeoutError, subprocess.CalledProcessError):
             for log in sorted(Path(folder).glob("logs/*.log")):

@@ -7,9 +7,9 @@ cd "$(dirname "$0")/.."
 . scripts/packages.sh
 
 case "${1:-50}" in
-[1-9] | [1-9][0-9] | 1[0-9][0-9]) ;;
+[2-9] | [1-9][0-9] | 1[0-9][0-9]) ;;
 *)
-    echo "usage: scripts/fleet.sh [N], of 1 to 199" >&2
+    echo "usage: scripts/fleet.sh [N], of 2 to 199" >&2
     exit 2
     ;;
 esac
