@@ -11,6 +11,7 @@ files only addresses and times are replaced: nobody wants to wait for a minute t
 import base64
 import http.server
 import json
+import random
 import re
 import shutil
 import signal
@@ -31,7 +32,8 @@ FLEET = Path(__file__).resolve().parent.parent / "fleet"
 PATIENCE = 300  # seconds, for what takes a moment: only a fleet that is broken takes longer
 FAILING = "watch/loses-drive/by-inquiry"
 WELL = ("well", "small", "watch/moves/by-inquiry", "watch/grows-errors/by-inquiry", "watch/flaps/by-inquiry")
-STAGES = ("announced", "failed", "pulled", "rebuilding", "mended")
+STAGES = {"announced": r'raid_finding_level{.*serial="WMY413072".*} 1\n', "failed": r'raid_finding_level{.*serial="WMY413072".*} 2\n',
+          "pulled": r'raid_standing_alarm{.*serial="WMY413072"', "rebuilding": r"raid_drive_state{.*} 4\n", "mended": r"raid_health 0\n"}
 
 
 class Told(NamedTuple):
@@ -45,25 +47,16 @@ class Told(NamedTuple):
 
 
 def free_port(wanted: int = 0) -> int:
-    """One that nobody has on any address of this machine; the one that is wanted, where it is."""
-    for port in (wanted, 0):
+    """One that nobody has on any address of this machine, and that no client is given meanwhile; the one that is wanted, where it is."""
+    for port in (wanted or random.randint(20000, 32000), *(random.randint(20000, 32000) for _ in range(100))):
         try:
             with socket.socket() as taken:
                 taken.setsockopt(socket.SOL_SOCKET, socket.SO_REUSEADDR, 1)
                 taken.bind(("", port))
-                return taken.getsockname()[1]
+                return port
         except OSError:
             continue
     raise OSError("no port is free")
-
-
-def until(what: str, holds: Callable[[], Any]) -> Any:
-    deadline = time.monotonic() + PATIENCE
-    while not (value := holds()):
-        if time.monotonic() > deadline:
-            raise TimeoutError(f"it never came: {what}")
-        time.sleep(0.2)
-    return value
 
 
 def fetch(url: str, context: ssl.SSLContext | None = None, account: str = "") -> str:
@@ -94,6 +87,16 @@ class Fleet:
         self.running: list[subprocess.Popen[bytes]] = []
         self.receiver = http.server.ThreadingHTTPServer(("127.0.0.1", 0), self._handler())
 
+    def until(self, what: str, holds: Callable[[], Any]) -> Any:
+        """Waits for it as long as everything runs."""
+        deadline = time.monotonic() + PATIENCE
+        while not (value := holds()):
+            ended = [process.args for process in self.running if process.poll() is not None]
+            if ended or time.monotonic() > deadline:
+                raise TimeoutError(f"it never came: {what}; ended have {ended}")
+            time.sleep(0.2)
+        return value
+
     def _handler(self) -> type[http.server.BaseHTTPRequestHandler]:
         told = self.told
 
@@ -119,12 +122,12 @@ class Fleet:
             self._start("alertmanager", "prometheus-alertmanager", f"--config.file={self.folder}/alertmanager.yml",
                         f"--storage.path={self.folder}/alerts", "--cluster.listen-address=",
                         f"--web.listen-address={self.alertmanager[7:]}")
-            until("Alertmanager is ready", lambda: fetch(f"{self.alertmanager}/-/ready"))
+            self.until("Alertmanager is ready", lambda: fetch(f"{self.alertmanager}/-/ready"))
             for number in range(len(self.names)):
-                until(f"{self.names[number]} answers", lambda number=number: self.metrics(number))
+                self.until(f"{self.names[number]} answers", lambda number=number: self.metrics(number))
             self._start("prometheus", "prometheus", f"--config.file={self.folder}/prometheus.yml",
                         f"--storage.tsdb.path={self.folder}/series", f"--web.listen-address={self.prometheus[7:]}")
-            until("Prometheus is ready", lambda: fetch(f"{self.prometheus}/-/ready"))
+            self.until("Prometheus is ready", lambda: fetch(f"{self.prometheus}/-/ready"))
         except BaseException:
             self.__exit__()
             raise
@@ -196,11 +199,10 @@ class Fleet:
         result = self.query(expression)
         return float(result[0]["value"][1]) if result else -1
 
-    def step(self) -> None:
-        """The failing server is asked once more, and is a stage further."""
-        before = self.metrics(0)
+    def step(self, stage: str) -> None:
+        """The failing server is asked once more, and is a stage further, which shows in its series."""
         self.running[0].send_signal(signal.SIGUSR1)
-        until("the failing server has answered again", lambda: self.metrics(0) not in ("", before))
+        self.until(f"the failing server is {stage}", lambda: re.search(STAGES[stage], self.metrics(0)))
 
     def memory(self, which: int | None = None) -> float:
         """Resident, of a process or of all services, in MB; of a service without its doors."""
@@ -230,8 +232,8 @@ def scrapes_until_active(fleet: Fleet) -> int:
 
 def check(fleet: Fleet) -> int:
     count = len(fleet.names)
-    until("all servers are known to be well", lambda: fleet.value("count(raid_health == 0)") == count)
-    until("the rules have seen them", lambda: fleet.value("raid:servers:count_by_level") == count)
+    fleet.until("all servers are known to be well", lambda: fleet.value("count(raid_health == 0)") == count)
+    fleet.until("the rules have seen them", lambda: fleet.value("raid:servers:count_by_level") == count)
     instances = {each["metric"]["instance"] for each in fleet.query("up")}
     if instances != {*fleet.names[:-1], fleet.address(count - 1).split(":")[0]}:
         print(f"the servers are called {sorted(instances)}")
@@ -239,25 +241,25 @@ def check(fleet: Fleet) -> int:
     if fleet.query("ALERTS"):
         print(f"something is told of servers that are well: {fleet.query('ALERTS')}")
         return 1
-    fleet.step()
-    fleet.step()
+    fleet.step("announced")
+    fleet.step("failed")
     lost = time.time()
-    drive = until("the drive is told of", lambda: drive_alerts(fleet, fleet.open()))
+    drive = fleet.until("the drive is told of", lambda: drive_alerts(fleet, fleet.open()))
     arrived = next(each.at for each in list(fleet.told) if each.part() in drive)
-    active = until("Prometheus knows of the alert", lambda: fleet.query("ALERTS") and scrapes_until_active(fleet))
+    active = fleet.until("Prometheus knows of the alert", lambda: fleet.query("ALERTS") and scrapes_until_active(fleet))
     print(f"{count} servers: told {arrived - lost:.1f} s after the drive was lost, at scrape {active} since, "
           f"of one every {fleet.seconds} s: {' '.join(next(iter(drive)))}", flush=True)
-    fleet.step()
-    until("Prometheus knows that the drive is pulled",
+    fleet.step("pulled")
+    fleet.until("Prometheus knows that the drive is pulled",
           lambda: fleet.value(f'raid_standing_alarm{{instance="{fleet.names[0]}",serial="WMY413072"}}') == 2)
-    until("the rules have seen it a few times",
+    fleet.until("the rules have seen it a few times",
           lambda: fleet.value(f'count_over_time(raid_standing_alarm{{instance="{fleet.names[0]}"}}[1h])') >= 4)
     held = drive_alerts(fleet, fleet.open()) == drive
-    fleet.step()
-    until("the rebuild is known", lambda: fleet.value("sum(raid:rebuilds:count)") == 1)
-    fleet.step()
-    until("nothing is firing any more", lambda: fleet.value("count(raid_health == 0)") == count and not fleet.query("ALERTS"))
-    until("everything is told to have ended", lambda: fleet.told and not fleet.open())
+    fleet.step("rebuilding")
+    fleet.until("the rebuild is known", lambda: fleet.value("sum(raid:rebuilds:count)") == 1)
+    fleet.step("mended")
+    fleet.until("nothing is firing any more", lambda: fleet.value("count(raid_health == 0)") == count and not fleet.query("ALERTS"))
+    fleet.until("everything is told to have ended", lambda: fleet.told and not fleet.open())
     parts = {each.part() for each in fleet.told}
     others = {part for part in parts if part[1] != fleet.names[0] or (part[3:6] != ("252", "3", "PD3") and part[5] != "LD1")}
     places = {(each.receiver, each.alert["labels"]["severity"] == "critical") for each in fleet.told}
@@ -273,10 +275,10 @@ def check(fleet: Fleet) -> int:
 
 def fail(fleet: Fleet) -> None:
     """The first server has lost a drive, and Prometheus says so."""
-    until("Prometheus knows the servers", lambda: fleet.value("count(raid_health)") == len(fleet.names))
-    fleet.step()
-    fleet.step()
-    until("the alerts", lambda: fleet.value('count(ALERTS{alertstate="firing",severity="critical"})') == 2)
+    fleet.until("Prometheus knows the servers", lambda: fleet.value("count(raid_health)") == len(fleet.names))
+    fleet.step("announced")
+    fleet.step("failed")
+    fleet.until("the alerts", lambda: fleet.value('count(ALERTS{alertstate="firing",severity="critical"})') == 2)
 
 
 def show(fleet: Fleet) -> int:
