@@ -3,11 +3,13 @@
 include(CheckCXXSourceCompiles)
 
 function(link_statically target)
-  set(CMAKE_REQUIRED_LINK_OPTIONS -static)
+  set(CMAKE_REQUIRED_LINK_OPTIONS -static-pie)
   check_cxx_source_compiles("#include <string>\nint main() { return std::string().size() != 0; }"
                             ZORBALT_CAN_LINK_STATIC)
   if(ZORBALT_CAN_LINK_STATIC)
-    target_link_options(${target} PRIVATE -static)
+    target_link_options(${target} PRIVATE -static-pie)
+    # With a path to libraries that it does not need, such a program dies before it begins.
+    set_target_properties(${target} PROPERTIES INSTALL_RPATH "")
   else()
     target_link_options(${target} PRIVATE -static-libstdc++ -static-libgcc)
   endif()

@@ -9,7 +9,7 @@ SETTINGS=/etc/mngsrvraid/mngsrvraidd.toml
 HISTORY=/var/lib/mngsrvraid/history.db
 
 say() {
-    echo "-- $*"
+    echo "-- $SECONDS s: $*"
 }
 
 fail() {
@@ -43,7 +43,8 @@ file_list() {
 }
 
 install_all() {
-    apt-get install -q -y --no-install-recommends -o Dpkg::Options::=--force-confold "$@" 2>&1 | tee /run/words
+    apt-get install -q -y --no-install-recommends -o Dpkg::Options::=--force-confold "$@" >/run/words 2>&1 ||
+        { cat /run/words >&2; fail "installing"; }
 }
 
 events() {
@@ -66,7 +67,7 @@ apt-get install -q -y --no-install-recommends "${others[@]}" >/dev/null 2>&1
 file_list >/run/before
 
 say "installed where there is no RAID tool: off, with a word, and nothing made up"
-install_all /packages/previous/libqelp-zorbalt-mngsrvraid_*.deb /packages/previous/mngsrvraid_*.deb /packages/previous/mngsrvraidd_*.deb >/dev/null
+install_all /packages/previous/libqelp-zorbalt-mngsrvraid_*.deb /packages/previous/mngsrvraid_*.deb /packages/previous/mngsrvraidd_*.deb
 grep -F 'there is no RAID tool on this machine (/opt/zorbalt/vdk/cli/vdkcli): nothing is watched' /run/words || fail "not a word"
 is inactive systemctl is-active mngsrvraidd
 is enabled systemctl is-enabled mngsrvraidd
@@ -96,7 +97,7 @@ say "upgraded: the configuration, the history and the alarms are as they were"
 settings=$(sha256sum "$SETTINGS")
 first=$(events --format json | head -n 1)
 process=$(systemctl show --property MainPID --value mngsrvraidd)
-install_all /packages/libqelp-zorbalt-mngsrvraid_*.deb /packages/mngsrvraid_*.deb /packages/mngsrvraidd_*.deb >/dev/null
+install_all /packages/libqelp-zorbalt-mngsrvraid_*.deb /packages/mngsrvraid_*.deb /packages/mngsrvraidd_*.deb
 is "mngsrvraidd $version" mngsrvraidd --version
 is active systemctl is-active mngsrvraidd
 is "$settings" sha256sum "$SETTINGS"
@@ -107,7 +108,7 @@ is "$begun" critical_begun
 curl -sS -m 5 http://127.0.0.1:8282/metrics | grep '^raid_health 2$' || fail "the alarm is gone"
 
 say "what is installed does its work"
-install_all /packages/mngsrvraid-simulator_*.deb >/dev/null
+install_all /packages/mngsrvraid-simulator_*.deb
 for name in command service wbem; do
     "/packages/tests/$name" >"/run/$name" 2>&1 || { cat "/run/$name" >&2; fail "$name"; }
     echo "$name: passed"
@@ -123,7 +124,7 @@ is "$settings" sha256sum "$SETTINGS"
 is "$known" sh -c "mngsrvraid events | wc -l"
 
 say "installed again: what was known is known"
-install_all /packages/mngsrvraidd_*.deb >/dev/null
+install_all /packages/mngsrvraidd_*.deb
 becomes_true systemctl is-active mngsrvraidd
 is "$first" sh -c 'mngsrvraid events --format json | head -n 1'
 

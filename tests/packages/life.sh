@@ -39,7 +39,7 @@ trap clean_up EXIT
 make_previous() {
     local file=$1 folder=$work/unpacked
     dpkg-deb -R "$file" "$folder"
-    sed -i "s/^Version: .*/Version: $previous/; s/(= $version)/(= $previous)/" "$folder/DEBIAN/control"
+    sed -i "s/^Version: .*/Version: $previous/; s/(= $version)/(= $previous)/g" "$folder/DEBIAN/control"
     if [ -e "$folder/etc/mngsrvraid/mngsrvraidd.toml" ]; then
         echo "# The last line of the configuration before." >>"$folder/etc/mngsrvraid/mngsrvraidd.toml"
     fi
@@ -66,6 +66,7 @@ TOOL
 }
 
 # The machine that this one installs from is asked again. Where its own settings for that lie, they hold.
+SECONDS=0
 mirror=$(apt-get indextargets --format '$(REPO_URI)' 'Created-By: Packages' 'Codename: bookworm' | head -n 1)
 debootstrap --variant=minbase --include=curl,procps,sblim-wbemcli,systemd-sysv bookworm "$root" "$mirror" >"$work/log" 2>&1 ||
     { tail -n 20 "$work/log" >&2; exit 1; }
@@ -106,9 +107,10 @@ keeper=$!
 
 # inside COMMAND...: in that Debian
 inside() {
-    nsenter --target "$init" --cgroup --ipc --mount --pid --uts --root --wd=/ \
-        env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin DEBIAN_FRONTEND=noninteractive LC_ALL=C.UTF-8 "$@"
+    nsenter --target "$init" --cgroup --ipc --mount --pid --uts --root \
+        env -i -C / PATH=/usr/sbin:/usr/bin:/sbin:/bin DEBIAN_FRONTEND=noninteractive LC_ALL=C.UTF-8 "$@"
 }
+echo "-- $SECONDS s: a fresh Debian"
 init=
 for _ in $(seq 300); do
     init=$(pgrep -P "$(pgrep -P "$keeper" -x unshare || echo "$keeper")" -x systemd || true)
