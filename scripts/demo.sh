@@ -4,14 +4,15 @@
 #   scripts/demo.sh watch     watches a made-up server that loses a drive, is rebuilt and recovers within a minute
 #   scripts/demo.sh serve [SCENARIO [SECONDS]]
 #                             answers browsers and other clients at 127.0.0.1:8282, for so long or until Ctrl-C
+#   scripts/demo.sh fleet     five servers, one of which has lost a drive, and what Prometheus and Alertmanager say of them
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . scripts/packages.sh
 
 case "$#:${1:-}" in
-0: | 1:watch | [123]:serve) ;;
+0: | 1:watch | 1:fleet | [123]:serve) ;;
 *)
-    echo "usage: scripts/demo.sh [watch | serve [SCENARIO [SECONDS]]]" >&2
+    echo "usage: scripts/demo.sh [watch | fleet | serve [SCENARIO [SECONDS]]]" >&2
     exit 2
     ;;
 esac
@@ -22,8 +23,12 @@ if [ -z "$build" ]; then
     need_packages "${BUILD_PACKAGES[@]}"
     {
         cmake --preset release -DZORBALT_BUILD_TESTS=OFF -DZORBALT_BENCH=OFF
-        cmake --build --preset release --target mngsrvraid mngsrvraidd mngsrvraid-doors
+        cmake --build --preset release --target mngsrvraid mngsrvraidd mngsrvraid-doors mngsrvraid-set-up
     } >&2
+fi
+if [ "${1:-}" = fleet ]; then
+    need_packages "${FLEET_PACKAGES[@]}"
+    exec python3 scripts/fleet.py "$build/bin" show 5
 fi
 if [ "${1:-}" = watch ]; then
     configuration=$build/watch.toml

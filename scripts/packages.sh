@@ -35,8 +35,9 @@ BUILD_PACKAGES=(g++ cmake ninja-build libcli11-dev libpugixml-dev libutf8proc-de
     libtomlplusplus-dev libxml2-dev pkg-config)
 CHECK_PACKAGES=("${BUILD_PACKAGES[@]}" clang-14 clang-format-14 clang-tidy-14 chromium cppcheck curl libgtest-dev
     libgmock-dev libbenchmark-dev libxml2-utils libexpat1-dev locales mandoc groff-base
-    zsh fish jq prometheus python3 python3-jsonschema python3-sushy redfishtool systemd valgrind
+    zsh fish jq prometheus prometheus-alertmanager python3 python3-jsonschema python3-sushy redfishtool systemd valgrind
     msmtp openssl sblim-wbemcli)
+FLEET_PACKAGES=(prometheus prometheus-alertmanager python3)
 DEB_PACKAGES=("${BUILD_PACKAGES[@]}" apparmor debhelper debootstrap devscripts dh-apparmor dpkg-dev git lintian)
 BENCH_PACKAGES=("${BUILD_PACKAGES[@]}" libbenchmark-dev curl gnuplot-nox nghttp2-client python3 valgrind wrk)
 FUZZ_PACKAGES=("${BUILD_PACKAGES[@]}" clang-14 libclang-rt-14-dev libexpat1-dev python3)

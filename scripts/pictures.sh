@@ -1,11 +1,11 @@
 #!/usr/bin/env bash
-# Draws the README's pictures anew, docs/images/, from the made-up server large: what show prints on a terminal, and
-# the page. Needs a build in build/release; installs chromium.
+# Draws the pictures of docs/images/ anew: of the made-up server large, what show prints on a terminal, and the page; of
+# a fleet of five servers, what Prometheus alerts of. Needs a build in build/release; installs chromium and Prometheus.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . scripts/packages.sh
 
-need_packages chromium python3
+need_packages chromium "${FLEET_PACKAGES[@]}"
 command=build/release/bin/mngsrvraid
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
@@ -39,3 +39,4 @@ PYTHON
 mkdir -p docs/images
 photograph "$folder/show.html" "$PWD/docs/images/show.png" 1000 852
 photograph "$folder/page.html" "$PWD/docs/images/page.png" 1280 1180
+python3 scripts/fleet.py build/release/bin picture 5 "$PWD/docs/images/fleet.png"

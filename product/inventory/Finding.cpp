@@ -1,6 +1,21 @@
 #include "inventory/Finding.h"
 
+#include <array>
+
 namespace inventory {
+
+std::string_view NameOf(PartKind kind) {
+    constexpr std::array<std::string_view, 5> kNames = {"controller", "unit", "group", "logical-drive",
+                                                        "drive"};
+    return kNames.at(static_cast<std::size_t>(kind));
+}
+
+std::string_view NameOf(Rule rule) {
+    constexpr std::array<std::string_view, 9> kNames = {
+        "state",       "repetition",   "presence",           "place", "use",
+        "temperature", "media-errors", "media-error-growth", "spares"};
+    return kNames.at(static_cast<std::size_t>(rule));
+}
 
 std::string PlaceOf(const Finding& finding) {
     std::string place;

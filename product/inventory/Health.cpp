@@ -23,6 +23,14 @@ std::string SmartStatusOf(const Drive& drive) {
     return drive.smart == nullptr ? "" : ValueOf(*drive.smart, "SMART Status");
 }
 
+Level WorstStatusOf(const Drive& drive) {
+    Level level = drive.statuses.empty() ? Level::Unknown : Level::Ok;
+    for (const std::string& status : drive.statuses) {
+        level = std::max(level, LevelOfDriveStatus(status));
+    }
+    return level;
+}
+
 /// Judges a controller with what belongs to it, and collects what is not well.
 class Inspection final {
   public:
@@ -186,10 +194,7 @@ class Inspection final {
     }
 
     static void AddStatus(const Drive& drive, const Standing& standing, bool isInUse, Reasons& reasons) {
-        Level level = drive.statuses.empty() ? Level::Unknown : Level::Ok;
-        for (const std::string& status : drive.statuses) {
-            level = std::max(level, LevelOfDriveStatus(status));
-        }
+        Level level = WorstStatusOf(drive);
         if (level == Level::Critical) {  // What has failed counts by what it takes along: a spare nothing.
             const bool isBorne = !isInUse || standing.risk != Risk::None;
             level = isBorne ? std::max(Level::Warning, isInUse ? LevelOf(standing.risk) : Level::Ok) : level;
@@ -337,6 +342,26 @@ Health Judge(Server& server, const Criteria& criteria) {
 
 bool IsBusy(const Drive& drive) {
     return drive.health == Level::Ok && IsWork(drive.detail);
+}
+
+Duty DutyOf(const Drive& drive) {
+    switch (WorstStatusOf(drive)) {
+        case Level::Critical:
+            return Duty::HasFailed;
+        case Level::Warning:
+            return Duty::IsRebuilt;
+        case Level::Unknown:
+            return Duty::IsUnknown;
+        case Level::Ok:
+            break;
+    }
+    if (IsWork(drive.detail)) {
+        return Duty::IsCopied;
+    }
+    if (drive.membership == "GHS" || drive.membership == "DHS") {
+        return Duty::IsSpare;
+    }
+    return drive.membership.starts_with("LD") ? Duty::Serves : Duty::IsUnused;
 }
 
 bool IsBusy(const BackupUnit& unit) {

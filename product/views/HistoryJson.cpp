@@ -22,10 +22,9 @@ Value FromRememberedState(const history::State& state) {
 }
 
 Value FromRememberedPart(const history::Part& part) {
-    constexpr const char* kKinds[] = {"controller", "unit", "group", "logical-drive", "drive"};
     const inventory::Finding& about = part.about;
     return {{"key", part.key},
-            {"part_kind", kKinds[static_cast<std::size_t>(about.kind)]},
+            {"part_kind", NameOf(about.kind)},
             {"controller", Told(about.controller)},
             {"group", Told(about.group)},
             {"part", Told(about.part)},

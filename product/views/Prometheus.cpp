@@ -1,10 +1,9 @@
 #include "Exposition.h"
 #include "basics/Words.h"
 #include "inventory/Measure.h"
-#include "inventory/Smart.h"
 #include "views/Views.h"
+#include "watch/Watch.h"
 
-#include <algorithm>
 #include <initializer_list>
 #include <utility>
 
@@ -15,6 +14,8 @@ using inventory::Level;
 
 constexpr std::string_view kGauge = "gauge";
 constexpr std::string_view kCounter = "counter";
+
+constexpr double kSecondsOfHour = 3600;
 
 constexpr Metric kHealth = {"raid_health", kGauge,
                             "How well the server is: 0 ok, 1 warning, 2 critical, 3 unknown."};
@@ -30,9 +31,13 @@ constexpr Metric kAsked = {"raid_last_inquiry_timestamp_seconds", kGauge,
 constexpr Metric kAnswered = {"raid_last_inquiry_success", kGauge, "Whether it answered then."};
 constexpr Metric kFailuresInARow = {"raid_inquiry_failures_in_a_row", kGauge,
                                     "How often it has not answered since it did."};
+constexpr Metric kFindingLevel = {"raid_finding_level", kGauge,
+                                  "What is not well: 1 warning, 2 critical, 3 unknown."};
 constexpr Metric kStanding = {
     "raid_standing_alarm", kGauge,
     "A part that is in no report any more and was not well: 1 warning, 2 critical, 3 unknown."};
+constexpr Metric kFindingInfo = {"raid_finding_info", kGauge,
+                                 "What is not well, and what to do about it, in words; always 1."};
 constexpr Metric kParts = {"raid_parts", kGauge, "How many parts of a kind there are."};
 constexpr Metric kFindings = {"raid_findings", kGauge, "How many things of a level are not well."};
 
@@ -42,7 +47,6 @@ constexpr Metric kControllerHealth = {
 constexpr Metric kControllerInfo = {"raid_controller_info", kGauge, "What a controller is; always 1."};
 constexpr Metric kUnitHealth = {"raid_backup_unit_health", kGauge,
                                 "A backup unit: 0 ok, 1 warning, 2 critical, 3 unknown."};
-constexpr Metric kUnitInfo = {"raid_backup_unit_info", kGauge, "What a backup unit says; always 1."};
 constexpr Metric kGroupHealth = {
     "raid_group_health", kGauge,
     "Worst of a group's logical drives and members: 0 ok, 1 warning, 2 critical, 3 unknown."};
@@ -52,25 +56,19 @@ constexpr Metric kLogicalHealth = {"raid_logical_drive_health", kGauge,
 constexpr Metric kLogicalInfo = {"raid_logical_drive_info", kGauge, "What a logical drive is; always 1."};
 constexpr Metric kDriveHealth = {"raid_drive_health", kGauge,
                                  "A drive: 0 ok, 1 warning, 2 critical, 3 unknown."};
-constexpr Metric kDriveInfo = {"raid_drive_info", kGauge, "What a drive is and says; always 1."};
+constexpr Metric kDriveState = {"raid_drive_state", kGauge,
+                                "What a drive does: 0 serves, 1 spare, 2 not used, 3 being copied, 4 being "
+                                "rebuilt, 5 failed, 6 unknown."};
+constexpr Metric kDriveInfo = {"raid_drive_info", kGauge, "What a drive is; always 1."};
 constexpr Metric kTemperature = {"raid_drive_temperature_celsius", kGauge, "Temperature of a drive."};
 constexpr Metric kMediaErrors = {"raid_drive_media_errors_total", kCounter, "Media errors of a drive."};
 constexpr Metric kOtherErrors = {"raid_drive_other_errors_total", kCounter, "Other errors of a drive."};
 constexpr Metric kPredictions = {"raid_drive_predictive_failures_total", kCounter,
                                  "How often a drive predicted that it would fail."};
-constexpr Metric kSmartKey = {"raid_drive_smart_key_value", kGauge,
-                              "A number of the key lines of a drive's SMART data."};
-constexpr Metric kSmartTable = {"raid_drive_smart_table_value", kGauge,
-                                "A number of the table of a drive's SMART data."};
-
-/// The cell in the first column of that name; empty without one.
-std::string_view CellOf(const std::vector<std::string>& columns, const std::vector<std::string>& row,
-                        std::string_view name) {
-    const auto column = std::find(columns.begin(), columns.end(), name);
-    return column == columns.end()
-               ? ""
-               : std::string_view(row[static_cast<std::size_t>(column - columns.begin())]);
-}
+constexpr Metric kPowerOn = {"raid_drive_power_on_seconds", kGauge,
+                             "How long a drive has been powered on, where its SMART data tell it."};
+constexpr Metric kSmartErrors = {"raid_drive_smart_errors_total", kCounter,
+                                 "Errors that a drive counts in its SMART data."};
 
 /// Writes the series of a server. Every part gets labels of its own, which all of its series begin with: that
 /// makes them distinct, and lets them be joined.
@@ -90,19 +88,8 @@ class Series final {
             m_Exposition.Add(kAnswered, {}, watching.failure.empty() ? 1 : 0);
         }
         m_Exposition.Add(kFailuresInARow, {}, watching.failuresInARow);
-        DistinctLabels alarms("copy");
         for (const inventory::Finding& finding : watching.standing) {
-            m_Exposition.Add(kStanding,
-                             alarms.Distinct(Labels()
-                                                 .With("controller", finding.controller)
-                                                 .With("group", finding.group)
-                                                 .With("part", finding.part)
-                                                 .With("enclosure", finding.enclosure)
-                                                 .With("slot", finding.slot)
-                                                 .With("model", finding.product)
-                                                 .With("serial", finding.serial)
-                                                 .With("what", finding.what)),
-                             PlugInStatusOf(finding.level));
+            Add(kStanding, finding);
         }
     }
 
@@ -140,6 +127,28 @@ class Series final {
         }
         m_Exposition.Add(kFindings, Labels().With("level", "accepted"),
                          static_cast<double>(CountAccepted(health)));
+        for (const inventory::Finding& finding : health.findings) {
+            if (!finding.isAccepted) {
+                Add(kFindingLevel, finding);
+            }
+        }
+    }
+
+    /// A finding is known by its part; what is said of the part may change while it lasts.
+    void Add(const Metric& metric, const inventory::Finding& finding) {
+        const Labels labels = m_Findings.Distinct(Labels()
+                                                      .With("controller", finding.controller)
+                                                      .With("group", finding.group)
+                                                      .With("kind", NameOf(finding.kind))
+                                                      .With("part", finding.part)
+                                                      .With("enclosure", finding.enclosure)
+                                                      .With("slot", finding.slot)
+                                                      .With("model", finding.product)
+                                                      .With("serial", finding.serial)
+                                                      .With("rule", NameOf(finding.rule)));
+        m_Exposition.Add(metric, labels, PlugInStatusOf(finding.level));
+        m_Exposition.Add(kFindingInfo,
+                         labels.With("what", finding.what).With("advice", watch::AdviceFor(finding)), 1);
     }
 
     void AddPart(const Metric& healthMetric, const Metric& infoMetric, const Labels& part, Level level,
@@ -155,16 +164,13 @@ class Series final {
     void Add(const inventory::Controller& controller) {
         const Labels labels = m_Controllers.Distinct(Labels().With("controller", controller.number));
         AddPart(kControllerHealth, kControllerInfo, labels, controller.health,
-                {{"status", controller.status},
-                 {"product", controller.product},
+                {{"product", controller.product},
                  {"serial", controller.serial},
                  {"firmware", controller.firmware}});
         DistinctLabels units("copy");
         for (const inventory::BackupUnit& unit : controller.backupUnits) {
-            AddPart(kUnitHealth, kUnitInfo, units.Distinct(labels.With("unit", unit.name)), unit.health,
-                    {{"status", unit.status},
-                     {"presence", unit.presence},
-                     {"replacement_required", unit.replacement}});
+            m_Exposition.Add(kUnitHealth, units.Distinct(labels.With("unit", unit.name)),
+                             PlugInStatusOf(unit.health));
         }
         DistinctLabels groups("group_copy");
         for (const inventory::Group& group : controller.groups) {
@@ -172,9 +178,7 @@ class Series final {
         }
         DistinctLabels drives("copy");
         for (const inventory::Drive& drive : controller.drives) {
-            Add(drive, drives.Distinct(labels.With("enclosure", drive.enclosure)
-                                           .With("slot", drive.slot)
-                                           .With("drive", drive.number)));
+            Add(drive, drives.Distinct(labels.With("enclosure", drive.enclosure).With("slot", drive.slot)));
         }
     }
 
@@ -184,25 +188,21 @@ class Series final {
         DistinctLabels drives("copy");
         for (const inventory::LogicalDrive& drive : group.logicalDrives) {
             AddPart(kLogicalHealth, kLogicalInfo, drives.Distinct(labels.With("logical_drive", drive.number)),
-                    drive.health,
-                    {{"status", drive.state}, {"name", drive.name}, {"capacity", drive.capacity}});
+                    drive.health, {{"name", drive.name}, {"capacity", drive.capacity}});
         }
     }
 
     void Add(const inventory::Drive& drive, const Labels& labels) {
         AddPart(kDriveHealth, kDriveInfo, labels, drive.health,
-                {{"status", basics::Joined(drive.statuses)},
-                 {"detail", drive.detail},
-                 {"role", RoleOf(drive)},
-                 {"group", drive.group},
+                {{"drive", drive.number},
                  {"vendor", drive.vendor},
                  {"model", drive.product},
                  {"serial", drive.serial},
                  {"firmware", drive.firmware},
                  {"interface", drive.interfaceType},
                  {"media", drive.media},
-                 {"capacity", drive.capacity},
-                 {"power", drive.power}});
+                 {"capacity", drive.capacity}});
+        m_Exposition.Add(kDriveState, labels, static_cast<double>(DutyOf(drive)));
         if (const std::optional<double> celsius = inventory::CelsiusFrom(drive.temperature)) {
             m_Exposition.Add(kTemperature, labels, *celsius);
         }
@@ -210,7 +210,7 @@ class Series final {
         AddCount(kOtherErrors, labels, drive.otherErrors);
         AddCount(kPredictions, labels, drive.predictiveFailures);
         if (drive.smart != nullptr) {
-            Add(SmartOf(drive), labels);
+            Add(*drive.smart, labels);
         }
     }
 
@@ -222,40 +222,18 @@ class Series final {
         }
     }
 
-    void Add(const inventory::Smart& smart, const Labels& labels) {
-        DistinctLabels keys("repeat");
-        for (const auto& [name, value] : smart.keys) {
-            AddSmart(kSmartKey, keys, labels.With("attribute", name), inventory::MeasureFrom(value));
+    void Add(const inventory::Item& smart, const Labels& labels) {
+        const std::optional<inventory::Measure> on =
+            inventory::MeasureFrom(inventory::ValueOf(smart, "Power-On Time"));
+        if (on && basics::IsSameWord(on->unit, "Hours")) {
+            m_Exposition.Add(kPowerOn, labels, on->number * kSecondsOfHour);
         }
-        DistinctLabels cells("repeat");
-        for (const std::vector<std::string>& row : smart.rows) {
-            Add(smart.columns, row, cells, labels);
-        }
-    }
-
-    /// What a row is about stands in its columns "Attribute" and "ID".
-    void Add(const std::vector<std::string>& columns, const std::vector<std::string>& row,
-             DistinctLabels& cells, const Labels& drive) {
-        const Labels labels =
-            drive.With("attribute", CellOf(columns, row, "Attribute")).With("id", CellOf(columns, row, "ID"));
-        for (std::size_t column = 0; column < row.size(); ++column) {
-            const std::string& name = columns[column];
-            if (name != "Attribute" && name != "ID") {
-                AddSmart(kSmartTable, cells, labels.With("column", name),
-                         inventory::MeasureFrom(row[column], name));
-            }
-        }
-    }
-
-    void AddSmart(const Metric& metric, DistinctLabels& distinct, const Labels& labels,
-                  const std::optional<inventory::Measure>& measure) {
-        if (measure) {
-            m_Exposition.Add(metric, distinct.Distinct(labels.With("unit", measure->unit)), measure->number);
-        }
+        AddCount(kSmartErrors, labels, inventory::ValueOf(smart, "SMART Error Count"));
     }
 
     Exposition m_Exposition;
     DistinctLabels m_Controllers{"controller_copy"};
+    DistinctLabels m_Findings{"copy"};
 };
 
 }  // namespace

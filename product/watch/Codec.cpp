@@ -14,20 +14,17 @@ using inventory::Level;
 using inventory::PartKind;
 using inventory::Rule;
 
-constexpr std::array<std::string_view, 5> kPartKinds = {"controller", "unit", "group", "logical-drive",
-                                                        "drive"};
-constexpr std::array<std::string_view, 9> kRules = {
-    "state",       "repetition",   "presence",           "place", "use",
-    "temperature", "media-errors", "media-error-growth", "spares"};
 constexpr std::array<Level, 4> kLevels = {Level::Ok, Level::Unknown, Level::Warning, Level::Critical};
 
-template <typename Value, std::size_t Count>
-Value ValueNamed(const std::array<std::string_view, Count>& names, const std::string& name) {
-    const auto found = std::find(names.begin(), names.end(), name);
-    if (found == names.end()) {
-        throw CodecError("there is no \"" + name + '"');
+/// `last` is the last of the values.
+template <typename Value>
+Value ValueNamed(Value last, const std::string& name) {
+    for (int value = 0; value <= static_cast<int>(last); ++value) {
+        if (NameOf(static_cast<Value>(value)) == name) {
+            return static_cast<Value>(value);
+        }
     }
-    return static_cast<Value>(found - names.begin());
+    throw CodecError("there is no \"" + name + '"');
 }
 
 const Json* Find(const Json& object, const char* key) {
@@ -105,7 +102,7 @@ void Put(Json& object, const char* key, const std::optional<TimePoint>& time) {
 }
 
 void Put(Json& object, const Finding& finding) {
-    object["part_kind"] = kPartKinds.at(static_cast<std::size_t>(finding.kind));
+    object["part_kind"] = NameOf(finding.kind);
     object["rule"] = NameOf(finding.rule);
     Put(object, "controller", finding.controller);
     Put(object, "group", finding.group);
@@ -119,8 +116,8 @@ void Put(Json& object, const Finding& finding) {
 
 Finding FindingIn(const Json& object) {
     Finding finding;
-    finding.kind = ValueNamed<PartKind>(kPartKinds, TextIn(object, "part_kind"));
-    finding.rule = ValueNamed<Rule>(kRules, TextIn(object, "rule"));
+    finding.kind = ValueNamed(PartKind::Drive, TextIn(object, "part_kind"));
+    finding.rule = ValueNamed(Rule::Spares, TextIn(object, "rule"));
     finding.controller = TextIn(object, "controller");
     finding.group = TextIn(object, "group");
     finding.part = TextIn(object, "part");
@@ -130,10 +127,6 @@ Finding FindingIn(const Json& object) {
     finding.serial = TextIn(object, "serial");
     finding.what = TextIn(object, "what");
     return finding;
-}
-
-std::string_view NameOf(Rule rule) {
-    return kRules.at(static_cast<std::size_t>(rule));
 }
 
 }  // namespace watch

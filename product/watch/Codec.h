@@ -41,6 +41,4 @@ void Put(Json& object, const char* key, const std::optional<TimePoint>& time);
 void Put(Json& object, const inventory::Finding& finding);
 [[nodiscard]] inventory::Finding FindingIn(const Json& object);
 
-[[nodiscard]] std::string_view NameOf(inventory::Rule rule);
-
 }  // namespace watch

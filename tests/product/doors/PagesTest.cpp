@@ -54,7 +54,8 @@ TEST(Pages, ShowAlarmsOfPartsThatAreInNoReport) {
     EXPECT_THAT(Pages(shown).Find("/")->Text(), Not(HasSubstr("FAILED")));
     shown->alarms.front().isVanished = true;
     EXPECT_THAT(Pages(shown).Find("/")->Text(), HasSubstr("<b>FAILED</b>"));
-    EXPECT_THAT(Pages(shown).Find("/metrics")->Text(), HasSubstr("raid_standing_alarm{part=\"PD3\""));
+    EXPECT_THAT(Pages(shown).Find("/metrics")->Text(),
+                HasSubstr("raid_standing_alarm{kind=\"controller\",part=\"PD3\""));
 }
 
 TEST(Pages, ShowWhatHappenedLately) {

@@ -83,7 +83,7 @@ TEST(Prometheus, PassesPromtoolWithSmartAnswers) {
         const std::string text = Prometheus(SnapshotWithSmart(scenario));
         EXPECT_EQ(CheckMetrics(text), "") << scenario;
         EXPECT_EQ(Repetitions(text), std::vector<std::string>{}) << scenario;
-        EXPECT_NE(SeriesOf("raid_drive_smart_key_value", text), std::vector<std::string>{}) << scenario;
+        EXPECT_NE(SeriesOf("raid_drive_smart_errors_total", text), std::vector<std::string>{}) << scenario;
     }
 }
 
@@ -110,12 +110,13 @@ TEST(Prometheus, TellsTheStateOfEveryPart) {
     EXPECT_THAT(SeriesOf("raid_controller_health", text),
                 testing::ElementsAre("{controller=\"0\"} 2", "{controller=\"1\"} 0"));
     EXPECT_THAT(SeriesOf("raid_drive_health", text),
-                IsSupersetOf({"{controller=\"0\",enclosure=\"252\",slot=\"0\",drive=\"PD0\"} 0",
-                              "{controller=\"0\",enclosure=\"252\",slot=\"4\",drive=\"PD4\"} 1",
-                              "{controller=\"0\",enclosure=\"16\",slot=\"2\",drive=\"PD10\"} 1"}));
-    EXPECT_THAT(SeriesOf("raid_drive_info", text),
-                Contains(testing::AllOf(HasSubstr("drive=\"PD10\",status=\"ERROR\",detail=\"FAILED\""),
-                                        testing::EndsWith("} 1"))));
+                IsSupersetOf({"{controller=\"0\",enclosure=\"252\",slot=\"0\"} 0",
+                              "{controller=\"0\",enclosure=\"252\",slot=\"4\"} 1",
+                              "{controller=\"0\",enclosure=\"16\",slot=\"2\"} 1"}));
+    EXPECT_THAT(SeriesOf("raid_drive_state", text),
+                IsSupersetOf({"{controller=\"0\",enclosure=\"252\",slot=\"0\"} 0",
+                              "{controller=\"0\",enclosure=\"252\",slot=\"4\"} 4",
+                              "{controller=\"0\",enclosure=\"16\",slot=\"2\"} 5"}));
     EXPECT_THAT(SeriesOf("raid_logical_drive_health", text),
                 Contains("{controller=\"0\",group=\"RG2\",logical_drive=\"LD4\"} 2"));
     EXPECT_EQ(SeriesOf("raid_drive_health", text).size(), 26U);
@@ -125,7 +126,7 @@ TEST(Prometheus, UnknownIsThreeAsPlugInsCount) {
     const std::string drive = DriveXml("3", {ItemXml("PD Status", "PURPLE")});
     const std::string text = Metrics(ControllerXml() + drive);
     EXPECT_THAT(SeriesOf("raid_drive_health", text),
-                Contains("{controller=\"0\",enclosure=\"252\",slot=\"3\",drive=\"PD3\"} 3"));
+                Contains("{controller=\"0\",enclosure=\"252\",slot=\"3\"} 3"));
     EXPECT_THAT(SeriesOf("raid_health", text), Contains(" 3"));
     // What is known of a drive is no news of its server.
     EXPECT_TRUE(SeriesOf("raid_health", Metrics(drive)).empty());
@@ -146,16 +147,16 @@ TEST(Prometheus, TemperatureThatIsNoNumberIsLeftOut) {
                                      DriveXml("2", {ItemXml("Temperature", "31 C")}) +
                                      DriveXml("3", {ItemXml("Temperature", "nan")}) +
                                      DriveXml("4", {ItemXml("Temperature", "88 F")}) + DriveXml("5"));
-    EXPECT_THAT(SeriesOf("raid_drive_temperature_celsius", text),
-                testing::ElementsAre("{enclosure=\"252\",slot=\"2\",drive=\"PD2\"} 31",
-                                     "{enclosure=\"252\",slot=\"4\",drive=\"PD4\"} 31.11"));
+    EXPECT_THAT(
+        SeriesOf("raid_drive_temperature_celsius", text),
+        testing::ElementsAre("{enclosure=\"252\",slot=\"2\"} 31", "{enclosure=\"252\",slot=\"4\"} 31.11"));
 }
 
 TEST(Prometheus, CountsErrors) {
     const std::string text =
         Metrics(DriveXml("1", {ItemXml("Media Error Count", "4"), ItemXml("Other Error Count", "many"),
                                ItemXml("Predictive Failure Count", "0")}));
-    const std::string drive = "{enclosure=\"252\",slot=\"1\",drive=\"PD1\"} ";
+    const std::string drive = "{enclosure=\"252\",slot=\"1\"} ";
     EXPECT_THAT(SeriesOf("raid_drive_media_errors_total", text), Contains(drive + "4"));
     EXPECT_THAT(SeriesOf("raid_drive_other_errors_total", text), testing::IsEmpty());
     EXPECT_THAT(SeriesOf("raid_drive_predictive_failures_total", text), Contains(drive + "0"));
@@ -170,34 +171,81 @@ TEST(Prometheus, WhatIsNoCountOfErrorsIsLeftOut) {
     EXPECT_THAT(SeriesOf("raid_drive_predictive_failures_total", text), testing::IsEmpty());
 }
 
-TEST(Prometheus, ADriveInNoGroupHasNoLabelForIt) {
-    const std::vector<std::string> drives = SeriesOf("raid_drive_info", Prometheus(SnapshotOf("small")));
-    ASSERT_EQ(drives.size(), 3U);
-    EXPECT_THAT(drives[0], HasSubstr(",group=\"RG0\","));
-    EXPECT_THAT(drives[2], Not(HasSubstr("group=")));
+/// The labels of the series of a metric, without their values.
+std::vector<std::string> LabelsOf(const std::string& metric, const std::string& text) {
+    std::vector<std::string> labels = SeriesOf(metric, text);
+    for (std::string& series : labels) {
+        series.resize(series.rfind(' '));
+    }
+    return labels;
 }
 
-TEST(Prometheus, SmartNumbersHaveTheirAttributeAndColumn) {
-    const std::vector<std::string> row = {ItemXml("ID", "9"),      ItemXml("Attribute", "Power-On Hours"),
-                                          ItemXml("Flag", "0012"), ItemXml("Value", "81"),
-                                          ItemXml("Status", "OK"), ItemXml("Raw Data", "000000020411")};
-    const std::string text = Metrics(
-        DriveXml("1", {},
-                 {ParentXml("### SMART Information ###",
-                            {ItemXml("SMART Status", "OK"), ItemXml("Power-On Time", "20411 Hours"),
-                             ItemXml("Power-On Time", "20411 Hours"), ParentXml("SMART Detail(SATA)", row),
-                             ParentXml("SMART Detail(SATA)", row)})}));
-    const std::string drive = "{enclosure=\"252\",slot=\"1\",drive=\"PD1\",";
-    const std::string attribute = drive + "attribute=\"Power-On Hours\",id=\"9\",";
+// A series that ended with a state would take its past along, and an alert with it.
+TEST(Prometheus, StatesChangeNoLabelsOfAPart) {
+    const auto drive = [](const char* status, const char* detail, const char* role) {
+        return Metrics(ControllerXml() +
+                       DriveXml("3", {ItemXml("PD Status", status), ItemXml("PD Status(Detail)", detail),
+                                      ItemXml("LD No.", role), ItemXml("Serial Number", "7K")}));
+    };
+    const std::string well = drive("NO ERROR", "ONLINE", "LD0");
+    const std::string failed = drive("ERROR", "FAILED", "RLD");
+    EXPECT_NE(SeriesOf("raid_drive_state", well), SeriesOf("raid_drive_state", failed));
+    for (const char* const metric : {"raid_drive_health", "raid_drive_state", "raid_drive_info"}) {
+        EXPECT_THAT(LabelsOf(metric, well), testing::SizeIs(1));
+        EXPECT_EQ(LabelsOf(metric, well), LabelsOf(metric, failed));
+    }
+}
+
+TEST(Prometheus, StatesOfDrivesAreNumbers) {
+    struct Case {
+        const char *status, *detail, *role, *state;
+    };
+    for (const Case& each :
+         {Case{"NO ERROR", "ONLINE", "LD0", "0"}, Case{"NO ERROR", "HOT SPARE", "GHS", "1"},
+          Case{"NO ERROR", "HOT SPARE", "DHS", "1"}, Case{"NO ERROR", "UNCONFIGURED GOOD", "None", "2"},
+          Case{"NO ERROR", "COPYBACK", "LD0", "3"}, Case{"REBUILD", "REBUILD", "LD0", "4"},
+          Case{"ERROR", "FAILED", "GHS", "5"}, Case{"PURPLE", "ONLINE", "LD0", "6"}}) {
+        const std::string text =
+            Metrics(DriveXml("3", {ItemXml("PD Status", each.status),
+                                   ItemXml("PD Status(Detail)", each.detail), ItemXml("LD No.", each.role)}));
+        EXPECT_THAT(SeriesOf("raid_drive_state", text),
+                    testing::ElementsAre(std::string("{enclosure=\"252\",slot=\"3\"} ") + each.state))
+            << each.status << ' ' << each.detail << ' ' << each.role;
+    }
+}
+
+TEST(Prometheus, TellsEachFindingWithItsPartAndInWords) {
+    const std::string text = Prometheus(SnapshotOf("large"));
+    const std::string offline =
+        "{controller=\"0\",group=\"RG2\",kind=\"drive\",part=\"PD13\",enclosure=\"16\",slot=\"5\","
+        "model=\"TF800P\",serial=\"7K1301605C4\",rule=\"state\"";
+    EXPECT_THAT(SeriesOf("raid_finding_level", text), Contains(offline + "} 2"));
     EXPECT_THAT(
-        SeriesOf("raid_drive_smart_key_value", text),
-        testing::ElementsAre(drive + "attribute=\"Power-On Time\",unit=\"Hours\"} 20411",
-                             drive + "attribute=\"Power-On Time\",unit=\"Hours\",repeat=\"2\"} 20411"));
-    EXPECT_THAT(
-        SeriesOf("raid_drive_smart_table_value", text),
-        testing::ElementsAre(attribute + "column=\"Value\"} 81", attribute + "column=\"Raw Data\"} 20411",
-                             attribute + "column=\"Value\",repeat=\"2\"} 81",
-                             attribute + "column=\"Raw Data\",repeat=\"2\"} 20411"));
+        SeriesOf("raid_finding_level", text),
+        Contains("{controller=\"0\",group=\"RG2\",kind=\"logical-drive\",part=\"LD4\",rule=\"state\"} 2"));
+    EXPECT_EQ(SeriesOf("raid_finding_level", text).size(), SnapshotOf("large").TheHealth().findings.size());
+    EXPECT_THAT(SeriesOf("raid_finding_info", text),
+                Contains(offline + ",what=\"OFFLINE\",advice=\"Replace the drive by another TF800P; see that "
+                                   "it is the one with this serial number.\"} 1"));
+    EXPECT_THAT(SeriesOf("raid_finding_level", Prometheus(SnapshotOf("well"))), testing::IsEmpty());
+}
+
+// The rest of the SMART data is what the history is for: a table has dozens of numbers for each drive.
+TEST(Prometheus, OfSmartDataThereIsWhatEveryDriveHas) {
+    const std::vector<std::string> row = {ItemXml("ID", "9"), ItemXml("Attribute", "Power-On Hours"),
+                                          ItemXml("Value", "81"), ItemXml("Raw Data", "000000020411")};
+    const auto withSmart = [&](const char* slot, const char* on, const char* errors) {
+        return DriveXml(
+            slot, {},
+            {ParentXml("### SMART Information ###",
+                       {ItemXml("SMART Status", "OK"), ItemXml("Power-On Time", on),
+                        ItemXml("SMART Error Count", errors), ParentXml("SMART Detail(SATA)", row)})});
+    };
+    const std::string text = Metrics(withSmart("1", "20411 Hours", "7") + withSmart("2", "3 Moons", "few"));
+    const std::string drive = "{enclosure=\"252\",slot=\"1\"} ";
+    EXPECT_THAT(SeriesOf("raid_drive_power_on_seconds", text), testing::ElementsAre(drive + "73479600"));
+    EXPECT_THAT(SeriesOf("raid_drive_smart_errors_total", text), testing::ElementsAre(drive + "7"));
+    EXPECT_THAT(text, Not(HasSubstr("Power-On Hours")));
 }
 
 // Whatever a report repeats: controllers without a number, groups, logical drives, units and drives.
@@ -215,9 +263,9 @@ TEST(Prometheus, PartsThatAreThereTwiceHaveOneMoreLabel) {
     const std::string all = controller + group + group + DriveXml("1") + DriveXml("1");
     const std::string text = Metrics(all + all);
     EXPECT_THAT(SeriesOf("raid_drive_health", text),
-                IsSupersetOf({"{controller=\"0\",enclosure=\"252\",slot=\"1\",drive=\"PD1\"} 3",
+                IsSupersetOf({"{controller=\"0\",enclosure=\"252\",slot=\"1\"} 3",
                               "{controller=\"0\",controller_copy=\"2\",enclosure=\"252\",slot=\"1\","
-                              "drive=\"PD1\",copy=\"2\"} 3"}));
+                              "copy=\"2\"} 3"}));
     EXPECT_EQ(SeriesOf("raid_drive_info", text).size(), 4U);
     EXPECT_EQ(SeriesOf("raid_group_health", text).size(), 4U);
     EXPECT_EQ(SeriesOf("raid_logical_drive_health", text).size(), 8U);

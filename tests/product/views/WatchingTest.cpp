@@ -94,9 +94,11 @@ TEST(SeriesOfAService, TellHowItGoesAndWhatStands) {
     const Watching pulled{.standing = {Pulled(), Pulled()}};
     const std::string standing = Prometheus(Well(), &pulled);
     EXPECT_THAT(standing, HasSubstr("\nraid_health 2\n"));
-    EXPECT_THAT(standing, HasSubstr("\nraid_standing_alarm{controller=\"0\",part=\"PD3\",enclosure=\"252\","
-                                    "slot=\"3\",model=\"<TF6>\","
-                                    "serial=\"7K\\\"1\",what=\"FAILED\"} 2\n"));
+    const std::string labels =
+        "controller=\"0\",kind=\"drive\",part=\"PD3\",enclosure=\"252\",slot=\"3\","
+        "model=\"<TF6>\",serial=\"7K\\\"1\",rule=\"state\"";
+    EXPECT_THAT(standing, HasSubstr("\nraid_standing_alarm{" + labels + "} 2\n"));
+    EXPECT_THAT(standing, HasSubstr("\nraid_finding_info{" + labels + ",what=\"FAILED\",advice=\"Replace "));
     EXPECT_THAT(standing, HasSubstr("copy=\"2\"} 2\n"));
     EXPECT_THAT(standing, Not(HasSubstr("raid_last_inquiry_success")));
     EXPECT_THAT(Prometheus(Well()), Not(HasSubstr("raid_inquiry_failures_in_a_row")));

@@ -3,6 +3,7 @@
 #include "inventory/Level.h"
 
 #include <string>
+#include <string_view>
 
 namespace inventory {
 
@@ -37,6 +38,11 @@ struct Finding {
     std::string until = {};   ///< the last day on which it is accepted, or was; empty where it never was
     std::string reason = {};  ///< why it is accepted
 };
+
+/// "drive", "logical-drive"; as programs are told.
+[[nodiscard]] std::string_view NameOf(PartKind kind);
+/// "state", "media-error-growth"; as programs are told.
+[[nodiscard]] std::string_view NameOf(Rule rule);
 
 /// The place of a finding: "controller 0, RG1, PD9 in enclosure 16 slot 1".
 [[nodiscard]] std::string PlaceOf(const Finding& finding);

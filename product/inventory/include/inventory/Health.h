@@ -32,6 +32,10 @@ struct Health {
 [[nodiscard]] bool IsBusy(const Drive& drive);
 [[nodiscard]] bool IsBusy(const BackupUnit& unit);
 
+/// What a drive does, by its own words alone.
+enum class Duty { Serves, IsSpare, IsUnused, IsCopied, IsRebuilt, HasFailed, IsUnknown };
+[[nodiscard]] Duty DutyOf(const Drive& drive);
+
 /// What there is, in words: "2 controllers, 5 groups, 6 logical drives, 26 drives".
 [[nodiscard]] std::string Describe(const Counts& counts);
 
