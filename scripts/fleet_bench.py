@@ -8,6 +8,7 @@ server that is well, and of the same with a lost drive. Prometheus is Debian's w
 account and Alertmanager. RESULTS gets fleet.json and the drawing fleet-growth.svg."""
 
 import json
+import math
 import re
 import resource
 import shutil
@@ -152,8 +153,11 @@ class Prometheus:
                 re.findall(r'^prometheus_rule_group_last_duration_seconds{rule_group=".*;(.*)"} (\S+)$', fetch(f"{self.url}/metrics"), re.M)}
 
     def value(self, expression: str) -> float:
-        answer = json.loads(fetch(f"{self.url}/api/v1/query?query={urllib.parse.quote(expression)}") or "{}")
-        result = answer.get("data", {}).get("result", [])
+        """0 where nothing is there, and no number where it does not answer in time."""
+        answer = fetch(f"{self.url}/api/v1/query?query={urllib.parse.quote(expression)}")
+        if not answer:
+            return math.nan
+        result = json.loads(answer)["data"]["result"]
         return float(result[0]["value"][1]) if result else 0
 
     def wal(self) -> int:
