@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # From a checkout to passing tests: installs what is missing, then formatting, the builds with their tests, and the
-# static analyses. With arguments, only the named steps: format, cppcheck, clang, tidy, sanitize, release.
+# static analyses. With arguments, only the named steps: format, cppcheck, clang, tidy, sanitize, release, packages.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . scripts/packages.sh
@@ -55,6 +55,11 @@ check_tidy() {
         { grep -vE '^[0-9]+ warnings? (and [0-9]+ errors? )?generated\.$|^$' || true; }
 }
 
+# What people install, and what becomes of it on their machines.
+check_packages() {
+    scripts/deb.sh build lint life
+}
+
 run_step() {
     echo "== $1"
     local start=$SECONDS
@@ -64,15 +69,16 @@ run_step() {
         release | sanitize) build_and_test "$1" ;;
         clang) check_clang ;;
         tidy) check_tidy ;;
+        packages) check_packages ;;
         *)
-            echo "There is no step named $1; the steps are format, cppcheck, clang, tidy, sanitize and release." >&2
+            echo "There is no step named $1; the steps are format, cppcheck, clang, tidy, sanitize, release and packages." >&2
             exit 2
             ;;
     esac
     echo "== $1 took $((SECONDS - start)) s"
 }
 
-[ $# -gt 0 ] || set -- format cppcheck clang tidy sanitize release
+[ $# -gt 0 ] || set -- format cppcheck clang tidy sanitize release packages
 for step in "$@"; do
     run_step "$step"
 done

@@ -30,7 +30,9 @@ built() {
     shift
     rm -rf "$folder"
     copy_tree "$folder/mngsrvraid"
-    (cd "$folder/mngsrvraid" && dpkg-buildpackage -us -uc -b "$@") >"$folder/log" 2>&1 || {
+    {
+        (cd "$folder" && dpkg-source -b mngsrvraid) && (cd "$folder/mngsrvraid" && dpkg-buildpackage -us -uc -b "$@")
+    } >"$folder/log" 2>&1 || {
         tail -n 40 "$folder/log" >&2
         echo "The packages could not be built; $folder/log has all of it." >&2
         return 1
@@ -52,11 +54,11 @@ step_install() {
     mngsrvraid --version
 }
 
-# Whoever runs lintian as root means it.
+# The packages and their source.
 lint_packages() {
     local as_root=()
     [ "$(id -u)" -ne 0 ] || as_root=(--allow-root)
-    lintian "${as_root[@]}" --pedantic --display-info --fail-on error,warning,info,pedantic "$changes"
+    lintian "${as_root[@]}" --pedantic --display-info --fail-on error,warning,info,pedantic "$changes" "$OUT"/*.dsc
 }
 
 # Of all programs and libraries in that folder, and of each source that they are made of: a file may hold nothing that
