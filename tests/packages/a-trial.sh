@@ -19,9 +19,9 @@ is() {
     [ "$found" = "$wanted" ] || fail "$*: \"$found\" and not \"$wanted\""
 }
 
-# becomes_true COMMAND...: within half a minute
+# becomes_true COMMAND...: within minutes, of which an emulated or a busy machine needs some
 becomes_true() {
-    for _ in $(seq 150); do
+    for _ in $(seq 600); do
         ! "$@" >/dev/null 2>&1 || return 0
         sleep 0.2
     done

@@ -11,18 +11,18 @@ SOCKET=/run/mngsrvraid/mngsrvraid.sock
 TLS=https://127.0.0.1:8443
 PLAIN=('http://127.0.0.1:8282' 'http://[::1]:8282')
 PATHS=(/ /metrics /raid.json /raid.xml /history /healthz /live.js /redfish/v1/ '/redfish/v1/Systems/1/Storage?$expand=*($levels=3)')
-ALARM=/var/lib/mngsrvraid-alarm
+ALARMS=/var/lib/the-alarms
 
 # What the kernel had against the doors, or would have had, since the log was cleared: each kind of line with its number.
 kernel_log() {
     dmesg | { grep -E 'apparmor="(ALLOWED|DENIED)".*"mngsrvraid-doors' || true; } |
         sed -E 's/.*(apparmor=)/\1/; s/ (pid|requested_mask|fsuid|ouid)=[^ ]*//g' | sort | uniq -c
-    ! dmesg | grep -iE 'audit.*(lost|suppressed|limit exceeded)' || fail "lines of the kernel are lost"
 }
 
 nothing_logged() {
     kernel_log >/run/kernel-log
     [ ! -s /run/kernel-log ] || { cat /run/kernel-log >&2; fail "the kernel has something against it"; }
+    ! dmesg | grep -iE 'audit.*(lost|suppressed|limit exceeded)' || fail "lines of the kernel are lost"
     say "$(pgrep -fc "^$DOORS") process of the doors, $(cat "/proc/$(doors)/attr/current"): 0 lines in the kernel's log"
 }
 
@@ -112,7 +112,7 @@ forbidden() {
 
 a_shell_in_its_place() {
     mount --bind /bin/bash "$DOORS"
-    is "mngsrvraid-doors (enforce)" "$DOORS" -c 'read -r word </proc/self/attr/current; echo "$word"'
+    is "it runs" "$DOORS" -c 'echo it runs'
     forbidden 'operation="open".*name="/etc/shadow"' 'read -r word </etc/shadow'
     forbidden 'operation="open".*name="/etc/mngsrvraid/tls.key"' 'read -r word </etc/mngsrvraid/tls.key'
     forbidden 'operation="open".*name="/var/lib/mngsrvraid/history.db"' 'read -r word </var/lib/mngsrvraid/history.db'
@@ -120,7 +120,7 @@ a_shell_in_its_place() {
     forbidden 'operation="exec".*name="/(usr/)?bin/cat"' '/bin/cat /etc/hostname'
     forbidden 'operation="exec".*name="/opt/zorbalt/vdk/cli/vdkcli"' '/opt/zorbalt/vdk/cli/vdkcli -v'
     forbidden 'operation="create".*family="inet".*sock_type="dgram"' 'echo word >/dev/udp/127.0.0.1/53'
-    forbidden 'operation="signal"' 'kill -9 '"$$"
+    forbidden 'operation="signal"' 'kill -CONT '"$$"
     umount "$DOORS"
 }
 
@@ -134,8 +134,9 @@ has_alarm() {
 
 first_boot() {
     say "Debian $(cat /etc/debian_version), kernel $(uname -r), AppArmor $(cat /sys/module/apparmor/parameters/enabled)"
-    sysctl -q kernel.printk_ratelimit=0
-    dpkg -i /packages/{libqelp-zorbalt-mngsrvraid,mngsrvraid,mngsrvraid-simulator,mngsrvraidd}_"$version"_*.deb >/run/words 2>&1 ||
+    mkdir -p /etc/gnutls
+    echo '# Settings of an administrator.' >/etc/gnutls/config
+    apt-get install -q -y --no-install-recommends /packages/*_"$version"_*.deb >/run/words 2>&1 ||
         { cat /run/words >&2; fail "installing"; }
     is enforce sh -c 'sed -n "s/^mngsrvraid-doors (\(.*\))$/\1/p" /sys/kernel/security/apparmor/profiles'
 
@@ -182,7 +183,7 @@ first_boot() {
     say "the service on made-up servers, by hand"
     dmesg --clear
     for name in service wbem; do
-        timeout 300 bash -x "/packages/tests/$name" >"/run/$name" 2>&1 || { cat "/run/$name" >&2; fail "$name"; }
+        timeout 300 "/packages/tests/$name" >"/run/$name" 2>&1 || { cat "/run/$name" >&2; fail "$name"; }
     done
     nothing_logged
 
@@ -193,26 +194,27 @@ first_boot() {
     becomes_true is_open
     echo levels/raid5-gone >/etc/this-server
     becomes_true has_critical
-    mngsrvraid events --format json | grep -F CRITICAL >"$ALARM" || mngsrvraid events >"$ALARM"
+    has_alarm
     systemd-analyze security --no-pager mngsrvraidd | tail -n 1
+    systemctl stop mngsrvraidd
+    has_critical >"$ALARMS"
     systemctl reboot
 }
 
 second_boot() {
-    say "started again: the service runs, the alarm stands, the doors are confined"
+    say "the service runs, no alarm is told again, the doors are confined"
     becomes_true systemctl is-active mngsrvraidd
-    becomes_true is_open
-    becomes_true has_alarm
-    confined_as enforce
-    is 1 sh -c "mngsrvraid events | grep -c 'CRITICAL.*began.*LD'"
     ask_doors
+    has_alarm
+    is "$(cat "$ALARMS")" has_critical
+    confined_as enforce
     nothing_logged
     is "" systemctl --failed --no-legend
     say "all as it has to be"
     systemctl poweroff
 }
 
-if [ ! -e "$ALARM" ]; then
+if [ ! -e "$ALARMS" ]; then
     first_boot
 else
     second_boot
