@@ -55,7 +55,7 @@ timeout 1800 nice qemu-system-x86_64 -accel tcg,thread=multi -cpu max -smp 2 -m 
     -kernel "$work/kernel" -initrd "$work/initrd" -append "root=/dev/vda rw console=ttyS0 security=apparmor apparmor=1 \
 audit_backlog_limit=8192 log_buf_len=16M sysctl.kernel.printk_ratelimit=0" \
     -drive file="$work/disk",format=raw,if=virtio,cache=unsafe -device virtio-rng-pci \
-    -serial file:"$work/console" -serial stdio </dev/null | tr -d '\r' | tee "$work/words"
+    -serial file:"$work/console" -serial stdio </dev/null | sed -u 's,\r,,g' | tee "$work/words"
 if ! tail -n 1 "$work/words" | grep -q 'all as it has to be$'; then
     tail -n 30 "$work/console" >&2
     exit 1
