@@ -7,6 +7,7 @@
 #   life        in a fresh Debian: installs, upgrades, removes and purges them, under a systemd of its own
 #   twice       builds them again in another place at another time: the bytes have to be the same
 #   framework   the module alone, against an installed framework
+#   apparmor    in a virtual machine whose kernel has AppArmor: what that says of the process that faces the network
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . scripts/packages.sh
@@ -127,13 +128,18 @@ step_framework() {
     dpkg-deb -c "${root%/root}"/packages/libqelp-zorbalt-mngsrvraid_"$version"_*.deb
 }
 
+step_apparmor() {
+    need_packages "${VM_PACKAGES[@]}"
+    tests/packages/vm.sh "$OUT" "$version"
+}
+
 [ $# -gt 0 ] || set -- build install
 need_packages "${DEB_PACKAGES[@]}"
 for step in "$@"; do
     case "$step" in
-        build | install | lint | life | twice | framework) "step_$step" ;;
+        build | install | lint | life | twice | framework | apparmor) "step_$step" ;;
         *)
-            echo "There is no step named $step; the steps are build, install, lint, life, twice and framework." >&2
+            echo "There is no step named $step; the steps are build, install, lint, life, twice, framework and apparmor." >&2
             exit 2
             ;;
     esac

@@ -2,39 +2,12 @@
 # administrator.sh VERSION PREVIOUS: what an administrator does with the packages below /packages, and what has to come of
 # it. It runs in a Debian of its own, as root.
 set -euo pipefail
+. "$(dirname "$0")/a-trial.sh"
 version=$1
 previous=$2
 OURS=(libqelp-zorbalt-mngsrvraid libqelp-zorbalt-mngsrvraid-dev mngsrvraid mngsrvraid-simulator mngsrvraidd)
 SETTINGS=/etc/mngsrvraid/mngsrvraidd.toml
 HISTORY=/var/lib/mngsrvraid/history.db
-
-say() {
-    echo "-- $SECONDS s: $*"
-}
-
-fail() {
-    echo "FAILED: $*" >&2
-    systemctl status --no-pager --full mngsrvraidd >&2 || true
-    journalctl --no-pager --unit mngsrvraidd --lines 30 >&2 || true
-    exit 1
-}
-
-# is WANTED COMMAND...: it prints that, whatever its status
-is() {
-    local wanted=$1 found
-    shift
-    found=$("$@" 2>&1) || true
-    [ "$found" = "$wanted" ] || fail "$*: \"$found\" and not \"$wanted\""
-}
-
-# becomes_true COMMAND...: within half a minute
-becomes_true() {
-    for _ in $(seq 150); do
-        ! "$@" >/dev/null 2>&1 || return 0
-        sleep 0.2
-    done
-    fail "never true: $*"
-}
 
 file_list() {
     find / -xdev \( -path /proc -o -path /sys -o -path /dev -o -path /run -o -path /tmp -o -path /var/tmp -o -path /packages \
