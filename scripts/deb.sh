@@ -22,7 +22,7 @@ copy_tree() {
     mkdir -p "$1"
     git -c safe.directory="$PWD" ls-files -z --cached --others --exclude-standard |
         { xargs -0 sh -c 'for file; do [ ! -e "$file" ] && [ ! -L "$file" ] || printf "%s\\0" "$file"; done' sh; } |
-        tar --null --files-from - -c | tar -x -C "$1"
+        tar --null --files-from - -c | tar -x --touch -C "$1"
 }
 
 # built FOLDER OPTION...: the packages, in that folder
@@ -67,6 +67,7 @@ lint_packages() {
 # that a file as a whole cannot have them.
 check_hardening() {
     local file options flag
+    grep -q -e ' -c ' "$OUT/log"
     for flag in -D_FORTIFY_SOURCE=3 -fstack-protector-strong -fstack-clash-protection -fcf-protection=full; do
         if grep -e ' -c ' "$OUT/log" | grep -v -e "$flag"; then
             echo "is compiled without $flag" >&2
@@ -98,7 +99,9 @@ step_lint() {
 }
 
 step_life() {
-    tests/packages/life.sh "$OUT" "$version"
+    local as_root=()
+    [ "$(id -u)" -eq 0 ] || as_root=(sudo)
+    "${as_root[@]}" tests/packages/life.sh "$OUT" "$version"
 }
 
 # Time and place go into neither names nor bytes.

@@ -19,6 +19,14 @@ is() {
     [ "$found" = "$wanted" ] || fail "$*: \"$found\" and not \"$wanted\""
 }
 
+# ends_with STATUS COMMAND...
+ends_with() {
+    local wanted=$1 status=0
+    shift
+    "$@" || status=$?
+    [ "$status" -eq "$wanted" ] || fail "$*: ended with $status and not $wanted"
+}
+
 # becomes_true COMMAND...: within minutes, of which an emulated or a busy machine needs some
 becomes_true() {
     for _ in $(seq 600); do

@@ -47,8 +47,8 @@ is enabled systemctl is-enabled mngsrvraidd
 is no systemctl show --property ConditionResult --value mngsrvraidd
 [ ! -e "$HISTORY" ] || fail "a history of nothing"
 is "mngsrvraidd $previous" sh -c 'echo mngsrvraidd $(dpkg-query -W -f "\${Version}" mngsrvraidd)'
-mngsrvraid health && fail "well without a tool"
-mngsrvraid --scenario small health && fail "a made-up server without the simulator"
+ends_with 3 mngsrvraid health
+ends_with 3 mngsrvraid --scenario small health
 
 say "the tool is installed: watched from then on"
 echo small >/etc/this-server
@@ -101,8 +101,15 @@ install_all /packages/mngsrvraidd_*.deb
 becomes_true systemctl is-active mngsrvraidd
 is "$first" sh -c 'mngsrvraid events --format json | head -n 1'
 
-say "purged: nothing is left"
+say "the service purged alone: the module still does its work, and its key is there"
 echo monitoring:x >/etc/mngsrvraid/accounts
+mkdir /etc/mngsrvraid/old
+echo sesame | tee /etc/mngsrvraid/old/app.key >/etc/mngsrvraid/app.key
+apt-get purge -q -y mngsrvraidd >/run/words 2>&1 || { cat /run/words >&2; fail "purging the service"; }
+is app.key ls /etc/mngsrvraid
+ends_with 2 mngsrvraid --app-key sesame health
+
+say "purged: nothing is left"
 dpkg -P vdk-tool >/dev/null
 mapfile -t installed < <(dpkg-query -W -f '${Package}\n' "${OURS[@]}" 2>/dev/null)
 apt-get purge -q -y "${installed[@]}" >/run/words 2>&1 || { cat /run/words >&2; fail "purging"; }
