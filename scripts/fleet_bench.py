@@ -148,8 +148,8 @@ class Prometheus:
         return sum(float(value) for value in re.findall(rf"^{name}(?:{{.*}})? (\S+)$", fetch(f"{self.url}/metrics"), re.M))
 
     def rules(self) -> dict[str, float]:
-        """Seconds that each group took the last time."""
-        return {group: float(value) for group, value in
+        """Seconds that each group took the last time; no number where it has not come to an end yet."""
+        return {group: float(value) or math.nan for group, value in
                 re.findall(r'^prometheus_rule_group_last_duration_seconds{rule_group=".*;(.*)"} (\S+)$', fetch(f"{self.url}/metrics"), re.M)}
 
     def value(self, expression: str) -> float:
