@@ -68,6 +68,9 @@ mkdir "$group"
         mount --bind "$1" "$1"
         cd "$1"
         mount -t proc proc proc
+        # What its systemd sets of the kernel is of this machine, too.
+        mount --bind proc/sys proc/sys
+        mount -o remount,bind,ro proc/sys
         mount -t sysfs -o ro sysfs sys
         mount -t cgroup2 cgroup2 sys/fs/cgroup
         mount -t tmpfs tmpfs run
