@@ -17,6 +17,8 @@ ALERTS = (
     ("gone", "RaidServerIsNotHeardOf", "critical", "", False),
     ("gone", "RaidDriveNotWell", "critical", "0", True),
     ("gone", "RaidAnswerIsOld", "unknown", "", True),
+    ("dropped", "RaidServerIsGone", "warning", "", False),
+    ("dropped", "RaidDriveNotWell", "critical", "0", True),
     ("broken", "RaidControllerNotWell", "critical", "0", False),
     ("broken", "RaidDriveNotWell", "critical", "0", True),
     ("broken", "RaidLogicalDriveNotWell", "critical", "0", True),
