@@ -67,16 +67,27 @@ def of_daily(text: str) -> list[str]:
 
 
 def wrongs(url: str) -> list[str]:
-    ask(f"{url}/api/v2/alerts", json.dumps([{"labels": labels(*alert[:4])} for alert in ALERTS]).encode())
     known = json.loads(ask(f"{url}/api/v2/alerts"))
     found = []
     for *alert, is_silent in ALERTS:
-        one = next(each for each in known if each["labels"] == labels(*alert))
+        one = next((each for each in known if each["labels"] == labels(*alert)), None)
+        if one is None:
+            found.append(f"{alert} is not known")
+            continue
         if bool(one["status"]["inhibitedBy"]) != is_silent:
             found.append(f"{alert} is {'told' if is_silent else 'silent'}")
         receiver = "at-once" if alert[2] == "critical" else "daily"
         if [each["name"] for each in one["receivers"]] != [receiver]:
             found.append(f"{alert} goes to {one['receivers']}")
+    return found
+
+
+def settled(url: str) -> list[str]:
+    """What is wrong still when Alertmanager has had time enough to see which alerts go along with which."""
+    ask(f"{url}/api/v2/alerts", json.dumps([{"labels": labels(*alert[:4])} for alert in ALERTS]).encode())
+    deadline = time.monotonic() + 60
+    while (found := wrongs(url)) and time.monotonic() < deadline:
+        time.sleep(0.2)
     return found
 
 
@@ -89,7 +100,7 @@ def main(fleet: Path) -> int:
                                    f"--web.listen-address={place}", "--cluster.listen-address=", "--log.level=error"])
         try:
             wait_for(f"http://{place}/-/ready")
-            found = of_daily((fleet / "alertmanager.yml").read_text()) + wrongs(f"http://{place}")
+            found = of_daily((fleet / "alertmanager.yml").read_text()) + settled(f"http://{place}")
         finally:
             server.terminate()
             server.wait(60)
