@@ -7,6 +7,7 @@
 #   life        in a fresh Debian: installs, upgrades, removes and purges them, under a systemd of its own
 #   twice       builds them again in another place at another time: the bytes have to be the same
 #   framework   the module alone, against an installed framework
+#   apparmor    in a virtual machine whose kernel has AppArmor: what that says of the process that faces the network
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . scripts/packages.sh
@@ -21,7 +22,7 @@ copy_tree() {
     mkdir -p "$1"
     git -c safe.directory="$PWD" ls-files -z --cached --others --exclude-standard |
         { xargs -0 sh -c 'for file; do [ ! -e "$file" ] && [ ! -L "$file" ] || printf "%s\\0" "$file"; done' sh; } |
-        tar --null --files-from - -c | tar -x -C "$1"
+        tar --null --files-from - -c | tar -x --touch -C "$1"
 }
 
 # built FOLDER OPTION...: the packages, in that folder
@@ -66,6 +67,7 @@ lint_packages() {
 # that a file as a whole cannot have them.
 check_hardening() {
     local file options flag
+    grep -q -e ' -c ' "$OUT/log"
     for flag in -D_FORTIFY_SOURCE=3 -fstack-protector-strong -fstack-clash-protection -fcf-protection=full; do
         if grep -e ' -c ' "$OUT/log" | grep -v -e "$flag"; then
             echo "is compiled without $flag" >&2
@@ -97,7 +99,9 @@ step_lint() {
 }
 
 step_life() {
-    tests/packages/life.sh "$OUT" "$version"
+    local as_root=()
+    [ "$(id -u)" -eq 0 ] || as_root=(sudo)
+    "${as_root[@]}" tests/packages/life.sh "$OUT" "$version"
 }
 
 # Time and place go into neither names nor bytes.
@@ -127,13 +131,18 @@ step_framework() {
     dpkg-deb -c "${root%/root}"/packages/libqelp-zorbalt-mngsrvraid_"$version"_*.deb
 }
 
+step_apparmor() {
+    need_packages "${VM_PACKAGES[@]}"
+    tests/packages/vm.sh "$OUT" "$version"
+}
+
 [ $# -gt 0 ] || set -- build install
 need_packages "${DEB_PACKAGES[@]}"
 for step in "$@"; do
     case "$step" in
-        build | install | lint | life | twice | framework) "step_$step" ;;
+        build | install | lint | life | twice | framework | apparmor) "step_$step" ;;
         *)
-            echo "There is no step named $step; the steps are build, install, lint, life, twice and framework." >&2
+            echo "There is no step named $step; the steps are build, install, lint, life, twice, framework and apparmor." >&2
             exit 2
             ;;
     esac

@@ -19,7 +19,7 @@ using testing::Not;
 using testing::SizeIs;
 using testing::StartsWith;
 
-constexpr const char* kProgram = "/usr/local/zorbalt/bin/mngsrvraid";
+constexpr const char* kProgram = "/usr/bin/mngsrvraid";
 constexpr const char* kCollector = "/var/lib/prometheus/node-exporter";
 
 /// What stands behind `mark` in the lines of a text that hold it.

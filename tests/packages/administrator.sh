@@ -2,39 +2,12 @@
 # administrator.sh VERSION PREVIOUS: what an administrator does with the packages below /packages, and what has to come of
 # it. It runs in a Debian of its own, as root.
 set -euo pipefail
+. "$(dirname "$0")/a-trial.sh"
 version=$1
 previous=$2
 OURS=(libqelp-zorbalt-mngsrvraid libqelp-zorbalt-mngsrvraid-dev mngsrvraid mngsrvraid-simulator mngsrvraidd)
 SETTINGS=/etc/mngsrvraid/mngsrvraidd.toml
 HISTORY=/var/lib/mngsrvraid/history.db
-
-say() {
-    echo "-- $SECONDS s: $*"
-}
-
-fail() {
-    echo "FAILED: $*" >&2
-    systemctl status --no-pager --full mngsrvraidd >&2 || true
-    journalctl --no-pager --unit mngsrvraidd --lines 30 >&2 || true
-    exit 1
-}
-
-# is WANTED COMMAND...: it prints that, whatever its status
-is() {
-    local wanted=$1 found
-    shift
-    found=$("$@" 2>&1) || true
-    [ "$found" = "$wanted" ] || fail "$*: \"$found\" and not \"$wanted\""
-}
-
-# becomes_true COMMAND...: within half a minute
-becomes_true() {
-    for _ in $(seq 150); do
-        ! "$@" >/dev/null 2>&1 || return 0
-        sleep 0.2
-    done
-    fail "never true: $*"
-}
 
 file_list() {
     find / -xdev \( -path /proc -o -path /sys -o -path /dev -o -path /run -o -path /tmp -o -path /var/tmp -o -path /packages \
@@ -74,8 +47,8 @@ is enabled systemctl is-enabled mngsrvraidd
 is no systemctl show --property ConditionResult --value mngsrvraidd
 [ ! -e "$HISTORY" ] || fail "a history of nothing"
 is "mngsrvraidd $previous" sh -c 'echo mngsrvraidd $(dpkg-query -W -f "\${Version}" mngsrvraidd)'
-mngsrvraid health && fail "well without a tool"
-mngsrvraid --scenario small health && fail "a made-up server without the simulator"
+ends_with 3 mngsrvraid health
+ends_with 3 mngsrvraid --scenario small health
 
 say "the tool is installed: watched from then on"
 echo small >/etc/this-server
@@ -128,8 +101,15 @@ install_all /packages/mngsrvraidd_*.deb
 becomes_true systemctl is-active mngsrvraidd
 is "$first" sh -c 'mngsrvraid events --format json | head -n 1'
 
-say "purged: nothing is left"
+say "the service purged alone: the module still does its work, and its key is there"
 echo monitoring:x >/etc/mngsrvraid/accounts
+mkdir /etc/mngsrvraid/old
+echo sesame | tee /etc/mngsrvraid/old/app.key >/etc/mngsrvraid/app.key
+apt-get purge -q -y mngsrvraidd >/run/words 2>&1 || { cat /run/words >&2; fail "purging the service"; }
+is app.key ls /etc/mngsrvraid
+ends_with 2 mngsrvraid --app-key sesame health
+
+say "purged: nothing is left"
 dpkg -P vdk-tool >/dev/null
 mapfile -t installed < <(dpkg-query -W -f '${Package}\n' "${OURS[@]}" 2>/dev/null)
 apt-get purge -q -y "${installed[@]}" >/run/words 2>&1 || { cat /run/words >&2; fail "purging"; }

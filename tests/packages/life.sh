@@ -3,6 +3,7 @@
 # with a systemd of its own: tests/packages/administrator.sh. Wants root, and a kernel that lets it mount control groups.
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
+. "$here/a-debian.sh"
 packages=$1
 version=$2
 previous=$version~previous
@@ -47,37 +48,16 @@ make_previous() {
     rm -r "$folder"
 }
 
-# The RAID tool of that machine as a package of its vendor's: the simulator, told by a file what it is to show.
-make_tool() {
-    local folder=$work/tool
-    mkdir -p "$folder/DEBIAN" "$folder/opt/zorbalt/vdk/cli"
-    dpkg-deb -x "$packages"/mngsrvraid-simulator_"$version"_*.deb "$work/simulator"
-    mv "$work/simulator/usr/share/mngsrvraid/scenarios" "$work/simulator/usr/lib/mngsrvraid/vdksim/vdkcli" "$folder/opt/zorbalt/vdk"
-    rm -r "$work/simulator"
-    cat >"$folder/opt/zorbalt/vdk/cli/vdkcli" <<'TOOL'
-#!/bin/sh
-VDKSIM_SCENARIO=/opt/zorbalt/vdk/scenarios/$(cat /etc/this-server) exec /opt/zorbalt/vdk/vdkcli "$@"
-TOOL
-    chmod 755 "$folder/opt/zorbalt/vdk/cli/vdkcli"
-    printf 'Package: vdk-tool\nVersion: 1\nArchitecture: all\nMaintainer: its vendor <vendor@mngsrvraid.example>\nDescription: stands for the tool\n' \
-        >"$folder/DEBIAN/control"
-    dpkg-deb -b --root-owner-group -Znone "$folder" "$root/packages/vdk-tool.deb" >/dev/null
-    rm -r "$folder"
-}
-
-# The machine that this one installs from is asked again. Where its own settings for that lie, they hold.
 SECONDS=0
-mirror=$(apt-get indextargets --format '$(REPO_URI)' 'Created-By: Packages' 'Codename: bookworm' | head -n 1)
-debootstrap --variant=minbase --include=curl,procps,sblim-wbemcli,systemd-sysv bookworm "$root" "$mirror" >"$work/log" 2>&1 ||
-    { tail -n 20 "$work/log" >&2; exit 1; }
+make_debian "$root" curl procps sblim-wbemcli systemd-sysv
 mkdir -p "$root/packages/previous" "$root/packages/tests"
 cp "$packages"/*_"$version"_*.deb "$root/packages"
 rm -f "$root"/packages/*-dbgsym_*
-cp "$here"/../../debian/tests/* "$here/administrator.sh" "$root/packages/tests"
+cp "$here"/../../debian/tests/* "$here"/{a-trial,administrator}.sh "$root/packages/tests"
 for file in "$root"/packages/*.deb; do
     make_previous "$file"
 done
-make_tool
+make_tool "$root/packages"
 cp /etc/resolv.conf "$root/etc/resolv.conf"
 
 mkdir "$group"
