@@ -165,9 +165,10 @@ class Fleet:
             if number < len(self.names) - 1:
                 servers += f'- {{ targets: ["{self.address(number)}"], labels: {{ instance: {name} }} }}\n'
         (self.folder / "servers.yml").write_text(servers)
-        for rules in FLEET.glob("*.rules.yml"):
-            shutil.copy(rules, self.folder)
+        shutil.copy(FLEET / "recording.rules.yml", self.folder)
+        self._adapt("alerts.rules.yml", {r"keep_firing_for: \w+": "keep_firing_for: 1s"})
         self._adapt("prometheus.yml", {"_interval: 1m": f"_interval: {self.seconds}s", "localhost:9093": self.alertmanager[7:],
+                                       "localhost:9090": self.prometheus[7:],
                                        "ca_file: raid.crt": "ca_file: raid.crt, server_name: localhost"})
         receiver = f"http://127.0.0.1:{self.receiver.server_port}"
         self._adapt("alertmanager.yml", {
@@ -234,7 +235,7 @@ def check(fleet: Fleet) -> int:
     count = len(fleet.names)
     fleet.until("all servers are known to be well", lambda: fleet.value("count(raid_health == 0)") == count)
     fleet.until("the rules have seen them", lambda: fleet.value("raid:servers:count_by_level") == count)
-    instances = {each["metric"]["instance"] for each in fleet.query("up")}
+    instances = {each["metric"]["instance"] for each in fleet.query('up{job="raid"}')}
     if instances != {*fleet.names[:-1], fleet.address(count - 1).split(":")[0]}:
         print(f"the servers are called {sorted(instances)}")
         return 1

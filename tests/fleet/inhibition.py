@@ -2,6 +2,7 @@
 """Which alerts Alertmanager keeps to itself, and where it sends the others: inhibition.py FLEET"""
 
 import json
+import re
 import socket
 import subprocess
 import sys
@@ -17,6 +18,9 @@ ALERTS = (
     ("gone", "RaidServerIsNotHeardOf", "critical", "", False),
     ("gone", "RaidDriveNotWell", "critical", "0", True),
     ("gone", "RaidAnswerIsOld", "unknown", "", True),
+    ("gone", "RaidServerTellsNothing", "critical", "", True),
+    ("dropped", "RaidServerIsGone", "warning", "", False),
+    ("dropped", "RaidDriveNotWell", "critical", "0", True),
     ("broken", "RaidControllerNotWell", "critical", "0", False),
     ("broken", "RaidDriveNotWell", "critical", "0", True),
     ("broken", "RaidLogicalDriveNotWell", "critical", "0", True),
@@ -54,17 +58,36 @@ def labels(instance: str, name: str, severity: str, controller: str) -> dict[str
     return found | ({"controller": controller} if controller else {})
 
 
+def of_daily(text: str) -> list[str]:
+    """A group is told again at its next turn after repeat_interval: one as long as the turns would leave every other out."""
+    hours = {name: int(count) * {"h": 1, "d": 24}[unit]
+             for name, count, unit in re.findall(r"^  (group_interval|repeat_interval): (\d+)([hd])\b", text, re.MULTILINE)}
+    turns, repeat = hours["group_interval"], hours["repeat_interval"]
+    return [] if turns == 24 and turns // 2 < repeat < turns else [f"every {turns} h, what was told {repeat} h ago is told again"]
+
+
 def wrongs(url: str) -> list[str]:
-    ask(f"{url}/api/v2/alerts", json.dumps([{"labels": labels(*alert[:4])} for alert in ALERTS]).encode())
     known = json.loads(ask(f"{url}/api/v2/alerts"))
     found = []
     for *alert, is_silent in ALERTS:
-        one = next(each for each in known if each["labels"] == labels(*alert))
+        one = next((each for each in known if each["labels"] == labels(*alert)), None)
+        if one is None:
+            found.append(f"{alert} is not known")
+            continue
         if bool(one["status"]["inhibitedBy"]) != is_silent:
             found.append(f"{alert} is {'told' if is_silent else 'silent'}")
         receiver = "at-once" if alert[2] == "critical" else "daily"
         if [each["name"] for each in one["receivers"]] != [receiver]:
             found.append(f"{alert} goes to {one['receivers']}")
+    return found
+
+
+def settled(url: str) -> list[str]:
+    """What is wrong still when Alertmanager has had time enough to see which alerts go along with which."""
+    ask(f"{url}/api/v2/alerts", json.dumps([{"labels": labels(*alert[:4])} for alert in ALERTS]).encode())
+    deadline = time.monotonic() + 60
+    while (found := wrongs(url)) and time.monotonic() < deadline:
+        time.sleep(0.2)
     return found
 
 
@@ -77,7 +100,7 @@ def main(fleet: Path) -> int:
                                    f"--web.listen-address={place}", "--cluster.listen-address=", "--log.level=error"])
         try:
             wait_for(f"http://{place}/-/ready")
-            found = wrongs(f"http://{place}")
+            found = of_daily((fleet / "alertmanager.yml").read_text()) + settled(f"http://{place}")
         finally:
             server.terminate()
             server.wait(60)
