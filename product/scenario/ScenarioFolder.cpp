@@ -49,7 +49,9 @@ std::vector<std::string> NamesBelow(const fs::path& shipped, bool (*isWanted)(co
 
 [[noreturn]] void Fail(const std::string& what, const fs::path& shipped) {
     const std::string names = basics::Joined(ScenarioNames(shipped));
-    basics::FailSurroundings(what + "; shipped scenarios: " + (names.empty() ? "none; they come with the simulator (Debian: mngsrvraid-simulator)" : names));
+    basics::FailSurroundings(
+        what + "; shipped scenarios: " +
+        (names.empty() ? "none; they come with the simulator (Debian: mngsrvraid-simulator)" : names));
 }
 
 [[noreturn]] void FailToFind(const std::string& name, const fs::path& shipped) {
