@@ -1,5 +1,5 @@
-// What the service needs to let clients in, made for whoever sets it up: accounts, a key and a certificate. It is a program
-// of its own, so that the one that faces the network writes no file, and may be kept from it.
+// What the service needs to let clients in, made for whoever sets it up: accounts, a key and a certificate.
+// It is a program of its own, so that the one that faces the network writes no file, and may be kept from it.
 
 #include "SetUp.h"
 #include "basics/DocumentTarget.h"

@@ -4,9 +4,9 @@
 
 namespace basics {
 
-/// The folder that this process's program lies in, links followed: "/usr/lib/mngsrvraid/bin". What belongs to the
-/// program lies beside it. It was asked for when the program began, since a private view of the file system may hide it
-/// later; empty where it could not be found.
+/// The folder that this process's program lies in, links followed: "/usr/lib/mngsrvraid/bin". What belongs to
+/// the program lies beside it. It was asked for when the program began, since a private view of the file
+/// system may hide it later; empty where it could not be found.
 [[nodiscard]] const std::filesystem::path& OwnFolder() noexcept;
 
 }  // namespace basics
