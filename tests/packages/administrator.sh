@@ -15,6 +15,11 @@ file_list() {
         -o -path /var/cache/ldconfig -o -path /var/lib/systemd \) -prune -o -print | sort
 }
 
+# running COMMAND...: where a systemd runs, which may be refused to a Debian of its own; the service is off then
+running() {
+    [ ! -d /run/systemd/system ] || "$@"
+}
+
 install_all() {
     apt-get install -q -y --no-install-recommends -o Dpkg::Options::=--force-confold "$@" >/run/words 2>&1 ||
         { cat /run/words >&2; fail "installing"; }
@@ -32,6 +37,14 @@ has_critical() {
     [ "$(critical_begun)" -gt 0 ]
 }
 
+is_another_process() {
+    [ "$1" != "$(systemctl show --property MainPID --value mngsrvraidd)" ] || fail "the old service still runs"
+}
+
+tells_critical() {
+    curl -sS -m 5 http://127.0.0.1:8282/metrics | grep '^raid_health 2$' || fail "the alarm is gone"
+}
+
 apt-get update -q >/dev/null
 # What they depend on comes first, so that what they leave can be told from what that leaves.
 mapfile -t others < <(apt-get install -s --no-install-recommends /packages/*_"$version"_*.deb | sed -n 's/^Inst \([^ ]*\) .*/\1/p' |
@@ -42,9 +55,9 @@ file_list >/run/before
 say "installed where there is no RAID tool: off, with a word, and nothing made up"
 install_all /packages/previous/libqelp-zorbalt-mngsrvraid_*.deb /packages/previous/mngsrvraid_*.deb /packages/previous/mngsrvraidd_*.deb
 grep -F 'there is no RAID tool on this machine (/opt/zorbalt/vdk/cli/vdkcli): nothing is watched' /run/words || fail "not a word"
-is inactive systemctl is-active mngsrvraidd
-is enabled systemctl is-enabled mngsrvraidd
-is no systemctl show --property ConditionResult --value mngsrvraidd
+running is inactive systemctl is-active mngsrvraidd
+running is enabled systemctl is-enabled mngsrvraidd
+running is no systemctl show --property ConditionResult --value mngsrvraidd
 [ ! -e "$HISTORY" ] || fail "a history of nothing"
 is "mngsrvraidd $previous" sh -c 'echo mngsrvraidd $(dpkg-query -W -f "\${Version}" mngsrvraidd)'
 ends_with 3 mngsrvraid health
@@ -54,31 +67,31 @@ say "the tool is installed: watched from then on"
 echo small >/etc/this-server
 sed -i 's/^#interval = .*/interval = "1s"/; s/^#host = .*/host = "storage7"/; s/^#listen = .*/listen = ["unix:\/run\/mngsrvraid\/mngsrvraid.sock", "127.0.0.1:8282"]/' "$SETTINGS"
 dpkg -i /packages/vdk-tool.deb
-becomes_true systemctl is-active mngsrvraidd
-becomes_true mngsrvraid health
-becomes_true curl -sS -f -m 5 http://127.0.0.1:8282/healthz
-systemctl status --no-pager mngsrvraidd | grep Status:
+running becomes_true systemctl is-active mngsrvraidd
+running becomes_true mngsrvraid health
+running becomes_true curl -sS -f -m 5 http://127.0.0.1:8282/healthz
+running systemctl status --no-pager mngsrvraidd | sed -n '/Status:/p'
 
 say "a drive fails"
 echo levels/raid5-gone >/etc/this-server
-becomes_true has_critical
-begun=$(critical_begun)
-events | tail -n 3
-becomes_true sh -c 'journalctl --no-pager --unit mngsrvraidd | grep CRITICAL'
+running becomes_true has_critical
+begun=$(running critical_begun)
+running events | tail -n 3
+running becomes_true sh -c 'journalctl --no-pager --unit mngsrvraidd | grep CRITICAL'
 
 say "upgraded: the configuration, the history and the alarms are as they were"
 settings=$(sha256sum "$SETTINGS")
-first=$(events --format json | head -n 1)
-process=$(systemctl show --property MainPID --value mngsrvraidd)
+first=$(running events --format json | head -n 1)
+process=$(running systemctl show --property MainPID --value mngsrvraidd)
 install_all /packages/libqelp-zorbalt-mngsrvraid_*.deb /packages/mngsrvraid_*.deb /packages/mngsrvraidd_*.deb
 is "mngsrvraidd $version" mngsrvraidd --version
-is active systemctl is-active mngsrvraidd
+running is active systemctl is-active mngsrvraidd
 is "$settings" sha256sum "$SETTINGS"
-[ "$process" != "$(systemctl show --property MainPID --value mngsrvraidd)" ] || fail "the old service still runs"
-becomes_true curl -sS -f -m 5 http://127.0.0.1:8282/raid.json
-is "$first" sh -c 'mngsrvraid events --format json | head -n 1'
-is "$begun" critical_begun
-curl -sS -m 5 http://127.0.0.1:8282/metrics | grep '^raid_health 2$' || fail "the alarm is gone"
+running is_another_process "$process"
+running becomes_true curl -sS -f -m 5 http://127.0.0.1:8282/raid.json
+running is "$first" sh -c 'mngsrvraid events --format json | head -n 1'
+running is "$begun" critical_begun
+running tells_critical
 
 say "what is installed does its work"
 install_all /packages/mngsrvraid-simulator_*.deb
@@ -88,18 +101,18 @@ for name in command service wbem; do
 done
 
 say "removed: the data stay"
-known=$(events | wc -l)
+known=$(running events | wc -l)
 apt-get remove -q -y mngsrvraidd >/dev/null
-is inactive systemctl is-active mngsrvraidd
+running is inactive systemctl is-active mngsrvraidd
 [ ! -e /usr/sbin/mngsrvraidd ] || fail "still there"
 ! pgrep -f mngsrvraid-doors || fail "somebody still faces the network"
 is "$settings" sha256sum "$SETTINGS"
-is "$known" sh -c "mngsrvraid events | wc -l"
+running is "$known" sh -c "mngsrvraid events | wc -l"
 
 say "installed again: what was known is known"
 install_all /packages/mngsrvraidd_*.deb
-becomes_true systemctl is-active mngsrvraidd
-is "$first" sh -c 'mngsrvraid events --format json | head -n 1'
+running becomes_true systemctl is-active mngsrvraidd
+running is "$first" sh -c 'mngsrvraid events --format json | head -n 1'
 
 say "the service purged alone: the module still does its work, and its key is there"
 echo monitoring:x >/etc/mngsrvraid/accounts
@@ -118,5 +131,5 @@ mkdir -p /opt  # That went with the last package that had something there.
 file_list >/run/after
 diff /run/before /run/after || fail "files are left, or gone"
 ! getent passwd mngsrvraidd || fail "a user"
-is not-found sh -c 'systemctl daemon-reload; systemctl show --property LoadState --value mngsrvraidd'
+running is not-found sh -c 'systemctl daemon-reload; systemctl show --property LoadState --value mngsrvraidd'
 say "all as it has to be"
