@@ -21,14 +21,15 @@ root=$work/root
 group=$unified/mngsrvraid-life-$$
 keeper=
 clean_up() {
-    if [ -e "$group/cgroup.kill" ]; then
-        echo 1 >"$group/cgroup.kill"
-    fi
-    [ -z "$keeper" ] || { kill -KILL "$keeper" && wait "$keeper"; } 2>/dev/null || true
-    for _ in $(seq 50); do
-        ! { find "$group" -depth -type d -exec rmdir {} + 2>/dev/null; } || break
-        sleep 0.1
-    done
+    {
+        [ ! -e "$group/cgroup.kill" ] || echo 1 >"$group/cgroup.kill"
+        [ -z "$keeper" ] || kill -KILL "$keeper" || true
+        wait || true
+        for _ in $(seq 50); do
+            [ -d "$group" ] || break
+            find "$group" -depth -type d -exec rmdir {} + || sleep 0.1
+        done
+    } 2>/dev/null
     rm -rf "$work"
 }
 trap clean_up EXIT
