@@ -128,7 +128,11 @@ step_framework() {
     mkdir "$root/framework/include"
     mv "$root/framework/qel" "$root/framework/include"
     ZORBALT_FRAMEWORK_DIR=$root/framework built "${root%/root}/packages" -Ppkg.mngsrvraid.framework
-    dpkg-deb -c "${root%/root}"/packages/libqelp-zorbalt-mngsrvraid_"$version"_*.deb
+    local package files
+    package=$(echo "${root%/root}"/packages/libqelp-zorbalt-mngsrvraid_"$version"_*.deb)
+    files=$(dpkg-deb -c "$package" | sed -n 's|.*/framework/cim/\(.*[.]so\)$|\1|p' | sort | tr '\n' ' ')
+    echo "$package: $files"
+    [ "$files" = "libqel_MngSrv_QelLib.so libqelp_ZORBALT_MngSrvRaid.so " ]
 }
 
 step_apparmor() {
