@@ -1,5 +1,7 @@
 #include "basics/OwnFolder.h"
 
+#include "basics/Failure.h"
+
 #include <system_error>
 
 namespace basics {
@@ -14,7 +16,10 @@ const std::filesystem::path g_ownFolder = FindOwnFolder();
 
 }  // namespace
 
-const std::filesystem::path& OwnFolder() noexcept {
+const std::filesystem::path& OwnFolder() {
+    if (g_ownFolder.empty()) {
+        FailSurroundings("where this program lies cannot be found; /proc has to be there");
+    }
     return g_ownFolder;
 }
 
