@@ -19,6 +19,6 @@ set yrange [0.001:2]
 plot "fleet.dat" using 1:4 with linespoints lw 2 title "of 2, scraped every minute"
 set title "Time"
 set yrange [0.001:1000]
-plot "fleet.dat" using 1:5 with linespoints lw 2 title "all rules once, s", \
+plot "fleet.dat" using 1:5 with linespoints lw 2 title "all rules, s a minute", \
      "fleet.dat" using 1:($6/1000) with linespoints lw 2 title "a scrape, s"
 unset multiplot

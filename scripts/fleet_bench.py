@@ -30,6 +30,7 @@ MOST_MEMORY = 11 * 1024  # MB; beyond it there is no room for anything else on a
 DAY = 24 * 3600
 SAMPLED = 5  # servers whose samples of a day are written into blocks
 LOST = 3  # the drive
+LOOKED_BACK = 240  # seconds: less than Prometheus looks back for a sample
 
 
 def until(holds: Callable[[], Any], seconds: float = 60) -> Any:
@@ -118,13 +119,13 @@ class Prometheus:
     def __init__(self, folder: Path, address: str, count: int):
         self.url = f"http://127.0.0.1:{free_port()}"
         self.folder = folder
-        folder.mkdir()
         (folder / "servers.yml").write_text("".join(
             f'- {{ targets: ["{address}"], labels: {{ instance: storage{number}, __metrics_path__: /{number}/metrics }} }}\n'
             for number in range(count)))
         for rules in FLEET.glob("*.rules.yml"):
             shutil.copy(rules, folder)
         text = (FLEET / "prometheus.yml").read_text()
+        text = text.replace("localhost:9090", self.url[7:])
         text = re.sub(r"alerting:.*?(?=scrape_configs)", "", text, flags=re.S)
         text = re.sub(r" +(scheme|tls_config|basic_auth): .*\n", "", text)
         (folder / "prometheus.yml").write_text(text)
@@ -147,10 +148,15 @@ class Prometheus:
         """The sum of its own series of that name."""
         return sum(float(value) for value in re.findall(rf"^{name}(?:{{.*}})? (\S+)$", fetch(f"{self.url}/metrics"), re.M))
 
-    def rules(self) -> dict[str, float]:
-        """Seconds that each group took the last time; no number where it has not come to an end yet."""
-        return {group: float(value) or math.nan for group, value in
-                re.findall(r'^prometheus_rule_group_last_duration_seconds{rule_group=".*;(.*)"} (\S+)$', fetch(f"{self.url}/metrics"), re.M)}
+    def rules(self, what: str) -> dict[str, float]:
+        """Seconds, of each group."""
+        return {group: float(value) for group, value in
+                re.findall(rf'^prometheus_rule_group_{what}_seconds{{rule_group=".*;(.*)"}} (\S+)$', fetch(f"{self.url}/metrics"), re.M)}
+
+    def rules_a_minute(self) -> float:
+        """Seconds that all rules together take; no number where one has not come to an end yet."""
+        took, interval = self.rules("last_duration"), self.rules("interval")
+        return sum((took[group] or math.nan) * 60 / interval[group] for group in took)
 
     def value(self, expression: str) -> float:
         """0 where nothing is there, and no number where it does not answer in time."""
@@ -184,45 +190,56 @@ def measure(prometheus: Prometheus, count: int) -> dict[str, Any] | None:
     seconds = time.time() - begin
     cpu, samples, late, disordered = (prometheus.own(name) - was for name, was in zip(names, before))
     written = prometheus.wal() - wal
+    raid = '{job="raid"}'
     return {
         "servers": count, "seconds": round(seconds), "series": prometheus.own("prometheus_tsdb_head_series"),
-        "series of servers": prometheus.value('sum(scrape_samples_scraped{job="raid"})'),
+        "series of servers": prometheus.value(f"sum(scrape_samples_scraped{raid})"),
         "samples a second": samples / seconds, "memory": prometheus.memory(), "peak": prometheus.memory("VmHWM"), "cores": cpu / seconds,
         "log bytes a sample": written / samples,
-        "scrape": prometheus.value("avg(scrape_duration_seconds)"),
+        "scrape": prometheus.value(f"avg(scrape_duration_seconds{raid})"),
         "scrape 99": prometheus.value("quantile(0.99, scrape_duration_seconds)"),
-        "scrapes": prometheus.value(f"sum(count_over_time(up[{seconds:.0f}s]))"), "expected": count * seconds / INTERVAL,
-        "failed": prometheus.value(f"sum(count_over_time(up[{seconds:.0f}s]) - sum_over_time(up[{seconds:.0f}s]))"),
-        "late rules": late, "disordered": disordered, "rules": prometheus.rules(),
+        "scrapes": prometheus.value(f"sum(count_over_time(up{raid}[{seconds:.0f}s]))"), "expected": count * seconds / INTERVAL,
+        "failed": prometheus.value(f"sum(count_over_time(up{raid}[{seconds:.0f}s]) - sum_over_time(up{raid}[{seconds:.0f}s]))"),
+        "late rules": late, "disordered": disordered, "rules": prometheus.rules("last_duration"), "rules a minute": prometheus.rules_a_minute(),
         "alerts": prometheus.value('count(ALERTS{alertstate="firing"})'),
-        "scrape longest": prometheus.value(f"max(max_over_time(scrape_duration_seconds[{seconds:.0f}s]))"),
+        "scrape longest": prometheus.value(f"max(max_over_time(scrape_duration_seconds{raid}[{seconds:.0f}s]))"),
     }
 
 
-def day_on_disk(servers: Servers, folder: Path) -> dict[str, float]:
-    """Some servers' day, as scraped every minute, in the blocks that Prometheus makes of it."""
-    start = int(time.time()) // DAY * DAY - 2 * DAY
+def into_blocks(servers: Servers, count: int, times: range, folder: Path, wanted: str = "") -> int:
+    """The blocks that Prometheus makes of what so many servers have said at those times: how many samples."""
     samples: dict[str, list[str]] = {}  # of a metric, since they have to stand together
-    types: dict[str, str] = {}
-    count = 0
-    for server in range(SAMPLED):
-        for at in range(start, start + DAY, INTERVAL):
+    for server in range(count):
+        for at in times:
             for line in servers.metrics(server, at).splitlines():
-                if line.startswith("#"):
-                    continue
                 series, value = line.rsplit(" ", 1)
                 name, brace, labels = series.partition("{")
+                if line.startswith("#") or not re.fullmatch(wanted or ".*", name):
+                    continue
                 labels = f'{{instance="storage{server}",job="raid"' + (f",{labels}" if brace else "}")
                 samples.setdefault(name, []).append(f"{name}{labels} {value} {at}\n")
-                count += 1
-    text = folder / "day.txt"
+    text = folder.with_suffix(".txt")
     with text.open("w") as out:
         for name, lines in samples.items():
             out.write(f"# TYPE {name} unknown\n")
             out.writelines(lines)
         out.write("# EOF\n")
-    subprocess.run(["promtool", "tsdb", "create-blocks-from", "openmetrics", text, folder / "blocks"], check=True, timeout=540,
+    subprocess.run(["promtool", "tsdb", "create-blocks-from", "openmetrics", text, folder], check=True, timeout=900,
                    stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    text.unlink()
+    return sum(len(lines) for lines in samples.values())
+
+
+def yesterday(servers: Servers, count: int, folder: Path) -> None:
+    """What the rules of growth look up again, around the time that they will ask for."""
+    start = int(time.time()) - DAY - LOOKED_BACK
+    into_blocks(servers, count, range(start, start + LOOKED_BACK + 5 * WINDOW, LOOKED_BACK), folder, "raid_drive_(info|.*_errors_total)")
+
+
+def day_on_disk(servers: Servers, folder: Path) -> dict[str, float]:
+    """Some servers' day, as scraped every minute, in blocks."""
+    start = int(time.time()) // DAY * DAY - 2 * DAY
+    count = into_blocks(servers, SAMPLED, range(start, start + DAY, INTERVAL), folder / "blocks")
     size = sum(file.stat().st_size for file in (folder / "blocks").rglob("*") if file.is_file())
     return {"samples": count, "bytes": size, "bytes a sample": size / count, "bytes a server and day": size / SAMPLED}
 
@@ -234,12 +251,12 @@ def row(one: dict[str, Any]) -> str:
             f"    scrape {1000 * one['scrape']:.1f} ms, 99 % in {1000 * one['scrape 99']:.1f} ms, longest {1000 * one['scrape longest']:.0f} ms; "
             f"{one['scrapes']:.0f} scrapes of {one['expected']:.0f}, {one['failed']:.0f} failed; "
             f"log {one['log bytes a sample']:.1f} bytes a sample\n"
-            f"    rules (s): {rules}; {one['late rules']:.0f} turns missed; {one['alerts']:.0f} alerts")
+            f"    rules (s): {rules}; {one['rules a minute']:.1f} s a minute in all; {one['late rules']:.0f} turns missed; {one['alerts']:.0f} alerts")
 
 
 def draw(results: Path, all_of_them: list[dict[str, Any]]) -> None:
     (results / "fleet.dat").write_text("".join(
-        f"{one['servers']} {one['memory']} {one['peak']} {one['cores']} {sum(one['rules'].values())} {1000 * one['scrape']}\n" for one in all_of_them))
+        f"{one['servers']} {one['memory']} {one['peak']} {one['cores']} {one['rules a minute']} {1000 * one['scrape']}\n" for one in all_of_them))
     subprocess.run(["gnuplot", Path(__file__).resolve().parent.parent / "bench/fleet.gp"], cwd=results, check=True, timeout=60)
 
 
@@ -258,14 +275,18 @@ def main(programs_folder: str, results_folder: str, *counts: str) -> int:
                 print(f"a day of {SAMPLED} servers in blocks: {day['samples']} samples, {day['bytes a sample']:.2f} bytes a sample, "
                       f"{day['bytes a server and day'] / 1e6:.2f} MB a server", flush=True)
         for count in (int(word) for word in counts if word.isdigit()):
-            with Servers(programs, texts, count) as servers, Prometheus(folder / f"prometheus{count}", servers.address, count) as prometheus:
-                one = measure(prometheus, count)
+            place = folder / f"prometheus{count}"
+            place.mkdir()
+            with Servers(programs, texts, count) as servers:
+                yesterday(servers, count, place / "series")
+                with Prometheus(place, servers.address, count) as prometheus:
+                    one = measure(prometheus, count)
                 if one is None:
                     print(f"{count} servers: more than {MOST_MEMORY} MB, or Prometheus has ended\n" + (prometheus.folder / "log").read_text()[-2000:])
                     break
                 measured.append(one)
                 print(row(one), flush=True)
-            shutil.rmtree(folder / f"prometheus{count}")
+            shutil.rmtree(place)
     if measured:
         measured.sort(key=lambda one: one["servers"])
         (results / "fleet.json").write_text(json.dumps(measured, indent=1))

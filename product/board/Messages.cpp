@@ -4,6 +4,7 @@
 
 #include <bit>
 #include <chrono>
+#include <cmath>
 #include <functional>
 #include <utility>
 
@@ -127,6 +128,26 @@ StandingAlarm UnpackAlarm(Unpacker& unpacker) {
     return {event.at, std::move(event.about), unpacker.Flag()};
 }
 
+void PackRuns(Packer& packer, const inventory::ToolRuns& runs) {
+    packer.Number(runs.commands);
+    packer.Number(runs.failures);
+    packer.Number(runs.failedRuns);
+    packer.Number(std::bit_cast<std::uint64_t>(runs.duration.count()));
+}
+
+inventory::ToolRuns UnpackRuns(Unpacker& unpacker) {
+    inventory::ToolRuns runs;
+    for (std::size_t* const number : {&runs.commands, &runs.failures, &runs.failedRuns}) {
+        *number = NumberIn<std::size_t>(unpacker);
+    }
+    const auto seconds = std::bit_cast<double>(unpacker.Number());
+    if (!std::isfinite(seconds) || seconds < 0) {
+        throw WireError("the message holds a duration that is none");
+    }
+    runs.duration = std::chrono::duration<double>(seconds);
+    return runs;
+}
+
 void PackInquiry(Packer& packer, const LastInquiry& inquiry) {
     PackTime(packer, inquiry.at);
     packer.Text(inquiry.failure);
@@ -216,6 +237,7 @@ std::string Pack(const Report& report) {
     PackTime(packer, report.startedAt);
     packer.Text(report.document);
     PackTime(packer, report.takenAt);
+    PackRuns(packer, report.runs);
     PackCriteria(packer, report.criteria);
     PackMaybe<LastInquiry>(packer, report.inquiry,
                            [&](const LastInquiry& inquiry) { PackInquiry(packer, inquiry); });
@@ -239,6 +261,7 @@ Report UnpackReport(std::string_view bytes) {
     report.startedAt = UnpackTime(unpacker);
     report.document = unpacker.Text();
     report.takenAt = UnpackTime(unpacker);
+    report.runs = UnpackRuns(unpacker);
     report.criteria = UnpackCriteria(unpacker);
     report.inquiry = UnpackMaybe<LastInquiry>(unpacker, [&] { return UnpackInquiry(unpacker); });
     for (std::size_t left = unpacker.Count(); left > 0; --left) {

@@ -1,6 +1,7 @@
 #include "Job.h"
 
 #include "ToolRun.h"
+#include "basics/Bytes.h"
 #include "basics/Failure.h"
 
 #include <signal.h>
@@ -13,37 +14,21 @@
 #include <array>
 #include <cerrno>
 #include <cstdint>
-#include <cstring>
 #include <stdexcept>
-#include <type_traits>
 
 namespace calls {
 namespace {
 
+using basics::BytesOf;
 using basics::Descriptor;
 using basics::Failure;
+using basics::ValueIn;
 using inventory::ToolRuns;
 
 struct Header {
     std::uint64_t size = 0;
     char kind = '\0';
 };
-
-template <typename Value>
-std::string BytesOf(const Value& value) {
-    static_assert(std::is_trivially_copyable_v<Value>);
-    std::string bytes(sizeof value, '\0');
-    std::memcpy(bytes.data(), &value, sizeof value);
-    return bytes;
-}
-
-template <typename Value>
-Value ValueIn(std::string_view bytes) {
-    static_assert(std::is_trivially_copyable_v<Value>);
-    Value value{};
-    std::memcpy(&value, bytes.data(), std::min(bytes.size(), sizeof value));
-    return value;
-}
 
 // False where nobody is at the other end any more, which must not end this process.
 bool SendWhole(int socket, std::string_view bytes) noexcept {

@@ -45,6 +45,7 @@ void Sight::TakeReport(board::Report report) {
     } else if (!report.document.empty()) {
         m_Picture.SeeServer(inventory::Document::Read(report.document), report.criteria, report.takenAt);
         m_Picture.Latest()->host = next->host;
+        m_Picture.Latest()->runs = report.runs;
         next->snapshot = m_Picture.Latest();
         next->document = std::make_shared<const std::string>(std::move(report.document));
     }

@@ -100,22 +100,24 @@ void Service::Answered(const std::optional<calls::DrivePlace>& drive, const Answ
             m_Picture.SeeDrive({drive->controller, drive->enclosure, drive->slot,
                                 inventory::Document::Read(answer.document)});
         } else {
-            TakeServer(answer.document, now);
+            TakeServer(answer, now);
         }
     } catch (const inventory::DocumentError& error) {
-        Answered(drive, {"", std::string("what the module returned is no RAID document: ") + error.what()},
+        Answered(drive,
+                 {.failure = std::string("what the module returned is no RAID document: ") + error.what()},
                  now);
     }
 }
 
-void Service::TakeServer(const std::string& xml, Moment now) {
-    inventory::Document document = inventory::Document::Read(xml);
+void Service::TakeServer(const Answer& answer, Moment now) {
+    inventory::Document document = inventory::Document::Read(answer.document);
     m_Criteria = CriteriaNow(now);
-    m_Document = xml;
+    m_Document = answer.document;
     m_Inquiry = board::LastInquiry{now.wall};
     const inventory::Snapshot& snapshot = m_Picture.SeeServer(std::move(document), m_Criteria, now.wall);
+    m_Picture.Latest()->runs = answer.runs;
     m_Schedule.SeeDrives(snapshot.TheServer(), now.steady);
-    Tell(m_Watch.Take(snapshot, now.wall), now, &snapshot, xml);
+    Tell(m_Watch.Take(snapshot, now.wall), now, &snapshot, answer.document);
     const auto elapsed = std::chrono::duration_cast<std::chrono::seconds>(now.steady - m_Tidied);
     m_Tidied = now.steady;
     Heed(m_Archive.Tidy(now.wall, elapsed), now);
@@ -217,6 +219,7 @@ board::Report Service::TheReport() const {
     if (const inventory::Snapshot* const snapshot = Latest()) {
         report.document = m_Document;
         report.takenAt = *snapshot->takenAt;
+        report.runs = snapshot->runs;
         report.criteria = m_Criteria;
     }
     report.inquiry = m_Inquiry;

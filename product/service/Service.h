@@ -82,7 +82,7 @@ class Service final {
     }
 
   private:
-    void TakeServer(const std::string& xml, Moment now);
+    void TakeServer(const Answer& answer, Moment now);
     [[nodiscard]] inventory::Criteria CriteriaNow(Moment now);
     void Tell(std::vector<watch::Event> events, Moment now, const inventory::Snapshot* snapshot = nullptr,
               std::string_view document = {});

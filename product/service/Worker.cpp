@@ -1,5 +1,6 @@
 #include "Worker.h"
 
+#include "basics/Bytes.h"
 #include "basics/Failure.h"
 #include "basics/Processes.h"
 #include "basics/Text.h"
@@ -20,6 +21,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cmath>
 #include <exception>
 #include <filesystem>
 #include <string_view>
@@ -75,6 +77,12 @@ std::string ContentOf(const basics::Descriptor& file) {
     }
     content.resize(size);
     return content;
+}
+
+/// None where the module has spoiled what its process counts.
+inventory::ToolRuns RunsIn(const basics::Descriptor& file) {
+    const auto runs = basics::ValueIn<inventory::ToolRuns>(ContentOf(file));
+    return runs.duration.count() >= 0 && std::isfinite(runs.duration.count()) ? runs : inventory::ToolRuns{};
 }
 
 // What the service takes by a descriptor is for the worker what it is for any process.
@@ -142,7 +150,8 @@ Worker::Worker(const WorkerSettings& settings, Question question)
     : m_Question(std::move(question)),
       m_Name(NextName()),
       m_Document(MakeFile("document")),
-      m_Failure(MakeFile("failure")) {
+      m_Failure(MakeFile("failure")),
+      m_Runs(MakeFile("runs")) {
     const pid_t service = ::getpid();
     m_Process = ::fork();
     if (m_Process < 0) {
@@ -160,14 +169,15 @@ Worker::Worker(const WorkerSettings& settings, Question question)
     }
 }
 
-std::string Worker::AnswerOf(const WorkerSettings& settings) const {
+Answer Worker::AnswerOf(const WorkerSettings& settings) const {
     if (m_Question.call) {
         const bool isRemembered = m_Question.call->what == board::Call::What::HistoryPage ||
                                   m_Question.call->what == board::Call::What::HistoryJson;
-        return Pack(isRemembered ? Recall(*m_Question.call, settings) : MakeCall(*m_Question.call));
+        return {Pack(isRemembered ? Recall(*m_Question.call, settings) : MakeCall(*m_Question.call))};
     }
     calls::Inquiry inquiry({.appKey = settings.appKey, .scenario = settings.scenario});
-    return m_Question.drive ? inquiry.AskForDrive(*m_Question.drive) : inquiry.AskForServer();
+    std::string document = m_Question.drive ? inquiry.AskForDrive(*m_Question.drive) : inquiry.AskForServer();
+    return {std::move(document), "", inquiry.Runs()};
 }
 
 void Worker::Work(const WorkerSettings& settings) const noexcept {
@@ -181,8 +191,10 @@ void Worker::Work(const WorkerSettings& settings) const noexcept {
                                                            .privateFolder = m_Name.c_str(),
                                                            .otherPlaces = {kOtherPlace}});
         calls::UsePrivateRoot(folder);
-        const std::string document = AnswerOf(settings);
-        if (const int error = basics::WriteWhole(m_Document.Number(), document); error == 0) {
+        const Answer answer = AnswerOf(settings);
+        (void)basics::WriteWhole(m_Runs.Number(),
+                                 basics::BytesOf(answer.runs));  // An answer is one without them, too.
+        if (const int error = basics::WriteWhole(m_Document.Number(), answer.document); error == 0) {
             ::_exit(kDone);
         } else {
             failure = "the answer cannot be kept: " + basics::ErrorText(error);
@@ -228,7 +240,7 @@ Answer Worker::Take(int status) const {
         CleanUp();
     }
     if (WIFEXITED(status) && WEXITSTATUS(status) == kDone) {
-        return {ContentOf(m_Document), ""};
+        return {ContentOf(m_Document), "", RunsIn(m_Runs)};
     }
     std::string failure = basics::OneLine(ContentOf(m_Failure));
     if (failure.empty()) {

@@ -3,6 +3,7 @@
 #include "basics/Descriptor.h"
 #include "board/Messages.h"
 #include "calls/Drives.h"
+#include "inventory/Snapshot.h"
 
 #include <sys/types.h>
 
@@ -22,8 +23,9 @@ struct WorkerSettings {
 
 /// What came of an inquiry: a document, or why there is none.
 struct Answer {
-    std::string document;  ///< of a call that a client makes: the packed outcome
-    std::string failure;   ///< empty: the document is whole
+    std::string document{};      ///< of a call that a client makes: the packed outcome
+    std::string failure{};       ///< empty: the document is whole
+    inventory::ToolRuns runs{};  ///< of the tool, behind the document
 };
 
 /// What is asked: the server, where there is nothing else; a drive; or what a client wants to have called.
@@ -55,11 +57,11 @@ class Worker final {
   private:
     [[noreturn]] void Work(const WorkerSettings& settings) const noexcept;
     void CleanUp() const;
-    [[nodiscard]] std::string AnswerOf(const WorkerSettings& settings) const;
+    [[nodiscard]] Answer AnswerOf(const WorkerSettings& settings) const;
 
     Question m_Question;
     std::string m_Name;  ///< of the folder that it has for files, up to what makes that unlike others
-    basics::Descriptor m_Document, m_Failure;  ///< files in memory that are shared with the process
+    basics::Descriptor m_Document, m_Failure, m_Runs;  ///< files in memory that are shared with the process
     pid_t m_Process = -1;
 };
 

@@ -9,7 +9,9 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <cmath>
 #include <filesystem>
+#include <limits>
 
 namespace board {
 namespace {
@@ -44,6 +46,7 @@ Report Whole() {
     report.startedAt = kNow - 2h;
     report.document = "<RAID version=\"1\"/>";
     report.takenAt = kNow;
+    report.runs = {.commands = 7, .failures = 1, .failedRuns = 3, .duration = 1500ms};
     report.criteria.today = "2031-04-06";
     report.criteria.limits.temperature = 51.5;
     report.criteria.limits.spares = 2;
@@ -63,6 +66,10 @@ TEST(Reports, ComeAsTheyWent) {
     EXPECT_EQ(report.host, "storage7");
     EXPECT_EQ(report.startedAt, kNow - 2h);
     EXPECT_EQ(report.takenAt, kNow);
+    EXPECT_EQ(report.runs.commands, 7U);
+    EXPECT_EQ(report.runs.failures, 1U);
+    EXPECT_EQ(report.runs.failedRuns, 3U);
+    EXPECT_EQ(report.runs.duration, 1500ms);
     EXPECT_EQ(report.criteria.limits.temperature, 51.5);
     EXPECT_EQ(report.criteria.limits.mediaErrors, std::nullopt);
     EXPECT_EQ(report.criteria.limits.spares, 2U);
@@ -219,6 +226,14 @@ TEST_F(Linked, TheServiceTakesNoFiles) {
     ASSERT_TRUE(wrong.Send(MessageKind::Report, "a file"));
     EXPECT_THROW((void)m_Service.Receive(), WireError);
     EXPECT_EQ(OpenFiles(), files + 1);
+}
+
+TEST(Messages, RefuseDurationsThatAreNone) {
+    for (const double seconds : {-1.0, std::numeric_limits<double>::infinity(), std::nan("")}) {
+        Report report = Whole();
+        report.runs.duration = std::chrono::duration<double>(seconds);
+        EXPECT_THROW((void)UnpackReport(Pack(report)), WireError) << seconds;
+    }
 }
 
 // Cut to half its bytes, that user would be root.

@@ -45,6 +45,17 @@ TEST_F(Doors, ShowWhatTheCommandPrints) {
     EXPECT_THAT(refused, HasSubstr("Allow: GET, HEAD"));
 }
 
+TEST_F(Doors, CountTheRunsOfTheTool) {
+    const std::string server = m_Folder / "server";
+    std::filesystem::copy(SMALL_SERVER, server, std::filesystem::copy_options::recursive);
+    m_Folder.Write("server/v.do", "exit 3\n");
+    Start(server);
+    const std::string metrics = Get("/metrics");
+    EXPECT_THAT(metrics, HasSubstr("\nraid_tool_failed_commands 1\n"));
+    EXPECT_THAT(metrics, HasSubstr("\nraid_tool_failed_runs 3\n"));
+    EXPECT_THAT(BodyOf(Get("/raid.json")), HasSubstr("\"failed_runs\": 3"));
+}
+
 TEST_F(Doors, ExpandWhatBelongsToAResource) {
     Start("small");
     const std::string systems = Get("/redfish/v1/Systems?$expand=.");

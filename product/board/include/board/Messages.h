@@ -2,6 +2,7 @@
 
 #include "board/Board.h"
 #include "inventory/Criteria.h"
+#include "inventory/Snapshot.h"
 
 #include <chrono>
 #include <cstdint>
@@ -54,8 +55,9 @@ struct Report {
     std::uint64_t number = 0;
     std::string host{};
     TimePoint startedAt{};
-    std::string document{};  ///< the latest answer; empty before the first one
-    TimePoint takenAt{};     ///< and when it was asked for
+    std::string document{};      ///< the latest answer; empty before the first one
+    TimePoint takenAt{};         ///< and when it was asked for
+    inventory::ToolRuns runs{};  ///< of the tool, behind it; none where they were not watched
     inventory::Criteria criteria{};
     std::optional<LastInquiry> inquiry{};
     std::vector<StandingAlarm> alarms{};
