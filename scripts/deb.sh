@@ -67,7 +67,10 @@ lint_packages() {
 # that a file as a whole cannot have them.
 check_hardening() {
     local file options flag
-    grep -q -e ' -c ' "$OUT/log"
+    grep -q -e ' -c ' "$OUT/log" || {
+        echo "$OUT/log tells of nothing that was compiled" >&2
+        return 1
+    }
     for flag in -D_FORTIFY_SOURCE=3 -fstack-protector-strong -fstack-clash-protection -fcf-protection=full; do
         if grep -e ' -c ' "$OUT/log" | grep -v -e "$flag"; then
             echo "is compiled without $flag" >&2

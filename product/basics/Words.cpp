@@ -6,16 +6,23 @@
 
 namespace basics {
 
+namespace {
+
+char LowerOf(char character) {
+    return 'A' <= character && character <= 'Z' ? static_cast<char>(character - 'A' + 'a') : character;
+}
+
+}  // namespace
+
 std::string InLowerCase(std::string_view text) {
     std::string lower(text);
-    std::transform(lower.begin(), lower.end(), lower.begin(), [](char character) {
-        return 'A' <= character && character <= 'Z' ? static_cast<char>(character - 'A' + 'a') : character;
-    });
+    std::transform(lower.begin(), lower.end(), lower.begin(), LowerOf);
     return lower;
 }
 
 bool IsSameWord(std::string_view one, std::string_view other) {
-    return InLowerCase(one) == InLowerCase(other);
+    return std::equal(one.begin(), one.end(), other.begin(), other.end(),
+                      [](char left, char right) { return LowerOf(left) == LowerOf(right); });
 }
 
 std::string_view Trimmed(std::string_view text) {

@@ -40,11 +40,21 @@ struct Proof {
     std::chrono::seconds wait{0};  ///< it was not looked at: the client is to wait
 };
 
-http::Response TooEarly(std::chrono::seconds wait) {
-    const std::string seconds = std::to_string(wait.count());
-    http::Response response =
-        MakeWords(http::kTooManyRequests, "Too many attempts have failed; try again in " + seconds + " s.");
-    response.headers.emplace_back("Retry-After", seconds);
+/// Not now, in the words of the door that was asked.
+http::Response NotNow(const Request& request, const std::string& words,
+                      std::chrono::seconds wait = std::chrono::seconds(1)) {
+    if (IsBelow(request.path, redfish::kPrefix)) {
+        return redfish::Unavailable(wait);
+    }
+    http::Response response = MakeWords(http::kServiceUnavailable, words);
+    response.headers.emplace_back("Retry-After", std::to_string(wait.count()));
+    return response;
+}
+
+http::Response TooEarly(const Request& request, std::chrono::seconds wait) {
+    http::Response response = NotNow(
+        request, "Too many attempts have failed; try again in " + std::to_string(wait.count()) + " s.", wait);
+    response.status = http::kTooManyRequests;
     return response;
 }
 
@@ -161,9 +171,9 @@ void Routes::CheckAccount(const std::shared_ptr<Exchange>& exchange, Backroom::W
                           Backroom::Work then) {
     const std::chrono::seconds wait = m_Patience->WaitOf(exchange->Who().address, Patience::Clock::now());
     if (wait.count() > 0) {
-        Send(*exchange, TooEarly(wait));
+        Send(*exchange, TooEarly(exchange->Request(), wait));
     } else if (!m_Parts.passwords.Do(std::move(work), std::move(then))) {
-        Send(*exchange, MakeWords(http::kServiceUnavailable, "Too many passwords are being checked."));
+        Send(*exchange, NotNow(exchange->Request(), "Too many passwords are being checked."));
     }
 }
 
@@ -183,7 +193,7 @@ void Routes::CheckPassword(const std::shared_ptr<Exchange>& exchange, const std:
         },
         [this, proof, exchange, name] {
             if (proof->wait.count() > 0) {
-                Send(*exchange, TooEarly(proof->wait));
+                Send(*exchange, TooEarly(exchange->Request(), proof->wait));
             } else if (proof->isRight) {
                 exchange->Request().account = name;
                 Answer(exchange);
@@ -228,7 +238,7 @@ void Routes::Answer(const std::shared_ptr<Exchange>& exchange) {
 
 void Routes::AnswerRedfish(const std::shared_ptr<Exchange>& exchange) {
     if (!m_Redfish) {
-        Send(*exchange, MakeWords(http::kServiceUnavailable, "The service begins."));
+        Send(*exchange, NotNow(exchange->Request(), "The service begins."));
         return;
     }
     if (IsNewSession(exchange->Request())) {
@@ -256,7 +266,7 @@ void Routes::Expand(const std::shared_ptr<Exchange>& exchange) {
         [service = m_Redfish, response, exchange] { *response = service->Answer(exchange->Request()); },
         [response, exchange] { Send(*exchange, std::move(*response)); });
     if (!isTaken) {
-        Send(*exchange, MakeWords(http::kServiceUnavailable, "Too many want long answers."));
+        Send(*exchange, NotNow(exchange->Request(), "Too many want long answers."));
     }
 }
 
@@ -268,7 +278,7 @@ void Routes::OpenSession(const std::shared_ptr<Exchange>& exchange) {
         [service = m_Redfish, patience = m_Patience, response, exchange] {
             const std::string& address = exchange->Who().address;
             if (const auto wait = patience->WaitOf(address, Patience::Clock::now()); wait.count() > 0) {
-                *response = TooEarly(wait);
+                *response = TooEarly(exchange->Request(), wait);
                 return;
             }
             *response = service->Answer(exchange->Request());
@@ -292,7 +302,7 @@ void Routes::OpenSession(const std::shared_ptr<Exchange>& exchange) {
 // A stream that nobody reads any more is noticed when something is to be sent along it.
 void Routes::OpenStream(const std::shared_ptr<Exchange>& exchange, StreamKind kind, http::Response begin) {
     if (m_Streams.size() >= kMostStreams) {
-        Send(*exchange, MakeWords(http::kServiceUnavailable, "Too many follow the server already."));
+        Send(*exchange, NotNow(exchange->Request(), "Too many follow the server already."));
         return;
     }
     exchange->Request().body = {};

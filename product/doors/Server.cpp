@@ -352,9 +352,11 @@ void Server::Accept(const Listener& listener) {
         if (client >= 0) {
             (void)MHD_add_connection(listener.daemon, client, where, size);  // Else it closes it.
         } else {
-            const bool isTheSystemShort =
-                errno == EMFILE || errno == ENFILE || errno == ENOBUFS || errno == ENOMEM;
-            m_NextAccept = isTheSystemShort ? steady_clock::now() + kPause : m_NextAccept;
+            // The system is short of something, or its security module lets nobody in: neither is over at
+            // once.
+            const bool lasts = errno == EMFILE || errno == ENFILE || errno == ENOBUFS || errno == ENOMEM ||
+                               errno == EACCES || errno == EPERM;
+            m_NextAccept = lasts ? steady_clock::now() + kPause : m_NextAccept;
             return;
         }
     }

@@ -216,4 +216,11 @@ http::Response Unauthorized(const http::Request& /*request*/) {
     return response;
 }
 
+http::Response Unavailable(std::chrono::seconds wait) {
+    const std::string seconds = std::to_string(wait.count());
+    http::Response response = Refuse(Complaint::NotNow, {seconds});
+    response.headers.emplace_back("Retry-After", seconds);
+    return response;
+}
+
 }  // namespace redfish

@@ -3,6 +3,7 @@
 #include "Places.h"
 #include "Refusals.h"
 #include "basics/Time.h"
+#include "redfish/Service.h"
 
 #include <algorithm>
 
@@ -46,10 +47,7 @@ http::Response AnswerTo(const SessionRefusal& refusal, const http::Request& requ
         return Refuse(Complaint::TooManySessions);
     }
     if (refusal.why == Why::NotNow) {
-        const std::string seconds = std::to_string(refusal.wait.count());
-        http::Response response = Refuse(Complaint::NotNow, {seconds});
-        response.headers.emplace_back("Retry-After", seconds);
-        return response;
+        return Unavailable(refusal.wait);
     }
     return Refuse(Complaint::WrongCredentials, {request.path, "Wrong user name or password"});
 }

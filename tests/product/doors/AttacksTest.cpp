@@ -485,6 +485,10 @@ TEST_F(Attacked, SoManyFollowTheServerAndOthersGetIn) {
     EXPECT_EQ(StatusOf(answer), 503);
     EXPECT_GT(streams.size(), 100U);
     EXPECT_EQ(StatusOf(Get("/raid.json")), 200);
+    const std::string events = Get("/redfish/v1/EventService/SSE");
+    EXPECT_EQ(StatusOf(events), 503);
+    EXPECT_THAT(events, HasSubstr("Retry-After: 1\r\n"));
+    EXPECT_THAT(events, HasSubstr("ServiceTemporarilyUnavailable"));
 }
 
 /// Clients that ask and ask; an answer that is whole has to be right.

@@ -147,6 +147,12 @@ TEST(OpenResources, AreThoseOfTheStandard) {
         << "that would show all the rest";
 }
 
+TEST(Unavailable, SaysWhenToAskAgain) {
+    const http::Response response = Unavailable(std::chrono::seconds(7));
+    EXPECT_EQ(Client::MessageIn(response, 503), "ServiceTemporarilyUnavailable");
+    EXPECT_EQ(HeaderOf(response, "Retry-After"), "7");
+}
+
 TEST(Unauthorized, SaysHowToProveWhoOneIs) {
     const http::Response response = Unauthorized({.method = "GET", .path = kDrive});
     EXPECT_EQ(Client::MessageIn(response, 401), "NoValidSession");

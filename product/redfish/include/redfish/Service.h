@@ -4,6 +4,7 @@
 #include "http/Message.h"
 #include "redfish/Accounts.h"
 
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <string>
@@ -69,5 +70,8 @@ class Service final {
 
 /// For a request that is not open, from somebody who has not proved who he is.
 [[nodiscard]] http::Response Unauthorized(const http::Request& request);
+
+/// For what cannot be had just now: 503, and when to ask again.
+[[nodiscard]] http::Response Unavailable(std::chrono::seconds wait);
 
 }  // namespace redfish
