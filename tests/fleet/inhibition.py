@@ -13,7 +13,7 @@ import urllib.request
 from pathlib import Path
 
 OPENER = urllib.request.build_opener(urllib.request.ProxyHandler({}))
-# Each with whether it is silent beside all others.
+# Each with whether it is silent beside all others, and the shard that tells it.
 ALERTS = (
     ("gone", "RaidServerIsNotHeardOf", "critical", "", False),
     ("gone", "RaidDriveNotWell", "critical", "0", True),
@@ -32,6 +32,11 @@ ALERTS = (
     ("mute", "RaidDriveNotWell", "critical", "0", False),
     ("other", "RaidDriveNotWell", "critical", "0", False),
     ("other", "RaidAnswerIsOld", "unknown", "", False),
+    ("", "RaidNobodyIsHeardOf", "critical", "", False, "3"),
+    ("of the same shard", "RaidServerIsNotHeardOf", "critical", "", True, "3"),
+    ("of the same shard too", "RaidServerTellsNothing", "critical", "", True, "3"),
+    ("of another shard", "RaidServerIsNotHeardOf", "critical", "", False, "2"),
+    ("of another shard too", "RaidServerIsGone", "warning", "", False, "2"),
 )
 
 
@@ -53,9 +58,10 @@ def wait_for(url: str) -> None:
             time.sleep(0.05)
 
 
-def labels(instance: str, name: str, severity: str, controller: str) -> dict[str, str]:
-    found = {"instance": instance, "job": "raid", "alertname": name, "severity": severity}
-    return found | ({"controller": controller} if controller else {})
+def labels(instance: str, name: str, severity: str, controller: str, shard: str = "") -> dict[str, str]:
+    found = {"instance": instance, "job": "raid" if instance else "", "alertname": name, "severity": severity,
+             "controller": controller, "asked_by": shard}
+    return {key: word for key, word in found.items() if word}
 
 
 def of_daily(text: str) -> list[str]:
@@ -69,7 +75,7 @@ def of_daily(text: str) -> list[str]:
 def wrongs(url: str) -> list[str]:
     known = json.loads(ask(f"{url}/api/v2/alerts"))
     found = []
-    for *alert, is_silent in ALERTS:
+    for *alert, is_silent in ((*each[:4], *each[5:], each[4]) for each in ALERTS):
         one = next((each for each in known if each["labels"] == labels(*alert)), None)
         if one is None:
             found.append(f"{alert} is not known")
@@ -84,7 +90,7 @@ def wrongs(url: str) -> list[str]:
 
 def settled(url: str) -> list[str]:
     """What is wrong still when Alertmanager has had time enough to see which alerts go along with which."""
-    ask(f"{url}/api/v2/alerts", json.dumps([{"labels": labels(*alert[:4])} for alert in ALERTS]).encode())
+    ask(f"{url}/api/v2/alerts", json.dumps([{"labels": labels(*alert[:4], *alert[5:])} for alert in ALERTS]).encode())
     deadline = time.monotonic() + 60
     while (found := wrongs(url)) and time.monotonic() < deadline:
         time.sleep(0.2)

@@ -40,7 +40,7 @@ def asked(expression: str) -> tuple[dict[str, set[str]], set[str]]:
             grouped.add(tokens[tokens.index('"level"', at)].strip('"'))
         elif token == "[":
             at = tokens.index("]", at) + 1
-        elif token in {"by", "on", "group_left"} and following == "(":
+        elif token in {"by", "on", "ignoring", "group_left"} and following == "(":
             end = tokens.index(")", at)
             grouped |= set(tokens[at + 1:end]) - {","}
             at = end + 1

@@ -2,7 +2,7 @@
 """Whether shards lose what they may lose and nothing else: shards.py MNGSRVRAID FLEET
 
 What a shard drops is printed, and no rule asks for it; what it sends on and what is taken from it is printed or recorded.
-Shards differ in a number that there is."""
+Shards differ in a number that there is, and one that hears of nobody silences no other."""
 
 import re
 import subprocess
@@ -38,6 +38,15 @@ def main(command: str, fleet_folder: str) -> int:
                     found[1] + each + found[3] for each in found[2].split("|")), pattern).splitlines():
                 if not any(re.fullmatch(one, name) for name in printed | recorded):
                     wrong.append(f"{one} is {what}, and is not there")
+    which = re.findall(r"source_labels: \[alertname, shard\]\n +regex: '(.*)'\n +target_label: (\w+)", shard)
+    told = [rule for rule in (fleet / "alertmanager.yml").read_text().split("- source_matchers") if '"RaidNobodyIsHeardOf"\']' in rule]
+    if len(which) != 1 or len(told) != 1 or f"equal: [{which[0][1]}]" not in told[0]:
+        wrong.append("a shard that hears of nobody silences the others")
+    else:
+        for name in re.findall(r"Raid\w+", told[0].replace("|", " ")) + ["RaidDriveNotWell"]:
+            found = re.fullmatch(which[0][0], f"{name};7")
+            if (found[1] if found else "") != ("" if name == "RaidDriveNotWell" else "7"):
+                wrong.append(f"{name} says {'nothing' if not found else found[1]} of its shard")
     modulus, kept = (int(re.findall(pattern, shard)[0]) for pattern in (r"modulus: (\d+)", r"__tmp_shard\]\n +regex: \"(\d+)\""))
     if kept >= modulus or f'shard: "{kept}"' not in shard or above.count("shard") < modulus:
         wrong.append(f"shard {kept} of {modulus}")
