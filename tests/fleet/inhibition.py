@@ -35,6 +35,7 @@ ALERTS = (
     ("", "RaidNobodyIsHeardOf", "critical", "", False, "3"),
     ("of the same shard", "RaidServerIsNotHeardOf", "critical", "", True, "3"),
     ("of the same shard too", "RaidServerTellsNothing", "critical", "", True, "3"),
+    ("of the same shard", "RaidDriveNotWell", "critical", "0", True),
     ("of another shard", "RaidServerIsNotHeardOf", "critical", "", False, "2"),
     ("of another shard too", "RaidServerIsGone", "warning", "", False, "2"),
 )
