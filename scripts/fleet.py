@@ -165,9 +165,8 @@ class Fleet:
             if number < len(self.names) - 1:
                 servers += f'- {{ targets: ["{self.address(number)}"], labels: {{ instance: {name} }} }}\n'
         (self.folder / "servers.yml").write_text(servers)
-        often = {"interval: 4m": f"interval: {self.seconds}s"}
-        self._adapt("recording.rules.yml", often)
-        self._adapt("alerts.rules.yml", often | {r"keep_firing_for: \w+": "keep_firing_for: 1s"})
+        self._adapt("recording.rules.yml", {})
+        self._adapt("alerts.rules.yml", {"interval: 4m": f"interval: {self.seconds}s", r"keep_firing_for: \w+": "keep_firing_for: 1s"})
         self._adapt("prometheus.yml", {"_interval: 1m": f"_interval: {self.seconds}s", "localhost:9093": self.alertmanager[7:],
                                        "localhost:9090": self.prometheus[7:],
                                        "ca_file: raid.crt": "ca_file: raid.crt, server_name: localhost"})
