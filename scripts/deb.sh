@@ -91,9 +91,8 @@ check_hardening() {
 
 step_lint() {
     lint_packages
-    local files
-    files=$(mktemp -d)
-    trap 'rm -rf "$files"' RETURN
+    local package files=$OUT/unpacked
+    rm -rf "$files"
     for package in "$OUT"/*_"$architecture".deb; do
         [[ $package == *-dbgsym_* ]] || dpkg-deb -x "$package" "$files"
     done
