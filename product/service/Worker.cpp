@@ -81,8 +81,7 @@ std::string ContentOf(const basics::Descriptor& file) {
 
 /// None where the module has spoiled what its process counts.
 inventory::ToolRuns RunsIn(const basics::Descriptor& file) {
-    const std::string content = ContentOf(file);
-    const auto runs = basics::ValueIn<inventory::ToolRuns>(content);
+    const auto runs = basics::ValueIn<inventory::ToolRuns>(ContentOf(file));
     return runs.duration.count() >= 0 && std::isfinite(runs.duration.count()) ? runs : inventory::ToolRuns{};
 }
 

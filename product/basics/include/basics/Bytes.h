@@ -1,6 +1,5 @@
 #pragma once
 
-#include <algorithm>
 #include <array>
 #include <bit>
 #include <string>
@@ -19,7 +18,7 @@ template <typename Value>
 template <typename Value>
 [[nodiscard]] Value ValueIn(std::string_view bytes) {
     auto all = std::bit_cast<std::array<unsigned char, sizeof(Value)>>(Value{});
-    std::copy_n(bytes.begin(), std::min(bytes.size(), all.size()), all.begin());
+    bytes.copy(reinterpret_cast<char*>(all.data()), all.size());
     return std::bit_cast<Value>(all);
 }
 
