@@ -15,10 +15,10 @@ set yrange [50:20000]
 plot "fleet.dat" using 1:2 with linespoints lw 2 title "resident", \
      "fleet.dat" using 1:3 with linespoints lw 2 title "at most"
 set title "Cores"
-set yrange [0.001:2]
+set yrange [0.001:5]
 plot "fleet.dat" using 1:4 with linespoints lw 2 title "of 2, scraped every minute"
 set title "Time"
-set yrange [0.001:1000]
+set yrange [0.0005:2000]
 plot "fleet.dat" using 1:5 with linespoints lw 2 title "all rules, s a minute", \
      "fleet.dat" using 1:($6/1000) with linespoints lw 2 title "a scrape, s"
 unset multiplot

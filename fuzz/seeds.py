@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """Makes first inputs for the fuzz targets out of the scenarios: seeds.py SCENARIOS OUTPUT, a folder per target."""
 import pathlib
+import struct
 import sys
 
 SECTION, FIELD = b"\x1e", b"\x1f"
@@ -171,14 +172,15 @@ def door_inputs():
     number = lambda value: value.to_bytes(8, "little")
     text = lambda value: number(len(value)) + value
     none, time = number(0), number(1933113600000000)
-    report = [number(7), text(b"storage7"), time, text(DOCUMENT[:300]), time, none, number(1), number(50), none, none, none,
+    runs = number(10) + number(1) + number(3) + struct.pack("<d", 1.5)
+    report = [number(7), text(b"storage7"), time, text(DOCUMENT[:300]), time + runs, none, number(1), number(50), none, none, none,
               text(b"2031-06-30"), number(1), time, text(b"no answer"), number(2)]
     return [
         b"T/redfish/v1/Systems/1?$select=Name%2CStatus&only", b"T/%c3%a9/%2e%2e/x?a=b=c&&d", b"T/%00", b"Thttp://a/",
         b"R" + b"".join(report + [number(1), text(EVENT), number(1), number(4), text(EVENT)]),
         b"R" + b"".join(report[:5] + [number(1), text(EXPECTATIONS)] + report[6:] + [none, none]),
         b"D" + number(1) + text(b"0") + text(b"252") + text(b"3") + text(DOCUMENT[:200]),
-        b"C" + number(1) + number(2) + b"".join(number(1) + number(each) for each in (0, 252, 3)) + number(1) + text(b"key"),
+        b"C" + number(1) + number(2) + b"".join(number(1) + number(each) for each in (0, 252, 3)) + number(1) + text(b"key") + none,
         b"O" + number(1) + text(b"") + none + number(1) + none + number(1) + text(b"<RAID/>"),
         b"S" + number(1) + number(7) + number(1) + text(b"key") + text(b"crt") + number(1) + text(b"a:b") + number(1)
         + text(b"10.0.0.0/8") + number(65534) + number(65534) + number(300),

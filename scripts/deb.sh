@@ -5,6 +5,7 @@
 #   install     the command, the service and what they need, by apt
 #   lint        lintian, what the compiler was to harden, the profile for AppArmor
 #   life        in a fresh Debian: installs, upgrades, removes and purges them, under a systemd of its own
+#   autopkgtest debian/tests by Debian's own program, in a fresh Debian
 #   twice       builds them again in another place at another time: the bytes have to be the same
 #   framework   the module alone, against an installed framework
 #   apparmor    in a virtual machine whose kernel has AppArmor: what that says of the process that faces the network
@@ -90,9 +91,8 @@ check_hardening() {
 
 step_lint() {
     lint_packages
-    local files
-    files=$(mktemp -d)
-    trap 'rm -rf "$files"' RETURN
+    local package files=$OUT/unpacked
+    rm -rf "$files"
     for package in "$OUT"/*_"$architecture".deb; do
         [[ $package == *-dbgsym_* ]] || dpkg-deb -x "$package" "$files"
     done
@@ -105,6 +105,13 @@ step_life() {
     local as_root=()
     [ "$(id -u)" -eq 0 ] || as_root=(sudo)
     "${as_root[@]}" tests/packages/life.sh "$OUT" "$version"
+}
+
+step_autopkgtest() {
+    need_packages autopkgtest
+    local as_root=()
+    [ "$(id -u)" -eq 0 ] || as_root=(sudo)
+    "${as_root[@]}" tests/packages/autopkgtest.sh "$changes"
 }
 
 # Time and place go into neither names nor bytes.
@@ -147,9 +154,9 @@ step_apparmor() {
 need_packages "${DEB_PACKAGES[@]}"
 for step in "$@"; do
     case "$step" in
-        build | install | lint | life | twice | framework | apparmor) "step_$step" ;;
+        build | install | lint | life | autopkgtest | twice | framework | apparmor) "step_$step" ;;
         *)
-            echo "There is no step named $step; the steps are build, install, lint, life, twice, framework and apparmor." >&2
+            echo "There is no step named $step; the steps are build, install, lint, life, autopkgtest, twice, framework and apparmor." >&2
             exit 2
             ;;
     esac

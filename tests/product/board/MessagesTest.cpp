@@ -1,6 +1,7 @@
 #include "board/Messages.h"
 
 #include "DocumentText.h"
+#include "basics/SavedFile.h"
 #include "board/Link.h"
 #include "board/Wire.h"
 
@@ -12,6 +13,7 @@
 #include <cmath>
 #include <filesystem>
 #include <limits>
+#include <set>
 
 namespace board {
 namespace {
@@ -131,6 +133,42 @@ TEST(Messages, AreTakenWholeOrNotAtAll) {
     ExpectOnlyWhole(Pack(std::vector<DriveReport>{{"0", "1", "2", "x"}}), UnpackDrives);
     ExpectOnlyWhole(Pack(Call{1, Call::What::GetPDInfo, 1, 2, 3, "key"}), UnpackCall);
     ExpectOnlyWhole(Pack(Outcome{1, "", 0, 0, "x"}), UnpackOutcome);
+}
+
+// A fuzzer that begins with what is refused at once seldom gets any further.
+TEST(Messages, OfEachKindAreAmongThoseThatAreFuzzed) {
+    std::set<char> whole;
+    const auto read = [&](char kind, const std::string& bytes, const auto& unpack) {
+        try {
+            (void)unpack(bytes);
+            whole.insert(kind);
+        } catch (const WireError&) {
+            return;  // Others are.
+        }
+    };
+    for (const auto& file : std::filesystem::directory_iterator(BOARD_TEST_FUZZED)) {
+        const std::string input = basics::ReadFile(file.path().string());
+        switch (const std::string bytes = input.substr(1); input.front()) {
+            case 'R':
+                read('R', bytes, UnpackReport);
+                break;
+            case 'D':
+                read('D', bytes, UnpackDrives);
+                break;
+            case 'C':
+                read('C', bytes, UnpackCall);
+                break;
+            case 'O':
+                read('O', bytes, UnpackOutcome);
+                break;
+            case 'S':
+                read('S', bytes, UnpackSettings);
+                break;
+            default:
+                break;
+        }
+    }
+    EXPECT_THAT(whole, testing::ElementsAre('C', 'D', 'O', 'R', 'S'));
 }
 
 TEST(Calls, ThatNobodyAnswersAreRefused) {

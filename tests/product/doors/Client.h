@@ -11,6 +11,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <chrono>
 #include <cstdint>
 #include <cstring>
 #include <optional>
@@ -94,7 +95,8 @@ class Client final {
 
     /// Whether the other end closes the connection, whatever it says before.
     bool IsClosed() {
-        while (ReadMore()) {
+        const auto deadline = std::chrono::steady_clock::now() + kForever;
+        while (std::chrono::steady_clock::now() < deadline && ReadMore()) {
         }
         return m_IsEnded;
     }
@@ -112,9 +114,8 @@ class Client final {
 
   private:
     bool ReadMore() {
-        constexpr int kForever = 60'000;  // milliseconds; a test that waits that long has failed
         pollfd socket = {m_Socket.Number(), POLLIN, 0};
-        if (::poll(&socket, 1, kForever) != 1) {
+        if (::poll(&socket, 1, static_cast<int>(kForever.count())) != 1) {
             ADD_FAILURE() << "no answer";
             return false;
         }
@@ -124,6 +125,8 @@ class Client final {
         m_Read.append(bytes.data(), count > 0 ? static_cast<std::size_t>(count) : 0);
         return count > 0;
     }
+
+    static constexpr std::chrono::milliseconds kForever{60'000};  // A test that waits that long has failed.
 
     basics::Descriptor m_Socket;
     std::string m_Read;
