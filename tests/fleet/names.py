@@ -21,7 +21,8 @@ import series
 
 WORDS = {"and", "or", "unless", "on", "ignoring", "by", "without", "group_left", "group_right", "offset", "bool"}
 OF_PROMETHEUS = {"up": {"instance", "job"}, "ALERTS": set(),
-                 "prometheus_rule_evaluation_failures_total": {"rule_group", "instance", "job"}}
+                 "prometheus_rule_evaluation_failures_total": {"rule_group", "instance", "job"},
+                 "prometheus_rule_group_iterations_missed_total": {"rule_group", "instance", "job"}}
 OF_ODD_REPORTS = {"controller_copy"}  # where a controller is told twice, which no scenario does
 TARGET = {"instance", "job"}
 TOKEN = re.compile(r'"(?:[^"\\]|\\.)*"|[a-zA-Z_:][a-zA-Z0-9_:]*|[0-9.]+[a-z]*|\S')
