@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # How far Prometheus goes with fleet/'s rules: 100, 1,000 and 10,000 made-up servers, one after the other, each for
-# three minutes after a warm-up. Prints what each takes and draws the growth into build/bench/results/. Twenty minutes,
+# five minutes after a warm-up. Prints what each takes and draws the growth into build/bench/results/. Half an hour,
 # and up to 11 GB.
 #   scripts/fleet-bench.sh [N...]
 set -euo pipefail

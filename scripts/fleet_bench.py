@@ -25,7 +25,7 @@ from fleet import FLEET, end, fetch, free_port
 
 DRIVES = 24
 INTERVAL = 60  # seconds, as in fleet/prometheus.yml
-WINDOW = 3 * INTERVAL
+WINDOW = 5 * INTERVAL  # in which every group of rules turns
 MOST_MEMORY = 11 * 1024  # MB; beyond it there is no room for anything else on a machine of 16 GB
 DAY = 24 * 3600
 SAMPLED = 5  # servers whose samples of a day are written into blocks
@@ -233,7 +233,7 @@ def into_blocks(servers: Servers, count: int, times: range, folder: Path, wanted
 def yesterday(servers: Servers, count: int, folder: Path) -> None:
     """What the rules of growth look up again, around the time that they will ask for."""
     start = int(time.time()) - DAY - LOOKED_BACK
-    into_blocks(servers, count, range(start, start + LOOKED_BACK + 5 * WINDOW, LOOKED_BACK), folder, "raid_drive_(info|.*_errors_total)")
+    into_blocks(servers, count, range(start, start + LOOKED_BACK + 3 * WINDOW, LOOKED_BACK), folder, "raid_drive_(info|.*_errors_total)")
 
 
 def day_on_disk(servers: Servers, folder: Path) -> dict[str, float]:
