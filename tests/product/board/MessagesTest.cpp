@@ -12,7 +12,9 @@
 
 #include <cmath>
 #include <filesystem>
+#include <functional>
 #include <limits>
+#include <map>
 #include <set>
 
 namespace board {
@@ -137,35 +139,23 @@ TEST(Messages, AreTakenWholeOrNotAtAll) {
 
 // A fuzzer that begins with what is refused at once seldom gets any further.
 TEST(Messages, OfEachKindAreAmongThoseThatAreFuzzed) {
+    const std::map<char, std::function<void(std::string_view)>> unpackers = {
+        {'C', [](std::string_view bytes) { (void)UnpackCall(bytes); }},
+        {'D', [](std::string_view bytes) { (void)UnpackDrives(bytes); }},
+        {'O', [](std::string_view bytes) { (void)UnpackOutcome(bytes); }},
+        {'R', [](std::string_view bytes) { (void)UnpackReport(bytes); }},
+        {'S', [](std::string_view bytes) { (void)UnpackSettings(bytes); }}};
     std::set<char> whole;
-    const auto read = [&](char kind, const std::string& bytes, const auto& unpack) {
-        try {
-            (void)unpack(bytes);
-            whole.insert(kind);
-        } catch (const WireError&) {
-            return;  // Others are.
-        }
-    };
     for (const auto& file : std::filesystem::directory_iterator(BOARD_TEST_FUZZED)) {
         const std::string input = basics::ReadFile(file.path().string());
-        switch (const std::string bytes = input.substr(1); input.front()) {
-            case 'R':
-                read('R', bytes, UnpackReport);
-                break;
-            case 'D':
-                read('D', bytes, UnpackDrives);
-                break;
-            case 'C':
-                read('C', bytes, UnpackCall);
-                break;
-            case 'O':
-                read('O', bytes, UnpackOutcome);
-                break;
-            case 'S':
-                read('S', bytes, UnpackSettings);
-                break;
-            default:
-                break;
+        const auto unpacker = unpackers.find(input.front());
+        try {
+            if (unpacker != unpackers.end()) {
+                unpacker->second(std::string_view(input).substr(1));
+                whole.insert(input.front());
+            }
+        } catch (const WireError&) {
+            continue;  // Others are.
         }
     }
     EXPECT_THAT(whole, testing::ElementsAre('C', 'D', 'O', 'R', 'S'));
