@@ -148,7 +148,7 @@ TEST(Messages, OfEachKindAreAmongThoseThatAreFuzzed) {
     std::set<char> whole;
     for (const auto& file : std::filesystem::directory_iterator(BOARD_TEST_FUZZED)) {
         const std::string input = basics::ReadFile(file.path().string());
-        const auto unpacker = unpackers.find(input.front());
+        const auto unpacker = unpackers.find(input.empty() ? '\0' : input.front());
         try {
             if (unpacker != unpackers.end()) {
                 unpacker->second(std::string_view(input).substr(1));
