@@ -197,7 +197,7 @@ def measure(prometheus: Prometheus, count: int) -> dict[str, Any] | None:
         "samples a second": samples / seconds, "memory": prometheus.memory(), "peak": prometheus.memory("VmHWM"), "cores": cpu / seconds,
         "log bytes a sample": written / samples,
         "scrape": prometheus.value(f"avg(scrape_duration_seconds{raid})"),
-        "scrape 99": prometheus.value("quantile(0.99, scrape_duration_seconds)"),
+        "scrape 99": prometheus.value(f"quantile(0.99, scrape_duration_seconds{raid})"),
         "scrapes": prometheus.value(f"sum(count_over_time(up{raid}[{seconds:.0f}s]))"), "expected": count * seconds / INTERVAL,
         "failed": prometheus.value(f"sum(count_over_time(up{raid}[{seconds:.0f}s]) - sum_over_time(up{raid}[{seconds:.0f}s]))"),
         "late rules": late, "disordered": disordered, "rules": prometheus.rules("last_duration"), "rules a minute": prometheus.rules_a_minute(),

@@ -79,10 +79,13 @@ std::string ContentOf(const basics::Descriptor& file) {
     return content;
 }
 
-/// None where the module has spoiled what its process counts.
+/// None where they are not whole, or the module has spoiled what its process counts.
 inventory::ToolRuns RunsIn(const basics::Descriptor& file) {
-    const auto runs = basics::ValueIn<inventory::ToolRuns>(ContentOf(file));
-    return runs.duration.count() >= 0 && std::isfinite(runs.duration.count()) ? runs : inventory::ToolRuns{};
+    const std::string content = ContentOf(file);
+    const auto runs = basics::ValueIn<inventory::ToolRuns>(content);
+    const double duration = runs.duration.count();
+    const bool isGood = content.size() == sizeof runs && std::isfinite(duration) && duration >= 0;
+    return isGood ? runs : inventory::ToolRuns{};
 }
 
 // What the service takes by a descriptor is for the worker what it is for any process.
@@ -192,8 +195,8 @@ void Worker::Work(const WorkerSettings& settings) const noexcept {
                                                            .otherPlaces = {kOtherPlace}});
         calls::UsePrivateRoot(folder);
         const Answer answer = AnswerOf(settings);
-        (void)basics::WriteWhole(m_Runs.Number(),
-                                 basics::BytesOf(answer.runs));  // An answer is one without them, too.
+        // An answer is one without them, too.
+        (void)basics::WriteWhole(m_Runs.Number(), basics::BytesOf(answer.runs));
         if (const int error = basics::WriteWhole(m_Document.Number(), answer.document); error == 0) {
             ::_exit(kDone);
         } else {
